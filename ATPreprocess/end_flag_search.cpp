@@ -1,0 +1,122 @@
+// Finding the end flag that closes the first block of a text.
+#include <cstdint>
+#include <cstring>
+
+#include "common/quoted_search.h"
+#include "common/text.h"
+#include "qalt_at/parser.h"
+
+namespace {
+
+struct FoundFlag {
+  const char* place = nullptr;
+  int row = -1;
+
+  // Of two flags the earlier one wins, at one place the lower row.
+  bool loses_to(const char* other_place, int other_row) const {
+    if (other_place == nullptr) return false;
+    return place == nullptr || other_place < place || (other_place == place && other_row < row);
+  }
+};
+
+size_t flag_length(const AtEndFlgEntry& row) {
+  return qalt::bounded_length(row.EndFlag, sizeof row.EndFlag);
+}
+
+bool has_zero_byte(uint64_t word) {
+  return ((word - 0x0101010101010101u) & ~word & 0x8080808080808080u) != 0;
+}
+
+// The first eight characters of a text, zeros behind its end.
+uint64_t head_of(const char* text) {
+  char head[sizeof(uint64_t)] = {};
+  for (size_t i = 0; i < sizeof head && text[i] != '\0'; ++i) head[i] = text[i];
+  uint64_t word;
+  std::memcpy(&word, head, sizeof word);
+  return word;
+}
+
+// The lowest row whose flag stands at `text`, or -1. Eight characters at once tell nearly every
+// other row; a flag that is shorter than these is compared as a text.
+int row_at(const char* text) {
+  const uint64_t head = head_of(text);
+  for (int i = 0; i < QaltWcdma_AtEndFlgTableSize; ++i) {
+    const AtEndFlgEntry& row = QaltWcdma_AtEndFlgTable[i];
+    uint64_t flag_head;
+    std::memcpy(&flag_head, row.EndFlag, sizeof flag_head);
+    if (flag_head != head && !has_zero_byte(flag_head)) continue;
+    if (std::strncmp(text, row.EndFlag, flag_length(row)) == 0) return i;
+  }
+  return -1;
+}
+
+// One pass over the text, for all rows whose flag does not begin with a quote: rows are compared
+// only outside quotes and where the character begins some flag. A text that is not empty.
+FoundFlag find_flag(const char* text) {
+  bool begins_flag[256] = {};
+  for (int i = 0; i < QaltWcdma_AtEndFlgTableSize; ++i) {
+    begins_flag[static_cast<uint8_t>(QaltWcdma_AtEndFlgTable[i].EndFlag[0])] = true;
+  }
+  // An empty flag stands at the start of every text.
+  begins_flag[static_cast<uint8_t>(*text)] |= begins_flag[0];
+  bool quoted = false;
+  for (const char* c = text; *c != '\0'; ++c) {
+    if (*c == '"') {
+      quoted = !quoted;
+    } else if (!quoted && begins_flag[static_cast<uint8_t>(*c)]) {
+      if (const int row = row_at(c); row >= 0) return {c, row};
+    }
+  }
+  return {};
+}
+
+// Rows whose flag begins with a quote: the quote-aware search counts quotes in a way of its own
+// behind each occurrence that it passes over, so such a row is searched by itself.
+FoundFlag find_quote_flag(const char* text) {
+  FoundFlag found;
+  for (int i = 0; i < QaltWcdma_AtEndFlgTableSize; ++i) {
+    const AtEndFlgEntry& row = QaltWcdma_AtEndFlgTable[i];
+    if (row.EndFlag[0] != '"') continue;
+    char flag[sizeof row.EndFlag + 1];
+    qalt::copy_text(flag, sizeof flag, row.EndFlag, flag_length(row));
+    const char* place = qalt::find_unquoted(text, flag);
+    if (found.loses_to(place, i)) found = {place, i};
+  }
+  return found;
+}
+
+// Makes the text begin with its first line end. Without one only its last character stays.
+bool drop_leading_debris(char* text) {
+  const char* line_end = qalt::find_unquoted(text, "\r\n");
+  const size_t length = std::strlen(text);
+  if (line_end == nullptr) {
+    if (length > 1) std::memmove(text, text + length - 1, 2);
+    return false;
+  }
+  if (line_end != text) {
+    std::memmove(text, line_end, length - static_cast<size_t>(line_end - text) + 1);
+  }
+  return true;
+}
+
+}  // namespace
+
+char* _Find_Sub_Str(const char* pStr, const char* pNeedle) {
+  if (pStr == nullptr || pNeedle == nullptr) return nullptr;
+  return const_cast<char*>(qalt::find_unquoted(pStr, pNeedle));
+}
+
+int _Parse_At_PreProcess(char* pStr, char** pBlockHead, int* iFlagIndex) {
+  if (pStr == nullptr || pBlockHead == nullptr || iFlagIndex == nullptr) return AT_PARSE_NOT_FOUND;
+  if (!drop_leading_debris(pStr)) return AT_PARSE_NOT_FOUND;
+  FoundFlag found = find_flag(pStr);
+  const FoundFlag quote_flag = find_quote_flag(pStr);
+  if (found.loses_to(quote_flag.place, quote_flag.row)) found = quote_flag;
+  if (found.place == nullptr) {
+    *pBlockHead = pStr + std::strlen(pStr);
+    return AT_PARSE_NOT_FOUND;
+  }
+  *pBlockHead = pStr + (found.place - pStr);
+  *iFlagIndex = found.row;
+  return AT_PARSE_OK;
+}

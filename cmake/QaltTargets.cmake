@@ -1,0 +1,64 @@
+# How the project's targets are compiled and linked; one function per kind of target.
+
+# Warnings and sanitizers, for every target.
+function(qalt_configure_common target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow -Wformat=2)
+  if(QALT_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(QALT_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      -fsanitize=${QALT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${QALT_SANITIZE})
+  endif()
+endfunction()
+
+# The library itself: hidden visibility, no exceptions, no RTTI, nothing of libstdc++ at run time.
+# It is linked by the C driver, so that anything that would need libstdc++ fails to link.
+function(qalt_configure_library target)
+  qalt_configure_common(${target})
+  target_include_directories(${target}
+    PUBLIC
+      $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+    PRIVATE ${PROJECT_SOURCE_DIR})
+  target_compile_options(${target} PRIVATE
+    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-asynchronous-unwind-tables
+      -Wconversion -Wold-style-cast>)
+  set_target_properties(${target} PROPERTIES
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON
+    LINKER_LANGUAGE C
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR})
+  set(map ${PROJECT_SOURCE_DIR}/cmake/libqalt_at.map)
+  target_link_libraries(${target} PUBLIC Threads::Threads)
+  if(BUILD_SHARED_LIBS)
+    target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,--as-needed)
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
+    if(NOT QALT_SANITIZE)
+      target_link_options(${target} PRIVATE -static-libgcc -Wl,-z,defs -Wl,-z,relro,-z,now)
+    endif()
+  endif()
+endfunction()
+
+# A program of this project; a client of the library like any other.
+function(qalt_configure_program target)
+  qalt_configure_common(${target})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
+endfunction()
+
+# qalt_add_test(name SOURCES a.cpp... LIBRARIES x... [THREADED])
+# A GoogleTest program, each of its tests a test of ctest. THREADED ones run under ThreadSanitizer.
+function(qalt_add_test name)
+  cmake_parse_arguments(arg "THREADED" "" "SOURCES;LIBRARIES" ${ARGN})
+  if(QALT_SANITIZE STREQUAL "thread" AND NOT arg_THREADED)
+    return()
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  qalt_configure_program(${name})
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} qalt_at GTest::gtest_main)
+  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 120 LABELS "$<IF:$<BOOL:${arg_THREADED}>,threaded,plain>")
+endfunction()

@@ -1,0 +1,74 @@
+// Bytes and wide characters to hexadecimal digits, and digits to bytes.
+#include <cstring>
+#include <cwchar>
+
+#include "codec/hex_digits.h"
+#include "qalt_at/text_bytes.h"
+
+namespace {
+
+bool refused(const void* in, const void* out, int32_t count) {
+  return in == nullptr || out == nullptr || count < 0;
+}
+
+void write_bytes(char* out, const uint8_t* bytes, size_t count) {
+  for (size_t i = 0; i < count; ++i) out = qalt::put_byte(out, bytes[i]);
+  *out = '\0';
+}
+
+void write_characters(char* out, const wchar_t* text, size_t count) {
+  for (size_t i = 0; i < count; ++i) out = qalt::put_character(out, text[i]);
+  *out = '\0';
+}
+
+// The value of a digit of either case.
+uint32_t digit_value(char digit) {
+  const auto c = static_cast<uint8_t>(digit);
+  if (c >= '0' && c <= '9') return c - uint32_t{'0'};
+  return c >= 'a' && c <= 'f' ? c - uint32_t{'a'} + 10 : c - 0x37U;
+}
+
+}  // namespace
+
+int32_t CODE_Bytes2String(const uint8_t* pBytes, char* pOut, int32_t nCount) {
+  if (refused(pBytes, pOut, nCount)) return -1;
+  const auto count = static_cast<uint32_t>(nCount);
+  write_bytes(pOut, pBytes, count);
+  return static_cast<int32_t>(2 * count);
+}
+
+int32_t CODE_String2Bytes(const char* pHex, uint8_t* pOut, int32_t nCount) {
+  if (refused(pHex, pOut, nCount)) return -1;
+  const int32_t bytes = nCount / 2;
+  for (int32_t i = 0; i < bytes; ++i) {
+    pOut[i] = qalt::joined(digit_value(pHex[2 * i]), digit_value(pHex[2 * i + 1]));
+  }
+  return bytes;
+}
+
+int32_t CODE_AscToHex(uint8_t* pOut, const char* pHex, int32_t nCount) {
+  if (refused(pHex, pOut, nCount)) return 1;
+  for (int32_t i = 0; i < nCount; ++i) {
+    const uint32_t value = qalt::upper_digit_value(pHex[i]);
+    pOut[i / 2] |= static_cast<uint8_t>(i % 2 == 0 ? value << 4 : value);
+  }
+  return 1;
+}
+
+int32_t CODE_StringtoHex(const uint8_t* pBytes, char* pOut, int32_t nCount) {
+  if (refused(pBytes, pOut, nCount)) return 1;
+  write_bytes(pOut + std::strlen(pOut), pBytes, static_cast<size_t>(nCount));
+  return 1;
+}
+
+int32_t CODE_Stringto2Bytes(const wchar_t* pText, char* pOut, int32_t nLength) {
+  if (refused(pText, pOut, nLength)) return 1;
+  const auto count = static_cast<size_t>(nLength / 2 + nLength % 2);
+  write_characters(pOut + std::strlen(pOut), pText, count);
+  return 1;
+}
+
+void CODE_UCS2toASC(char* pOut, const wchar_t* pText) {
+  if (pOut == nullptr || pText == nullptr) return;
+  write_characters(pOut, pText, std::wcslen(pText));
+}

@@ -1,0 +1,93 @@
+#include "tests/support/recorder.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+
+namespace test {
+namespace {
+
+std::mutex g_mutex;
+std::vector<LogLine> g_logs;
+std::vector<unsigned> g_sleeps;
+
+void record(int priority, const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, again);
+  va_end(again);
+  std::string text(length < 0 ? 0 : static_cast<size_t>(length) + 1, '\0');
+  std::vsnprintf(text.data(), text.size(), format, arguments);
+  if (!text.empty()) text.pop_back();
+  const std::lock_guard lock(g_mutex);
+  g_logs.push_back({priority, text});
+}
+
+// "module, 123 message" -> message
+std::string message_of(const LogLine& line) {
+  const size_t comma = line.text.find(", ");
+  const size_t blank = line.text.find(' ', comma + 2);
+  return line.text.substr(blank + 1);
+}
+
+}  // namespace
+
+std::vector<LogLine> logs() {
+  const std::lock_guard lock(g_mutex);
+  return g_logs;
+}
+
+std::vector<std::string> logged(const std::string& module, int priority) {
+  std::vector<std::string> lines;
+  for (const LogLine& line : logs()) {
+    if (line.priority == priority && line.text.rfind(module + ", ", 0) == 0) {
+      lines.push_back(message_of(line));
+    }
+  }
+  return lines;
+}
+
+bool has_logged(int priority, const std::string& message) {
+  for (const LogLine& line : logs()) {
+    if (line.priority == priority && message_of(line) == message) return true;
+  }
+  return false;
+}
+
+std::vector<unsigned> sleeps() {
+  const std::lock_guard lock(g_mutex);
+  return g_sleeps;
+}
+
+void clear_records() {
+  const std::lock_guard lock(g_mutex);
+  g_logs.clear();
+  g_sleeps.clear();
+}
+
+}  // namespace test
+
+extern "C" {
+
+void syslog(int priority, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  test::record(priority, format, arguments);
+  va_end(arguments);
+}
+
+// What a build with _FORTIFY_SOURCE calls instead.
+void __syslog_chk(int priority, int, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  test::record(priority, format, arguments);
+  va_end(arguments);
+}
+
+unsigned sleep(unsigned seconds) {
+  const std::lock_guard lock(test::g_mutex);
+  test::g_sleeps.push_back(seconds);
+  return 0;
+}
+
+}  // extern "C"

@@ -1,0 +1,78 @@
+#include "tests/support/scripted_modem.h"
+
+#include <errno.h>
+#include <sys/socket.h>
+
+#include <cstring>
+
+#include "qalt_at/link.h"
+
+namespace test {
+namespace {
+
+ScriptedModem* g_modem = nullptr;
+std::string g_answer;
+
+}  // namespace
+
+ScriptedModem::ScriptedModem() {
+  g_modem = this;
+}
+ScriptedModem::~ScriptedModem() {
+  g_modem = nullptr;
+}
+
+void ScriptedModem::on(std::string start, Answer answer) {
+  rules_.insert(rules_.begin(), {std::move(start), std::move(answer)});
+}
+
+void ScriptedModem::on(std::string start, std::string answer) {
+  on(std::move(start), [answer](const std::string&) { return answer; });
+}
+
+std::vector<std::string> ScriptedModem::lines() const {
+  std::vector<std::string> lines;
+  for (const SentCommand& command : sent_) lines.push_back(command.line);
+  return lines;
+}
+
+std::string ScriptedModem::receive(const std::string& line, uint32_t timeout_ms) {
+  sent_.push_back({line, timeout_ms});
+  for (const auto& [start, answer] : rules_) {
+    if (line.rfind(start, 0) == 0) return answer(line);
+  }
+  return kError;
+}
+
+std::string information(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += "\r\n" + line;
+  return text + "\r\n" + kOk;
+}
+
+}  // namespace test
+
+extern "C" {
+
+int connect(int, const sockaddr*, socklen_t) {
+  if (test::g_modem != nullptr) return 0;
+  errno = ECONNREFUSED;
+  return -1;
+}
+
+ssize_t send(int, const void* bytes, size_t size, int) {
+  AtMsg frame;
+  std::memcpy(&frame, bytes, sizeof frame);
+  test::g_answer = test::g_modem->receive(frame.aucDataBuf, frame.ulTimeout);
+  return static_cast<ssize_t>(size);
+}
+
+ssize_t recv(int, void* bytes, size_t size, int) {
+  AtMsg frame = {};
+  const size_t length = test::g_answer.copy(frame.aucDataBuf, sizeof frame.aucDataBuf - 1);
+  frame.usParaLen = static_cast<uint16_t>(length);
+  std::memcpy(bytes, &frame, size < sizeof frame ? size : sizeof frame);
+  return static_cast<ssize_t>(size);
+}
+
+}  // extern "C"
