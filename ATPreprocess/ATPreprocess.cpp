@@ -75,7 +75,9 @@ int Bk_Parse_At_Res(char* pStr, AtRes* pAtRes) {
   parse_buf.CmdName[0] = '\0';
   parse_buf.ParaBuf[0] = '\0';
   _Parse_At_End_Flag(pStr, pAtRes, &pBlockHead, &parse_buf, row.HavePara);
-  QALT_LOG_DEBUG("%s-pStr=%s,pAtRes->Paras=%s", kFunctionName, pStr, pAtRes->Paras);
+  // A record that was not zeroed, and that this block did not fill, may have no NUL.
+  QALT_LOG_DEBUG("%s-pStr=%s,pAtRes->Paras=%.*s", kFunctionName, pStr,
+                 static_cast<int>(sizeof pAtRes->Paras), pAtRes->Paras);
 
   const char* rest = qalt::behind_consumed(pBlockHead);
   std::memmove(pBlockHead, rest, std::strlen(rest) + 1);

@@ -4,6 +4,7 @@
 
 #include "common/quoted_search.h"
 #include "common/text.h"
+#include "common/word_scan.h"
 #include "qalt_at/parser.h"
 
 namespace {
@@ -23,17 +24,11 @@ size_t flag_length(const AtEndFlgEntry& row) {
   return qalt::bounded_length(row.EndFlag, sizeof row.EndFlag);
 }
 
-bool has_zero_byte(uint64_t word) {
-  return ((word - 0x0101010101010101u) & ~word & 0x8080808080808080u) != 0;
-}
-
 // The first eight characters of a text, zeros behind its end.
 uint64_t head_of(const char* text) {
-  char head[sizeof(uint64_t)] = {};
+  char head[qalt::kWordSize] = {};
   for (size_t i = 0; i < sizeof head && text[i] != '\0'; ++i) head[i] = text[i];
-  uint64_t word;
-  std::memcpy(&word, head, sizeof word);
-  return word;
+  return qalt::load_word(head);
 }
 
 // The lowest row whose flag stands at `text`, or -1. Eight characters at once tell nearly every
@@ -42,9 +37,8 @@ int row_at(const char* text) {
   const uint64_t head = head_of(text);
   for (int i = 0; i < QaltWcdma_AtEndFlgTableSize; ++i) {
     const AtEndFlgEntry& row = QaltWcdma_AtEndFlgTable[i];
-    uint64_t flag_head;
-    std::memcpy(&flag_head, row.EndFlag, sizeof flag_head);
-    if (flag_head != head && !has_zero_byte(flag_head)) continue;
+    const uint64_t flag_head = qalt::load_word(row.EndFlag);
+    if (flag_head != head && !qalt::has_byte_below(flag_head, 1)) continue;
     if (std::strncmp(text, row.EndFlag, flag_length(row)) == 0) return i;
   }
   return -1;
@@ -59,11 +53,11 @@ FoundFlag find_flag(const char* text) {
   }
   // An empty flag stands at the start of every text.
   begins_flag[static_cast<uint8_t>(*text)] |= begins_flag[0];
-  bool quoted = false;
   for (const char* c = text; *c != '\0'; ++c) {
     if (*c == '"') {
-      quoted = !quoted;
-    } else if (!quoted && begins_flag[static_cast<uint8_t>(*c)]) {
+      c = std::strchr(c + 1, '"');  // nothing inside quotes is looked at
+      if (c == nullptr) break;
+    } else if (begins_flag[static_cast<uint8_t>(*c)]) {
       if (const int row = row_at(c); row >= 0) return {c, row};
     }
   }

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "common/text.h"
+#include "common/word_scan.h"
 #include "qalt_at/parameters.h"
 
 namespace {
@@ -27,11 +28,14 @@ constexpr Marker kMarkers[] = {
     {ATCODEC_MARK_LF, '\n', LineEnds::kMarked},
 };
 
-// One member of each marker that is in use, turned into the other; any other byte stays.
-uint8_t exchange(uint8_t byte, uint8_t Marker::*from, uint8_t Marker::*to, LineEnds line_ends) {
+bool in_use(const Marker& marker, LineEnds line_ends) {
+  return marker.used_when == LineEnds::kPlain || line_ends == LineEnds::kMarked;
+}
+
+// The marker of a byte inside quotes, if it has one; any other byte stays.
+uint8_t marked(uint8_t byte, LineEnds line_ends) {
   for (const Marker& marker : kMarkers) {
-    const bool used = marker.used_when == LineEnds::kPlain || line_ends == LineEnds::kMarked;
-    if (used && byte == marker.*from) return marker.*to;
+    if (byte == marker.character && in_use(marker, line_ends)) return marker.mark;
   }
   return byte;
 }
@@ -48,13 +52,44 @@ class Rewrite {
  public:
   explicit Rewrite(LineEnds line_ends) : line_ends_(line_ends) {}
 
-  // Appends what `byte` becomes, given its successor (NUL behind the last one).
-  void take(uint8_t byte, uint8_t next) {
+  // Appends what the bytes of a line become.
+  void take(const uint8_t* line, size_t length) {
+    for (const uint8_t *byte = line, *end = line + length; byte != end;) {
+      const uint8_t* special = find_special(byte, end);
+      append(byte, static_cast<size_t>(special - byte));
+      if (special == end) return;
+      take_special(*special, special[1]);
+      byte = special + 1;
+    }
+  }
+
+  bool fits() const { return fits_; }
+
+  void write_to(unsigned char* line) const {
+    std::memcpy(line, text_, length_);
+    line[length_] = '\0';
+  }
+
+ private:
+  // Every byte with a rule of its own - quote, comma, blanks, line ends - is at most a comma.
+  static constexpr uint8_t kLastSpecial = ',';
+
+  static const uint8_t* find_special(const uint8_t* byte, const uint8_t* end) {
+    while (end - byte >= static_cast<ptrdiff_t>(qalt::kWordSize) &&
+           !qalt::has_byte_below(qalt::load_word(byte), kLastSpecial + 1)) {
+      byte += qalt::kWordSize;
+    }
+    while (byte != end && *byte > kLastSpecial) ++byte;
+    return byte;
+  }
+
+  // `next` is the byte behind it, NUL behind the last one.
+  void take_special(uint8_t byte, uint8_t next) {
     if (byte == '"') {
       quoted_ = !quoted_;
       if (next == '"') append(ATCODEC_MARK_EMPTY);
     } else if (quoted_) {
-      append(exchange(byte, &Marker::character, &Marker::mark, line_ends_));
+      append(marked(byte, line_ends_));
     } else if (byte == ',') {
       append(' ');
       if (next == ',' || next == '\0') append(ATCODEC_MARK_EMPTY);
@@ -63,20 +98,17 @@ class Rewrite {
     }
   }
 
-  bool fits() const { return length_ < sizeof text_; }
-
-  void write_to(unsigned char* line) {
-    std::memcpy(line, text_, length_);
-    line[length_] = '\0';
-  }
-
- private:
-  void append(uint8_t byte) {
-    if (length_ < sizeof text_) text_[length_++] = byte;
+  void append(uint8_t byte) { append(&byte, 1); }
+  void append(const uint8_t* bytes, size_t count) {
+    fits_ = fits_ && count < sizeof text_ - length_;
+    if (!fits_) return;
+    std::memcpy(text_ + length_, bytes, count);
+    length_ += count;
   }
 
   LineEnds line_ends_;
   bool quoted_ = false;
+  bool fits_ = true;
   size_t length_ = 0;
   uint8_t text_[ATCODEC_PARA_LEN];
 };
@@ -85,19 +117,21 @@ void rewrite(unsigned char* line, LineEnds line_ends) {
   const size_t length = line_length(line);
   if (length == 0) return;
   Rewrite result(line_ends);
-  for (size_t i = 0; i < length; ++i) result.take(line[i], line[i + 1]);
+  result.take(line, length);
   if (result.fits()) result.write_to(line);
 }
 
-void restore(char* text, LineEnds line_ends) {
-  if (text == nullptr) return;
-  uint8_t* field = reinterpret_cast<uint8_t*>(text);
-  if (field[0] == ATCODEC_MARK_EMPTY && field[1] == '\0') {
+void restore(char* field, LineEnds line_ends) {
+  if (field == nullptr) return;
+  if (static_cast<uint8_t>(field[0]) == ATCODEC_MARK_EMPTY && field[1] == '\0') {
     field[0] = '\0';
     return;
   }
-  for (; *field != '\0'; ++field) {
-    *field = exchange(*field, &Marker::mark, &Marker::character, line_ends);
+  for (const Marker& marker : kMarkers) {
+    if (!in_use(marker, line_ends)) continue;
+    for (char* c = field; (c = std::strchr(c, marker.mark)) != nullptr; ++c) {
+      *c = static_cast<char>(marker.character);
+    }
   }
 }
 

@@ -1,0 +1,38 @@
+#!/bin/sh
+# Everything that CI asks of a change: format, the tests, the same under the sanitizers.
+# The release build comes last, so that its ctest summary closes the output.
+set -eu
+cd "$(dirname "$0")/.."
+
+jobs=$(nproc)
+
+stage() { printf '\n== %s (%s)\n' "$1" "$(date -u +%H:%M:%S)"; }
+
+configure_and_build() {  # folder, cmake arguments...
+  folder=$1
+  shift
+  cmake -S . -B "build/$folder" -DQALT_WERROR=ON "$@" >/dev/null
+  cmake --build "build/$folder" -j "$jobs" -- --no-print-directory >"build/$folder.log" 2>&1 ||
+    { tail -n 60 "build/$folder.log"; exit 1; }
+}
+
+run_tests() { ctest --test-dir "build/$1" --output-on-failure -j "$jobs" --no-tests=error; }
+
+stage "format"
+git ls-files '*.c' '*.cpp' '*.h' '*.hpp' | xargs clang-format-14 --dry-run -Werror
+
+# Plain char is signed on x86 and unsigned on ARM: the sanitizer build takes ARM's.
+stage "AddressSanitizer and UndefinedBehaviorSanitizer, unsigned char"
+configure_and_build asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQALT_SANITIZE=address,undefined \
+  -DCMAKE_C_FLAGS=-funsigned-char -DCMAKE_CXX_FLAGS=-funsigned-char
+ASAN_OPTIONS=abort_on_error=1:detect_stack_use_after_return=1 \
+  UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 run_tests asan
+
+stage "ThreadSanitizer"
+configure_and_build tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQALT_SANITIZE=thread
+TSAN_OPTIONS=halt_on_error=1 run_tests tsan
+
+stage "release, signed char"
+configure_and_build release -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_FLAGS=-fsigned-char \
+  -DCMAKE_CXX_FLAGS=-fsigned-char
+run_tests release

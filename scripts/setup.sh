@@ -1,0 +1,30 @@
+#!/bin/sh
+# Installs the Debian packages that a goal needs, and only those that are missing.
+# usage: scripts/setup.sh build|check|bench
+set -eu
+
+build="g++ gcc make cmake libasio-dev libcli11-dev nlohmann-json3-dev"
+check="$build git libgtest-dev clang-format-14 binutils"
+bench="$build libbenchmark-dev"
+
+case "${1:-}" in
+  build) wanted=$build ;;
+  check) wanted=$check ;;
+  bench) wanted=$bench ;;
+  *) echo "usage: $0 build|check|bench" >&2; exit 2 ;;
+esac
+
+missing=
+for package in $wanted; do
+  dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' ||
+    missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+as_root=
+[ "$(id -u)" -eq 0 ] || as_root=sudo
+echo "installing:$missing"
+export DEBIAN_FRONTEND=noninteractive
+$as_root apt-get update -qq
+# shellcheck disable=SC2086
+$as_root apt-get install -y -qq --no-install-recommends $missing >/dev/null
