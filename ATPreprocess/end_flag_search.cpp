@@ -31,18 +31,30 @@ uint64_t head_of(const char* text) {
   return qalt::load_word(head);
 }
 
-// The lowest row whose flag stands at `text`, or -1. Eight characters at once tell nearly every
-// other row; a flag that is shorter than these is compared as a text.
-int row_at(const char* text) {
-  const uint64_t head = head_of(text);
-  for (int i = 0; i < QaltWcdma_AtEndFlgTableSize; ++i) {
-    const AtEndFlgEntry& row = QaltWcdma_AtEndFlgTable[i];
-    const uint64_t flag_head = qalt::load_word(row.EndFlag);
-    if (flag_head != head && !qalt::has_byte_below(flag_head, 1)) continue;
-    if (std::strncmp(text, row.EndFlag, flag_length(row)) == 0) return i;
+// Compares the rows of the table with one place of a text after the other.
+class RowSearch {
+ public:
+  // The lowest row whose flag stands at `text`, or -1. Eight characters at once tell nearly every
+  // other row; a flag that is shorter than these is compared as a text. The lines of an answer
+  // begin alike, so characters that rule out all rows are remembered.
+  int row_at(const char* text) {
+    const uint64_t head = head_of(text);
+    if (head == foreign_head_) return -1;
+    bool foreign = true;
+    for (int i = 0; i < QaltWcdma_AtEndFlgTableSize; ++i) {
+      const AtEndFlgEntry& row = QaltWcdma_AtEndFlgTable[i];
+      const uint64_t flag_head = qalt::load_word(row.EndFlag);
+      if (flag_head != head && !qalt::has_byte_below(flag_head, 1)) continue;
+      if (std::strncmp(text, row.EndFlag, flag_length(row)) == 0) return i;
+      if (flag_head == head) foreign = false;  // the rows differ only behind the eighth
+    }
+    if (foreign) foreign_head_ = head;
+    return -1;
   }
-  return -1;
-}
+
+ private:
+  uint64_t foreign_head_ = 0;  // what no text begins with
+};
 
 // One pass over the text, for all rows whose flag does not begin with a quote: rows are compared
 // only outside quotes and where the character begins some flag. A text that is not empty.
@@ -53,12 +65,13 @@ FoundFlag find_flag(const char* text) {
   }
   // An empty flag stands at the start of every text.
   begins_flag[static_cast<uint8_t>(*text)] |= begins_flag[0];
+  RowSearch rows;
   for (const char* c = text; *c != '\0'; ++c) {
     if (*c == '"') {
       c = std::strchr(c + 1, '"');  // nothing inside quotes is looked at
       if (c == nullptr) break;
     } else if (begins_flag[static_cast<uint8_t>(*c)]) {
-      if (const int row = row_at(c); row >= 0) return {c, row};
+      if (const int row = rows.row_at(c); row >= 0) return {c, row};
     }
   }
   return {};

@@ -1,12 +1,12 @@
 // The exchange of one command for one answer with the AT server, one connection each.
 #include <errno.h>
-#include <sys/socket.h>
 
 #include <cstddef>
 #include <cstring>
 
 #include "common/log.h"
 #include "common/text.h"
+#include "link/frame_io.h"
 #include "qalt_at/link.h"
 
 static_assert(sizeof(AtMsg) == QALT_AT_FRAME_SIZE);
@@ -31,39 +31,17 @@ bool build_request(AtMsg* request, const char* command, uint32_t timeout) {
   return true;
 }
 
-// Sends the whole frame: a part of one would be another request. A peer that has closed is a
-// failure like any other, never a signal.
-bool send_frame(int connection, const AtMsg& frame) {
-  const char* bytes = reinterpret_cast<const char*>(&frame);
-  size_t sent = 0;
-  while (sent < sizeof frame) {
-    const ssize_t count = send(connection, bytes + sent, sizeof frame - sent, MSG_NOSIGNAL);
-    if (count <= 0) return false;
-    sent += static_cast<size_t>(count);
-  }
-  return true;
-}
-
-// What the server sends before it closes, zeros behind it, the text always terminated.
-bool receive_answer(int connection, AtMsg* answer) {
-  const ssize_t count = recv(connection, answer, sizeof *answer, MSG_WAITALL);
-  if (count == -1) return false;
-  const size_t received = static_cast<size_t>(count);
-  std::memset(reinterpret_cast<char*>(answer) + received, 0, sizeof *answer - received);
-  answer->aucDataBuf[sizeof answer->aucDataBuf - 1] = '\0';
-  return true;
-}
-
 // One request and one answer over a connection that stands.
 bool exchange_frames(int connection, const AtMsg& request, AtMsg* answer) {
-  if (!send_frame(connection, request)) {
+  if (!qalt::send_frame(connection, request)) {
     QALT_LOG_DEBUG("send item_id failed\n");
     return false;
   }
-  if (!receive_answer(connection, answer)) {
+  if (!qalt::receive_frame(connection, answer)) {
     QALT_LOG_DEBUG("receive client data error !\n");
     return false;
   }
+  answer->aucDataBuf[sizeof answer->aucDataBuf - 1] = '\0';  // a frame may be full of text
   return true;
 }
 

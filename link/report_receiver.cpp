@@ -1,13 +1,11 @@
 // The report receiver: one thread for the process, which hands pushed frames to the callback.
 #include <errno.h>
 #include <pthread.h>
-#include <sys/socket.h>
-
-#include <cstring>
 
 #include "common/log.h"
 #include "common/text.h"
 #include "link/errno_keeper.h"
+#include "link/frame_io.h"
 #include "qalt_at/link.h"
 
 constinit char g_ModuleID[QALT_AT_MODULE_ID_SIZE] = {};
@@ -57,21 +55,6 @@ int init_receiver(const char* identifier) {
   return start_receiver(identifier) ? 0 : 1;
 }
 
-// Takes one frame off a connection and closes it; zeros stand behind what was received. False with
-// errno set when receiving failed.
-bool receive_frame(int connection, AtMsg* frame) {
-  const ssize_t count = recv(connection, frame, sizeof *frame, MSG_WAITALL);
-  const qalt::ErrnoKeeper cause;
-  qalt_at_close_client_socket(connection);
-  if (count == -1) {
-    QALT_LOG_DEBUG("receive client data error !\n");
-    return false;
-  }
-  const size_t received = static_cast<size_t>(count);
-  std::memset(reinterpret_cast<char*>(frame) + received, 0, sizeof *frame - received);
-  return true;
-}
-
 // Waits for the next connection and takes its frame. False with errno set when either failed.
 bool next_frame(int server_socket, AtMsg* frame) {
   int connection = -1;
@@ -80,7 +63,11 @@ bool next_frame(int server_socket, AtMsg* frame) {
     QALT_LOG_DEBUG("can not accept libprefs client.");
     return false;
   }
-  return receive_frame(connection, frame);
+  const bool received = qalt::receive_frame(connection, frame);
+  const qalt::ErrnoKeeper cause;
+  qalt_at_close_client_socket(connection);
+  if (!received) QALT_LOG_DEBUG("receive client data error !\n");
+  return received;
 }
 
 // Hands on every frame until accepting or receiving fails with anything but an interruption.

@@ -14,7 +14,7 @@ trap 'exit 130' INT TERM
 # server answers.
 mkfifo "$folder/ready"
 "$build/server/qalt-atd" --modem sim --sim-profile "$profile" --ready-fd 3 \
-  --report-to "$folder/reports" --sim-report "$REPORT" 3>"$folder/ready" &
+  --report-to "$folder/reports" --sim-report '+CMTI: "SM",3' 3>"$folder/ready" &
 server=$!
 read -r _ <"$folder/ready" || { echo "the AT server did not start" >&2; exit 1; }
 

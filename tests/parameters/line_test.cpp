@@ -122,16 +122,14 @@ TEST(ParameterLine, FormatsACommand) {
 }
 
 TEST(ParameterLine, NullsDoNothing) {
-  ATCodec_PreProc_Res_ParaLine(nullptr);
-  ATCodec_PreProc_Res_ParaLine_Special(nullptr);
-  ATCodec_Restore_String_Para(nullptr);
-  ATCodec_Restore_String_Para_Special(nullptr);
-  ATCodec_ProcRes_ParaLineEx(nullptr);
-  char command[] = "as it was";
-  int (*const format)(char*, const char*, ...) = ATCodec_TranslateToCmdPara;
-  EXPECT_EQ(format(nullptr, "%d", 1), 0);
-  EXPECT_EQ(format(command, nullptr), 0);
-  EXPECT_STREQ(command, "as it was");
+  for (const auto rewrite : {ATCodec_PreProc_Res_ParaLine, ATCodec_PreProc_Res_ParaLine_Special}) {
+    rewrite(nullptr);
+  }
+  for (const auto change : {ATCodec_Restore_String_Para, ATCodec_Restore_String_Para_Special,
+                            ATCodec_ProcRes_ParaLineEx}) {
+    change(nullptr);
+  }
+  EXPECT_EQ(ATCodec_TranslateToCmdPara(nullptr, "%d", 1), 0);
 }
 
 }  // namespace

@@ -109,19 +109,6 @@ TEST(Parse, ReducesOneBlock) {
   }
 }
 
-TEST(Parse, CallsAgainUntilNothingIsLeft) {
-  char text[] = "\r\n+CSQ: 1\r\n\r\n+CMTI: \"SM\",3\r\n\r\nOK\r\n\r\nERROR\r\n";
-  const auto record = std::make_unique<AtRes>();
-  const int types[] = {AT_RES_REPORT, AT_RES_OK, AT_RES_ERROR};
-  const char* payloads[] = {"\"SM\",3", "1", "1"};
-  for (int i = 0; i < 3; ++i) {
-    ASSERT_EQ(Bk_Parse_At_Res(text, record.get()), AT_PARSE_OK);
-    EXPECT_EQ(record->ResType, types[i]);
-    EXPECT_STREQ(record->Paras, payloads[i]);
-  }
-  EXPECT_EQ(Bk_Parse_At_Res(text, record.get()), AT_PARSE_NOT_FOUND);
-}
-
 TEST(Parse, CutsWhatIsTooLong) {
   const std::string same(29, 'N');
   const std::string line = "\r\n+X: ";

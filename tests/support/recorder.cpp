@@ -11,7 +11,7 @@ std::mutex g_mutex;
 std::vector<LogLine> g_logs;
 std::vector<unsigned> g_sleeps;
 
-void record(int priority, const char* format, va_list arguments) {
+[[gnu::format(printf, 2, 0)]] void record(int priority, const char* format, va_list arguments) {
   va_list again;
   va_copy(again, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, again);
