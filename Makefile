@@ -13,7 +13,10 @@ all:
 	cmake -S . -B $(BUILD) -DQALT_BUILD_TESTS=OFF >/dev/null
 	cmake --build $(BUILD) -j $$(nproc) -- --no-print-directory
 
-demo: all
+demo:
+	scripts/setup.sh build
+	cmake -S . -B $(BUILD) -DQALT_BUILD_TESTS=OFF >/dev/null
+	cmake --build $(BUILD) -j $$(nproc) --target qalt-atd phonebook_demo -- --no-print-directory
 	scripts/demo.sh $(BUILD) $(PROFILE)
 
 check:

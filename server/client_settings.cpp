@@ -1,0 +1,149 @@
+#include "server/client_settings.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "sim/at_line.h"
+
+namespace qalt::server {
+namespace {
+
+constexpr std::array<std::string_view, ClientSettings::kSettings> kNames = {"+CSCS", "+CPBS"};
+constexpr size_t kCharset = 0;
+
+// Commands that read or write in the selected storage, with texts in the selected character set.
+constexpr std::array<std::string_view, 9> kPhonebookCommands = {
+    "+CPBR", "+CPBW", "+CPBF", "+JCPBR", "+JCPBW", "^SCPBR", "^SCPBW", "^CPBR", "^CPBW"};
+// Further commands with texts.
+constexpr std::array<std::string_view, 10> kTextCommands = {
+    "+CMGS", "+CMGW", "+CMGR", "+CMGL", "+CUSD", "+COPS", "+CNUM", "+CLCC", "+CSCA", "+CPOL"};
+// Commands after which nothing is as it was selected.
+constexpr std::array<std::string_view, 3> kResets = {"Z", "&F", "+CFUN"};
+
+template <typename List>
+bool contains(const List& list, std::string_view name) {
+  return std::find(list.begin(), list.end(), name) != list.end();
+}
+
+bool selects(const at::Command& command, size_t setting) {
+  return command.form == at::Form::kSet && command.name == kNames[setting];
+}
+
+bool acts_on(const at::Command& command, size_t setting) {
+  if (contains(kPhonebookCommands, command.name)) return true;
+  if (command.name == kNames[setting]) return command.form == at::Form::kQuery;
+  return setting == kCharset && contains(kTextCommands, command.name);
+}
+
+// A name may have been sent as UCS2, in hexadecimal; it is kept in plain characters.
+std::string plain(const std::string& name) {
+  std::string result;
+  if (name.empty() || name.size() % 4 != 0) return name;
+  for (size_t i = 0; i < name.size(); i += 4) {
+    const std::string digits = name.substr(i, 4);
+    if (digits.find_first_not_of("0123456789ABCDEFabcdef") != digits.npos) return name;
+    const int code = std::stoi(digits, nullptr, 16);
+    if (code < 0x20 || code > 0x7E) return name;
+    result += char(code);
+  }
+  return result;
+}
+
+std::optional<std::string> selected_value(std::string_view arguments) {
+  const auto list = at::split_arguments(arguments);
+  if (!list || list->front().value.empty()) return std::nullopt;
+  return plain(list->front().value);
+}
+
+std::vector<at::Command> commands_of(std::string_view line) {
+  return at::split_line(line).value_or(std::vector<at::Command>());
+}
+
+}  // namespace
+
+std::optional<std::string> ClientSettings::before(const Peer& peer, std::string_view line) {
+  const std::vector<at::Command> commands = commands_of(line);
+  for (size_t i = 0; i < kSettings; ++i) {
+    const std::string name(kNames[i]);
+    for (const at::Command& command : commands) {
+      if (selects(command, i)) {
+        if (initial_[i] || current_[i] || asked_[i]) break;
+        asked_[i] = true;
+        return "AT" + name + "?";
+      }
+      if (!acts_on(command, i)) continue;
+      const auto found = peers_.find(peer);
+      const bool chosen = found != peers_.end() && found->second.values[i];
+      const auto& wanted = chosen ? found->second.values[i] : initial_[i];
+      if (!wanted || current_[i] == wanted) break;
+      return "AT" + name + "=\"" + *wanted + "\"";
+    }
+  }
+  return std::nullopt;
+}
+
+void ClientSettings::prepared(std::string_view line, std::string_view answer, bool ok) {
+  Values unused;
+  apply(line, ok, unused);
+  if (!ok) return;
+  for (size_t i = 0; i < kSettings; ++i) {
+    if (line != "AT" + std::string(kNames[i]) + "?") continue;
+    const size_t name = answer.find(std::string(kNames[i]) + ":");
+    if (name == answer.npos) continue;
+    std::string_view value = answer.substr(name + kNames[i].size() + 1);
+    value = value.substr(0, value.find('\r'));
+    initial_[i] = current_[i] = selected_value(value);
+  }
+}
+
+void ClientSettings::carried_out(const Peer& peer, std::string_view line, bool ok) {
+  apply(line, ok, values_of(peer));
+}
+
+void ClientSettings::initialised(std::string_view line, bool ok) {
+  apply(line, ok, initial_);
+}
+
+// After a line of one command that failed everything is as before; of several, some may have been
+// carried out.
+void ClientSettings::apply(std::string_view line, bool ok, Values& chosen) {
+  const std::vector<at::Command> commands = commands_of(line);
+  for (const at::Command& command : commands) {
+    if (ok && contains(kResets, command.name) && command.form != at::Form::kQuery &&
+        command.form != at::Form::kTest) {
+      lost();
+      chosen = {};
+    }
+    for (size_t i = 0; i < kSettings; ++i) {
+      if (!selects(command, i)) continue;
+      if (ok) {
+        chosen[i] = current_[i] = selected_value(command.arguments);
+      } else if (commands.size() > 1) {
+        current_[i].reset();
+      }
+    }
+  }
+}
+
+void ClientSettings::lost() {
+  current_ = {};
+}
+
+void ClientSettings::reopened() {
+  current_ = {};
+  initial_ = {};
+  asked_ = {};
+}
+
+ClientSettings::Values& ClientSettings::values_of(const Peer& peer) {
+  if (!peers_.contains(peer) && peers_.size() == kMostPeers) {
+    peers_.erase(std::min_element(peers_.begin(), peers_.end(), [](const auto& a, const auto& b) {
+      return a.second.used < b.second.used;
+    }));
+  }
+  PeerValues& entry = peers_[peer];
+  entry.used = ++uses_;
+  return entry.values;
+}
+
+}  // namespace qalt::server

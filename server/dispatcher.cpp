@@ -1,0 +1,228 @@
+#include "server/dispatcher.h"
+
+#include <syslog.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace qalt::server {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kOwnTimeout{5000};    // of the server's own commands
+constexpr milliseconds kProbeTimeout{2000};  // of one AT of a resync
+constexpr int kMostProbes = 5;
+constexpr milliseconds kQuiet{200};  // how long the line is quiet when a resync is done
+constexpr milliseconds kLongestSettle{3000};
+
+constexpr std::string_view kProbe = "AT";
+constexpr std::string_view kEscape = "\x1B";
+
+// What a client gets instead of an answer that a frame cannot carry (3GPP TS 27.007, 9.2: text
+// string too long, invalid characters in text string).
+constexpr std::string_view kTooLong = "\r\n+CME ERROR: 24\r\n";
+constexpr std::string_view kUnfit = "\r\n+CME ERROR: 25\r\n";
+
+bool is_ok(std::string_view answer) {
+  return answer.ends_with("\r\nOK\r\n");
+}
+
+// An OK and nothing else: the answer to AT, or late that to a command without information.
+bool is_bare_ok(std::string_view answer) {
+  while (answer.starts_with('\r') || answer.starts_with('\n')) answer.remove_prefix(1);
+  return answer == "OK\r\n" || answer == "OK\n";
+}
+
+bool is_result(std::string_view line) {
+  return line == "OK" || line == "ERROR" || line.starts_with("+CME ERROR:") ||
+         line.starts_with("+CMS ERROR:");
+}
+
+}  // namespace
+
+void Dispatcher::opened(TimePoint now, bool clean) {
+  reader_.reset();
+  settings_.reopened();
+  started_ = 0;
+  if (clean) {
+    state_ = State::kStarting;
+    next(now);
+  } else {
+    resync(now);
+  }
+}
+
+void Dispatcher::closed() {
+  state_ = State::kClosed;
+  finish_current("");
+  drop_waiting();
+}
+
+void Dispatcher::drop_waiting() {
+  for (const Command& command : std::exchange(waiting_, {})) host_.answer(command.id, "");
+}
+
+void Dispatcher::submit(Command command, TimePoint now) {
+  if (state_ == State::kClosed) {
+    host_.answer(command.id, "");
+    return;
+  }
+  waiting_.push_back(std::move(command));
+  if (state_ == State::kIdle) next(now);
+}
+
+void Dispatcher::cancel(uint64_t id) {
+  if (current_ && current_->id == id) current_.reset();
+  std::erase_if(waiting_, [&](const Command& command) { return command.id == id; });
+}
+
+void Dispatcher::receive(std::string_view bytes, TimePoint now) {
+  if (state_ == State::kClosed) return;
+  if (state_ == State::kSettling) deadline_ = std::min(now + kQuiet, settle_end_);
+  reader_.feed(bytes);
+  while (auto event = reader_.next()) handle(std::move(*event), now);
+}
+
+void Dispatcher::tick(TimePoint now) {
+  if (!deadline() || now < deadline_) return;
+  switch (state_) {
+    case State::kWaiting:
+      host_.note(LOG_WARNING, "no answer in time to " + sent_);
+      finish_current("");
+      settings_.lost();
+      return resync(now);
+    case State::kPreparing:
+    case State::kStarting:
+      host_.note(LOG_WARNING, "no answer in time to the server's own " + sent_);
+      settings_.lost();
+      return resync(now);
+    case State::kResync:
+      return send_probe(now);
+    case State::kSettling:
+      reader_.expect_nothing();
+      state_ = State::kStarting;
+      return next(now);
+    case State::kClosed:
+    case State::kIdle:
+      return;
+  }
+}
+
+std::optional<TimePoint> Dispatcher::deadline() const {
+  if (state_ == State::kClosed || state_ == State::kIdle) return std::nullopt;
+  return deadline_;
+}
+
+// Goes on with what is due: the rest of the start lines, then the clients' commands.
+void Dispatcher::next(TimePoint now) {
+  if (started_ < start_lines_.size()) {
+    return send(State::kStarting, start_lines_[started_++], kOwnTimeout, now);
+  }
+  state_ = State::kIdle;
+  if (waiting_.empty()) return;
+  const Command& command = waiting_.front();
+  if (const auto line = settings_.before(command.peer, command.line)) {
+    prepared_for_ = command.id;
+    return send(State::kPreparing, *line, kOwnTimeout, now);
+  }
+  current_ = std::move(waiting_.front());
+  waiting_.pop_front();
+  sender_ = current_->peer;
+  send(State::kWaiting, current_->line, current_->timeout, now);
+}
+
+void Dispatcher::send(State state, const std::string& line, milliseconds timeout, TimePoint now) {
+  state_ = state;
+  sent_ = line;
+  deadline_ = now + timeout;
+  reader_.expect_answer(line);
+  host_.write_modem(line + "\r");
+}
+
+void Dispatcher::handle(StreamEvent event, TimePoint now) {
+  switch (event.kind) {
+    case StreamEvent::Kind::kReport:
+      return push_report(event);
+    case StreamEvent::Kind::kLine:
+      // Between commands only reports come; a result or a line of an answer is a late one.
+      if (state_ == State::kSettling || event.too_long || event.unfit || is_result(event.text)) {
+        return host_.note(LOG_INFO, "line of no command passed over: " + event.text);
+      }
+      event.text = "\r\n" + event.text + "\r\n";
+      return push_report(event);
+    case StreamEvent::Kind::kPrompt:
+    case StreamEvent::Kind::kAnswer:
+      return answered(event, now);
+  }
+}
+
+void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
+  const bool prompt = event.kind == StreamEvent::Kind::kPrompt;
+  // Nobody will send the text that the modem waits for.
+  if (prompt) host_.write_modem(kEscape);
+  if (state_ == State::kResync) {
+    if (!prompt && is_bare_ok(event.text)) return settle(now);
+    // The end of the late answer; the one to AT is still to come.
+    return reader_.expect_resync(kProbe);
+  }
+  reader_.expect_nothing();
+  const bool ok = !prompt && (is_ok(event.text) || event.too_long || event.unfit);
+  if (state_ == State::kStarting) {
+    settings_.initialised(sent_, ok);
+    if (!ok) host_.note(LOG_WARNING, "the modem refused the start line " + sent_);
+  } else if (state_ == State::kPreparing) {
+    settings_.prepared(sent_, event.text, ok);
+    // Without its own settings the command would read or write wrong texts or another storage.
+    const bool needed = !sent_.ends_with('?');
+    if (!ok && needed && !waiting_.empty() && waiting_.front().id == prepared_for_) {
+      host_.note(LOG_ERR, "the modem refused " + sent_ + ", so not sent: " + waiting_.front().line);
+      host_.answer(waiting_.front().id, event.text);
+      waiting_.pop_front();
+    }
+  } else {
+    settings_.carried_out(sender_, sent_, ok);
+    if (event.too_long || event.unfit) {
+      host_.note(LOG_ERR, "the answer does not fit a frame: " + sent_);
+    }
+    finish_current(event.too_long ? kTooLong : event.unfit ? kUnfit : event.text);
+  }
+  // An answer that ended within quotes may have been a stored text with a line "OK" in it.
+  if (prompt || event.open_quote) return resync(now);
+  next(now);
+}
+
+void Dispatcher::finish_current(std::string_view text) {
+  if (const auto command = std::exchange(current_, std::nullopt)) host_.answer(command->id, text);
+}
+
+void Dispatcher::resync(TimePoint now) {
+  probes_ = 0;
+  send_probe(now);
+}
+
+void Dispatcher::send_probe(TimePoint now) {
+  if (probes_++ == kMostProbes) {
+    host_.note(LOG_ERR, "the modem does not answer");
+    closed();
+    return host_.give_up_port();
+  }
+  state_ = State::kResync;
+  deadline_ = now + kProbeTimeout;
+  reader_.expect_resync(kProbe);
+  host_.write_modem(std::string(kProbe) + "\r");
+}
+
+void Dispatcher::settle(TimePoint now) {
+  state_ = State::kSettling;
+  deadline_ = now + kQuiet;
+  settle_end_ = now + kLongestSettle;
+}
+
+void Dispatcher::push_report(const StreamEvent& event) {
+  if (event.too_long || event.unfit)
+    return host_.note(LOG_ERR, "a report does not fit a frame and is dropped");
+  host_.report(event.text);
+}
+
+}  // namespace qalt::server

@@ -1,0 +1,103 @@
+// dispatcher.h - the order of things on the one modem line: commands one at a time in order of
+// arrival, their time-outs, and the way back after one. Pure: no I/O and no clock of its own; it is
+// told the time, says when it wants to be woken, and acts through its host.
+//
+//            opened()                 start lines done             command written
+//   closed ------------> resync ----> starting ------------> idle <-------------> waiting
+//     ^                  ^    |                                                      |
+//     |   no "OK" to AT  |    v                        time-out, prompt, odd quotes  |
+//     +------------------+--- settling <------- resync <-----------------------------+
+//
+// Resync: what the modem still says to the command before must not reach the next. "AT" is sent and
+// everything swallowed up to its bare OK, then until the line is quiet for a moment: if the OK was
+// a late one, the AT's own follows at once.
+#ifndef QALT_SERVER_DISPATCHER_H_
+#define QALT_SERVER_DISPATCHER_H_
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "server/client_settings.h"
+#include "server/stream_reader.h"
+
+namespace qalt::server {
+
+using TimePoint = std::chrono::steady_clock::time_point;
+
+struct Command {
+  uint64_t id = 0;
+  std::string line;
+  std::chrono::milliseconds timeout{0};
+  Peer peer;
+};
+
+class Dispatcher {
+ public:
+  // What the dispatcher acts through. None of these may call back into it.
+  class Host {
+   public:
+    virtual ~Host() = default;
+    virtual void write_modem(std::string_view bytes) = 0;
+    virtual void answer(uint64_t id, std::string_view text) = 0;
+    virtual void report(std::string_view text) = 0;
+    // The modem does not answer any more: the port is to be closed and opened again.
+    virtual void give_up_port() = 0;
+    virtual void note(int priority, const std::string& text) = 0;
+  };
+
+  // `start_lines` are sent after every opening, each once.
+  Dispatcher(Host& host, std::vector<std::string> start_lines)
+      : host_(host), start_lines_(std::move(start_lines)) {}
+
+  // The port is open. `clean`: nothing of an earlier time can be on the line.
+  void opened(TimePoint now, bool clean);
+  // The port is gone: every command at hand ends with an empty answer, and further ones too.
+  void closed();
+  void submit(Command command, TimePoint now);
+  // The client is gone; a command not yet sent is dropped, the answer to one that is, discarded.
+  void cancel(uint64_t id);
+  void receive(std::string_view bytes, TimePoint now);
+  void tick(TimePoint now);
+  // When tick() has something to do; none while only the modem or a client can change anything.
+  std::optional<TimePoint> deadline() const;
+  // Ends all commands that wait with an empty answer; the one under way goes on.
+  void drop_waiting();
+  bool command_under_way() const { return state_ == State::kWaiting && current_.has_value(); }
+
+ private:
+  enum class State { kClosed, kStarting, kIdle, kPreparing, kWaiting, kResync, kSettling };
+
+  void next(TimePoint now);
+  void send(State state, const std::string& line, std::chrono::milliseconds timeout, TimePoint now);
+  void handle(StreamEvent event, TimePoint now);
+  void answered(const StreamEvent& event, TimePoint now);
+  void finish_current(std::string_view text);
+  void resync(TimePoint now);
+  void send_probe(TimePoint now);
+  void settle(TimePoint now);
+  void push_report(const StreamEvent& event);
+
+  Host& host_;
+  std::vector<std::string> start_lines_;
+  size_t started_ = 0;  // start lines sent
+  StreamReader reader_;
+  ClientSettings settings_;
+  std::deque<Command> waiting_;
+  std::optional<Command> current_;  // kWaiting: the command sent; none when its client is gone
+  std::string sent_;                // the line whose answer is awaited
+  Peer sender_;
+  uint64_t prepared_for_ = 0;  // kPreparing: the command that the line is sent for
+  State state_ = State::kClosed;
+  TimePoint deadline_;
+  TimePoint settle_end_;
+  int probes_ = 0;
+};
+
+}  // namespace qalt::server
+
+#endif  // QALT_SERVER_DISPATCHER_H_

@@ -1,0 +1,21 @@
+// qalt-atd: owns the modem and carries out the AT commands of all processes, one at a time.
+#include <exception>
+#include <iostream>
+
+#include "server/app.h"
+#include "server/options.h"
+
+int main(int argc, char** argv) {
+  int status = 0;
+  const auto options = qalt::server::read_options(argc, argv, status);
+  if (!options) return status;
+  try {
+    asio::io_context context(1);
+    qalt::server::App app(context, *options);
+    context.run();
+    return 0;
+  } catch (const std::exception& error) {
+    std::cerr << "qalt-atd: cannot start: " << error.what() << "\n";
+    return 1;
+  }
+}

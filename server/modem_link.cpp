@@ -1,0 +1,116 @@
+#include "server/modem_link.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qalt::server {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Kind = TranscriptEntry::Kind;
+using std::chrono::milliseconds;
+
+// How long a lost port rests before it is opened again; doubled up to the longest while it fails.
+constexpr milliseconds kFirstBackOff{250};
+constexpr milliseconds kLongestBackOff{30'000};
+
+}  // namespace
+
+ModemLink::ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
+                     std::vector<std::string> start_lines, Transcript& transcript,
+                     const Logger& logger)
+    : timer_(context),
+      reopen_timer_(context),
+      port_(std::move(port)),
+      transcript_(transcript),
+      logger_(logger),
+      dispatcher_(*this, std::move(start_lines)),
+      back_off_(kFirstBackOff) {
+  port_->set_handlers({[this] { opened(); }, [this](std::string_view bytes) { received(bytes); },
+                       [this](const std::string& why) { lost(why); }});
+}
+
+void ModemLink::stop() {
+  stopping_ = true;
+  reopen_timer_.cancel();
+  dispatcher_.drop_waiting();
+  settle();
+}
+
+void ModemLink::submit(Command command) {
+  dispatcher_.submit(std::move(command), Clock::now());
+  settle();
+}
+
+void ModemLink::cancel(uint64_t id) {
+  dispatcher_.cancel(id);
+  settle();
+}
+
+void ModemLink::write_modem(std::string_view bytes) {
+  transcript_.add(Kind::kToModem, bytes);
+  port_->write(bytes);
+}
+
+void ModemLink::give_up_port() {
+  port_->close();
+  open_later();
+}
+
+void ModemLink::note(int priority, const std::string& text) {
+  transcript_.add(Kind::kRemark, text);
+  logger_.log(priority, text);
+}
+
+void ModemLink::opened() {
+  note(LOG_INFO, "modem open: " + port_->name());
+  dispatcher_.opened(Clock::now(), port_->clean_at_open());
+  settle();
+}
+
+void ModemLink::received(std::string_view bytes) {
+  back_off_ = kFirstBackOff;
+  transcript_.add(Kind::kFromModem, bytes);
+  dispatcher_.receive(bytes, Clock::now());
+  settle();
+}
+
+void ModemLink::lost(const std::string& why) {
+  note(LOG_WARNING, "modem lost: " + port_->name() + ": " + why);
+  dispatcher_.closed();
+  open_later();
+  settle();
+}
+
+void ModemLink::open_later() {
+  if (stopping_) return;
+  reopen_timer_.expires_after(std::exchange(back_off_, std::min(back_off_ * 2, kLongestBackOff)));
+  reopen_timer_.async_wait([this](const asio::error_code& error) {
+    if (!error && !stopping_) port_->open();
+  });
+}
+
+void ModemLink::settle() {
+  if (stopping_ && !dispatcher_.command_under_way()) {
+    timer_.cancel();
+    reopen_timer_.cancel();
+    port_->close();
+    return handlers_.idle();
+  }
+  const auto deadline = dispatcher_.deadline();
+  if (deadline == armed_) return;
+  armed_ = deadline;
+  if (!deadline) {
+    timer_.cancel();
+    return;
+  }
+  timer_.expires_at(*deadline);
+  timer_.async_wait([this](const asio::error_code& error) {
+    if (error) return;
+    armed_.reset();
+    dispatcher_.tick(Clock::now());
+    settle();
+  });
+}
+
+}  // namespace qalt::server

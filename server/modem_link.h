@@ -1,0 +1,63 @@
+// modem_link.h - the dispatcher on a real event loop: its port, its timer, its transcript, and the
+// opening of the port again after it was lost.
+#ifndef QALT_SERVER_MODEM_LINK_H_
+#define QALT_SERVER_MODEM_LINK_H_
+
+#include <asio.hpp>
+#include <functional>
+#include <memory>
+
+#include "server/dispatcher.h"
+#include "server/logger.h"
+#include "server/modem_port.h"
+#include "server/transcript.h"
+
+namespace qalt::server {
+
+class ModemLink : private Dispatcher::Host {
+ public:
+  struct Handlers {
+    std::function<void(uint64_t id, std::string_view text)> answer;
+    std::function<void(std::string_view text)> report;
+    std::function<void()> idle;  // no command is under way any more
+  };
+
+  ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
+            std::vector<std::string> start_lines, Transcript& transcript, const Logger& logger);
+
+  void set_handlers(Handlers handlers) { handlers_ = std::move(handlers); }
+  void start() { port_->open(); }
+  // Ends the commands that wait; `idle` is called when the one under way is answered.
+  void stop();
+  void submit(Command command);
+  void cancel(uint64_t id);
+
+ private:
+  void write_modem(std::string_view bytes) override;
+  void answer(uint64_t id, std::string_view text) override { handlers_.answer(id, text); }
+  void report(std::string_view text) override { handlers_.report(text); }
+  void give_up_port() override;
+  void note(int priority, const std::string& text) override;
+
+  void opened();
+  void received(std::string_view bytes);
+  void lost(const std::string& why);
+  void open_later();
+  // After everything the dispatcher was told: its next deadline, and the end of a stop.
+  void settle();
+
+  asio::steady_timer timer_;
+  asio::steady_timer reopen_timer_;
+  std::unique_ptr<ModemPort> port_;
+  Transcript& transcript_;
+  const Logger& logger_;
+  Handlers handlers_;
+  Dispatcher dispatcher_;
+  std::optional<TimePoint> armed_;
+  std::chrono::milliseconds back_off_;
+  bool stopping_ = false;
+};
+
+}  // namespace qalt::server
+
+#endif  // QALT_SERVER_MODEM_LINK_H_

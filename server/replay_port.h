@@ -1,0 +1,40 @@
+// replay_port.h - a modem that says again what a transcript holds, so that a field problem can be
+// looked at on the desk.
+//
+// A command is answered with what followed the next recording of the same command, the search going
+// on from the last one found and once around; a command that was never recorded gets ERROR.
+#ifndef QALT_SERVER_REPLAY_PORT_H_
+#define QALT_SERVER_REPLAY_PORT_H_
+
+#include <asio.hpp>
+#include <vector>
+
+#include "server/modem_port.h"
+#include "server/transcript.h"
+
+namespace qalt::server {
+
+class ReplayPort : public ModemPort {
+ public:
+  // Throws std::runtime_error when the file cannot be read or holds no transcript.
+  ReplayPort(asio::io_context& context, const std::string& path);
+
+  void open() override;
+  void write(std::string_view bytes) override;
+  void close() override { ++session_; }
+  bool clean_at_open() const override { return true; }
+  std::string name() const override { return "replay of " + path_; }
+
+ private:
+  void say(std::string bytes);
+
+  asio::io_context& context_;
+  std::string path_;
+  std::vector<TranscriptEntry> entries_;  // without remarks
+  size_t position_ = 0;                   // behind the last command found
+  unsigned session_ = 0;
+};
+
+}  // namespace qalt::server
+
+#endif  // QALT_SERVER_REPLAY_PORT_H_

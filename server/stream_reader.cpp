@@ -1,0 +1,220 @@
+#include "server/stream_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "server/report_names.h"
+#include "sim/at_line.h"
+
+namespace qalt::server {
+namespace {
+
+// A line beyond this can be neither a report that fits a frame nor part of an answer that does.
+constexpr size_t kLongestLine = 2 * StreamReader::kLongestAnswer;
+// Consumed input is given up in steps, so that it is not moved once a line.
+constexpr size_t kGiveUp = 4096;
+
+constexpr std::array<std::string_view, 5> kCallResults = {"NO CARRIER", "BUSY", "NO ANSWER",
+                                                          "NO DIALTONE", "NO DIAL TONE"};
+
+// An answer or a report as it may go into a frame: whole or not at all.
+StreamEvent checked(StreamEvent event, bool cut) {
+  event.too_long = cut || event.text.size() > StreamReader::kLongestAnswer;
+  event.unfit = !event.too_long && event.text.find('\0') != std::string::npos;
+  if (event.too_long || event.unfit) event.text.clear();
+  return event;
+}
+
+std::string_view without_line_end(std::string_view line) {
+  while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.remove_suffix(1);
+  while (!line.empty() && line.front() == '\r') line.remove_prefix(1);
+  return line;
+}
+
+}  // namespace
+
+void StreamReader::expect_answer(std::string_view command) {
+  own_names_.clear();
+  dialling_ = false;
+  for (const at::Command& part : at::split_line(command).value_or(std::vector<at::Command>())) {
+    own_names_.push_back(part.name + ":");
+    dialling_ |= part.name == "D" || part.name == "A" || part.name == "O";
+  }
+  begin(command);
+}
+
+void StreamReader::expect_resync(std::string_view command) {
+  begin(command);
+  half_line_ = consumed_ < input_.size();
+}
+
+void StreamReader::expect_nothing() {
+  expecting_ = false;
+  own_names_.clear();
+}
+
+void StreamReader::begin(std::string_view command) {
+  expecting_ = echo_possible_ = true;
+  command_ = command;
+  answer_.clear();
+  too_long_ = odd_quotes_ = owed_ = half_line_ = false;
+  blank_ = 0;
+}
+
+void StreamReader::reset() {
+  *this = StreamReader();
+}
+
+std::optional<StreamEvent> StreamReader::next() {
+  while (const auto line = next_line()) {
+    auto event = take_line(*line);
+    if (event) return event;
+  }
+  if (expecting_ && !line_cut_ && std::string_view(input_).substr(consumed_) == "> ") {
+    consumed_ = scanned_ = input_.size();
+    append("> ");
+    return finish(StreamEvent::Kind::kPrompt);
+  }
+  return std::nullopt;
+}
+
+// The next whole line with its line end. A line that grows too long is cut to its beginning, which
+// is enough to tell what it was; what is left out is not kept.
+std::optional<std::string_view> StreamReader::next_line() {
+  if (consumed_ == input_.size() || consumed_ >= kGiveUp) {
+    input_.erase(0, consumed_);
+    scanned_ -= consumed_;
+    consumed_ = 0;
+  }
+  // A NUL before a line is noise of the line, not part of a text.
+  while (consumed_ < input_.size() && input_[consumed_] == '\0') ++consumed_;
+  scanned_ = std::max(scanned_, consumed_);
+  const size_t end = input_.find('\n', scanned_);
+  if (end == input_.npos) {
+    scanned_ = input_.size();
+    if (input_.size() - consumed_ > kLongestLine) {
+      input_.resize(consumed_ + kLongestLine);
+      scanned_ = input_.size();
+      line_cut_ = true;
+    }
+    return std::nullopt;
+  }
+  const std::string_view line = std::string_view(input_).substr(consumed_, end + 1 - consumed_);
+  consumed_ = scanned_ = end + 1;
+  return line;
+}
+
+std::optional<StreamEvent> StreamReader::take_line(std::string_view line) {
+  const bool cut = std::exchange(line_cut_, false) || line.size() > kLongestLine;
+  const std::string_view content = without_line_end(line);
+  if (!headline_.empty()) {
+    StreamEvent report{StreamEvent::Kind::kReport, std::exchange(headline_, {})};
+    if (content.empty()) {
+      // The data never came; the empty line belongs to whatever follows.
+      if (expecting_) append_blank(line);
+      return report;
+    }
+    report.text.append(content).append("\r\n");
+    return checked(std::move(report), cut);
+  }
+  if (expecting_) return take_answer_line(line, content, cut);
+  if (content.empty()) return std::nullopt;
+  if (is_report(content) && !is_own(content)) return report_head(content);
+  // With its frame it must still fit.
+  return checked({StreamEvent::Kind::kLine, std::string(content)},
+                 cut || content.size() + 4 > kLongestAnswer);
+}
+
+std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
+                                                          std::string_view content, bool cut) {
+  const bool half = std::exchange(half_line_, false);
+  if (content.empty()) {
+    append_blank(line);
+    return std::nullopt;
+  }
+  if (take_echo(line, content)) return std::nullopt;
+  const bool final = is_final(content);
+  if (!final && !is_own(content) && is_report(content)) {
+    withdraw_blank();
+    return report_head(content);
+  }
+  if (half && !final) return std::nullopt;
+  // The empty line was not the report's own after all where it opens the answer or its result.
+  if (owed_ && (final || answer_.empty())) append("\r\n");
+  owed_ = false;
+  echo_possible_ = false;
+  too_long_ |= cut;
+  append(line);
+  if (!final) return std::nullopt;
+  return finish(StreamEvent::Kind::kAnswer);
+}
+
+// The echo is the command and its carriage return; what stood before it is of no command, and the
+// rest of its line already belongs to the answer.
+bool StreamReader::take_echo(std::string_view line, std::string_view content) {
+  if (!echo_possible_ || content != command_) return false;
+  echo_possible_ = false;
+  answer_.clear();
+  line.remove_prefix(size_t(content.data() - line.data()) + content.size());
+  if (line.starts_with("\r\r")) line.remove_prefix(1);
+  append_blank(line);
+  return true;
+}
+
+std::optional<StreamEvent> StreamReader::report_head(std::string_view content) {
+  std::string text = "\r\n" + std::string(content) + "\r\n";
+  if (text.size() > kLongestAnswer || !has_data_line(content)) {
+    return checked({StreamEvent::Kind::kReport, std::move(text)}, false);
+  }
+  headline_ = std::move(text);
+  return std::nullopt;
+}
+
+StreamEvent StreamReader::finish(StreamEvent::Kind kind) {
+  expecting_ = false;
+  StreamEvent event = checked({kind, std::exchange(answer_, {})}, too_long_);
+  event.open_quote = odd_quotes_ && !event.too_long;
+  return event;
+}
+
+void StreamReader::append(std::string_view line) {
+  blank_ = 0;
+  odd_quotes_ ^= std::count(line.begin(), line.end(), '"') % 2 != 0;
+  if (too_long_ || answer_.size() + line.size() > kLongestAnswer) {
+    too_long_ = true;
+    answer_.clear();
+    return;
+  }
+  answer_.append(line);
+}
+
+void StreamReader::append_blank(std::string_view line) {
+  append(line);
+  blank_ = too_long_ ? 0 : line.size();
+  owed_ = false;
+}
+
+// A report brings the empty line before it along.
+void StreamReader::withdraw_blank() {
+  if (blank_ == 0) return;
+  answer_.resize(answer_.size() - blank_);
+  blank_ = 0;
+  owed_ = true;
+}
+
+bool StreamReader::is_own(std::string_view content) const {
+  return std::any_of(own_names_.begin(), own_names_.end(), [&](const std::string& name) {
+    return at::starts_with_nocase(content, name);
+  });
+}
+
+bool StreamReader::is_final(std::string_view content) const {
+  if (content == "OK" || content == "ERROR" || content == "not support") return true;
+  if (content.starts_with("+CME ERROR:") || content.starts_with("+CMS ERROR:")) return true;
+  if (!dialling_) return false;
+  return content.starts_with("CONNECT") ||
+         std::find(kCallResults.begin(), kCallResults.end(), content) != kCallResults.end();
+}
+
+}  // namespace qalt::server

@@ -1,0 +1,92 @@
+// stream_reader.h - the modem's bytes cut into answers and reports. Pure: no I/O and no clock.
+//
+// The modem's output is read line by line. A line is the command's echo, a report, a final result,
+// or an information line of the answer. Quotes do not matter here: only a line that is a final
+// result ends an answer, so an odd quote in a stored name hides nothing.
+//
+// What holds for any input: memory is bounded by the longest answer and the longest line, every
+// byte is looked at a bounded number of times, and the events do not depend on how the bytes were
+// cut into pieces.
+#ifndef QALT_SERVER_STREAM_READER_H_
+#define QALT_SERVER_STREAM_READER_H_
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "qalt_at/link.h"
+
+namespace qalt::server {
+
+struct StreamEvent {
+  enum class Kind {
+    kAnswer,  // the command is answered; `text` as the modem sent it, without echo and reports
+    kPrompt,  // as kAnswer, but the modem asks for text and waits
+    kReport,  // a report, each of its lines framed by "\r\n"
+    kLine     // any other line outside an answer, without its line end
+  };
+  Kind kind;
+  std::string text;
+  bool too_long = false;    // does not fit a frame; `text` is empty
+  bool unfit = false;       // holds a NUL, which a frame's text cannot; `text` is empty
+  bool open_quote = false;  // an odd number of quotes: it may have ended too early
+};
+
+class StreamReader {
+ public:
+  static constexpr size_t kLongestAnswer = QALT_AT_TEXT_SIZE - 1;
+
+  // A command was written; what comes is its answer up to its final result.
+  void expect_answer(std::string_view command);
+  // `command` was written to find the end of what the modem still says to the one before; lines
+  // that bear that one's name are still no reports.
+  void expect_resync(std::string_view command);
+  // No answer is expected; lines of the last command's name are reports again.
+  void expect_nothing();
+
+  void feed(std::string_view bytes) { input_.append(bytes); }
+  // The next event, none if the bytes so far make up no further one.
+  std::optional<StreamEvent> next();
+  // Forgets everything: the port was opened anew.
+  void reset();
+
+ private:
+  void begin(std::string_view command);
+  std::optional<std::string_view> next_line();
+  std::optional<StreamEvent> take_line(std::string_view line);
+  std::optional<StreamEvent> take_answer_line(std::string_view line, std::string_view content,
+                                              bool cut);
+  bool take_echo(std::string_view line, std::string_view content);
+  std::optional<StreamEvent> report_head(std::string_view content);
+  StreamEvent finish(StreamEvent::Kind kind);
+  void append(std::string_view line);
+  void append_blank(std::string_view line);
+  void withdraw_blank();
+  bool is_own(std::string_view content) const;
+  bool is_final(std::string_view content) const;
+
+  std::string input_;
+  size_t consumed_ = 0;  // bytes of input_ that are done with
+  size_t scanned_ = 0;   // bytes of input_ known to hold no further line end
+  bool line_cut_ = false;
+
+  bool expecting_ = false;
+  bool dialling_ = false;
+  bool echo_possible_ = false;
+  bool half_line_ = false;  // the line at hand began before the command was written
+  std::string command_;
+  std::vector<std::string> own_names_;
+
+  std::string answer_;
+  bool too_long_ = false;
+  bool odd_quotes_ = false;
+  size_t blank_ = 0;      // length of the empty line that the answer ends with at the moment
+  bool owed_ = false;     // a report took the empty line before it along
+  std::string headline_;  // a report that waits for its line of data
+};
+
+}  // namespace qalt::server
+
+#endif  // QALT_SERVER_STREAM_READER_H_

@@ -1,0 +1,62 @@
+#include "server/transcript.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <ctime>
+#include <system_error>
+
+#include "server/escape.h"
+
+namespace qalt::server {
+namespace {
+
+constexpr size_t kTimeLength = 27;  // 2026-01-31T12:00:00.123456Z
+
+void put_time(FILE* file) {
+  using namespace std::chrono;
+  const auto now = system_clock::now().time_since_epoch();
+  const std::time_t whole = duration_cast<seconds>(now).count();
+  const long fraction = long(duration_cast<microseconds>(now).count() % 1'000'000);
+  std::tm utc{};
+  gmtime_r(&whole, &utc);
+  char text[32];
+  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc);
+  std::fprintf(file, "%s.%06ldZ ", text, fraction);
+}
+
+}  // namespace
+
+std::optional<TranscriptEntry> parse_transcript_line(std::string_view line) {
+  if (line.size() < kTimeLength + 3 || line[kTimeLength] != ' ' || line[kTimeLength + 2] != ' ') {
+    return std::nullopt;
+  }
+  const char kind = line[kTimeLength + 1];
+  if (std::string_view("><#").find(kind) == std::string_view::npos) return std::nullopt;
+  auto bytes = unescaped(line.substr(kTimeLength + 3));
+  if (!bytes) return std::nullopt;
+  return TranscriptEntry{TranscriptEntry::Kind(kind), std::move(*bytes)};
+}
+
+Transcript::Transcript(std::string path) : path_(std::move(path)) {
+  reopen();
+}
+
+void Transcript::reopen() {
+  if (path_.empty()) return;
+  const int descriptor = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+  if (descriptor < 0) throw std::system_error(errno, std::generic_category(), path_);
+  file_.reset(::fdopen(descriptor, "a"));
+}
+
+void Transcript::add(TranscriptEntry::Kind kind, std::string_view bytes) {
+  if (!file_) return;
+  put_time(file_.get());
+  std::fprintf(file_.get(), "%c %s\n", char(kind), escaped(without_secrets(bytes)).c_str());
+  std::fflush(file_.get());
+}
+
+}  // namespace qalt::server

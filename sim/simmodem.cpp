@@ -1,0 +1,72 @@
+// qalt-simmodem: the simulated modem on a pseudo-terminal, for any program that speaks AT.
+#include <unistd.h>
+
+#include <csignal>
+#include <iostream>
+
+#include "sim/options.h"
+#include "sim/player.h"
+#include "sim/pty_line.h"
+
+namespace {
+
+constexpr char kExamples[] = R"(
+Examples:
+  qalt-simmodem --pty /tmp/modem                       then: qalt-atd --modem tty:/tmp/modem
+  qalt-simmodem --pty /tmp/modem --sim-profile scpbr --sim-delay 50
+
+Exit status: 0 ended by SIGINT or SIGTERM, 1 could not start, 2 wrong command line.)";
+
+void run(const std::string& link, const qalt::sim::Config& config, int ready_descriptor) {
+  asio::io_context context(1);
+  qalt::sim::PtyLine line(context, link);
+  qalt::sim::Player player(context, config);
+  player.set_handlers({[&](std::string_view bytes) { line.write(bytes); },
+                       [&] {
+                         line.hang_up();
+                         player.start();
+                       }});
+  line.start([&](std::string_view bytes) { player.receive(bytes); });
+  asio::signal_set signals(context, SIGINT, SIGTERM);
+  signals.async_wait([&](const asio::error_code&, int) { context.stop(); });
+  if (ready_descriptor >= 0) {
+    constexpr std::string_view kReady = "ready\n";
+    if (::write(ready_descriptor, kReady.data(), kReady.size()) < 0) ::perror("--ready-fd");
+    ::close(ready_descriptor);
+  }
+  context.run();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("qalt-simmodem - a simulated modem on a pseudo-terminal", "qalt-simmodem");
+  app.footer(kExamples);
+  app.set_version_flag("--version", "qalt-simmodem " QALT_VERSION);
+  std::string link;
+  int ready_descriptor = -1;
+  qalt::sim::Options options;
+  app.add_option("--pty", link, "symbolic link to make, to the terminal")
+      ->type_name("LINK")
+      ->required();
+  app.add_option("--ready-fd", ready_descriptor,
+                 "descriptor that gets the line \"ready\" once the link is there")
+      ->type_name("FD");
+  qalt::sim::add_options(app, options);
+  qalt::sim::Config config;
+  try {
+    app.parse(argc, argv);
+    config = qalt::sim::make_config(options);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  } catch (const std::exception& error) {
+    std::cerr << "qalt-simmodem: " << error.what() << "\n";
+    return 2;
+  }
+  try {
+    run(link, config, ready_descriptor);
+  } catch (const std::exception& error) {
+    std::cerr << "qalt-simmodem: cannot start: " << error.what() << "\n";
+    return 1;
+  }
+}

@@ -1,0 +1,132 @@
+#include "tests/server/program.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <utility>
+
+#include "qalt_at/link.h"
+
+namespace test {
+namespace {
+
+sockaddr_un address_of(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  return address;
+}
+
+}  // namespace
+
+Folder::Folder() {
+  char name[] = "/tmp/qalt_test_XXXXXX";
+  path_ = ::mkdtemp(name);
+}
+
+Folder::~Folder() {
+  std::filesystem::remove_all(path_);
+}
+
+Program::Program(const std::string& program, std::vector<std::string> arguments) {
+  int ready[2];
+  char errors[] = "/tmp/qalt_errors_XXXXXX";
+  errors_ = ::mkstemp(errors);
+  ::unlink(errors);
+  if (::pipe(ready) != 0) std::abort();
+  arguments.insert(arguments.begin(), program);
+  arguments.insert(arguments.end(), {"--ready-fd", std::to_string(ready[1])});
+  std::vector<char*> argv;
+  for (std::string& argument : arguments) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+
+  process_ = ::fork();
+  if (process_ == 0) {
+    ::close(ready[0]);
+    ::dup2(errors_, STDOUT_FILENO);
+    ::dup2(errors_, STDERR_FILENO);
+    ::execv(argv[0], argv.data());
+    ::_exit(127);
+  }
+  ::close(ready[1]);
+  char byte;
+  ready_ = ::read(ready[0], &byte, 1) == 1;
+  ::close(ready[0]);
+}
+
+Program::~Program() {
+  if (process_ > 0) end(SIGKILL);
+  ::close(errors_);
+}
+
+int Program::end(int signal) {
+  int status = 0;
+  const pid_t process = std::exchange(process_, -1);
+  if (signal != 0) ::kill(process, signal);
+  ::waitpid(process, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+}
+
+std::string Program::said() const {
+  std::string text(65536, '\0');
+  const ssize_t length = ::pread(errors_, text.data(), text.size(), 0);
+  text.resize(length > 0 ? size_t(length) : 0);
+  return text;
+}
+
+int connect_to(const std::string& path) {
+  const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const sockaddr_un address = address_of(path);
+  if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+    return socket;
+  }
+  ::close(socket);
+  return -1;
+}
+
+int listen_at(const std::string& path, int backlog) {
+  const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const sockaddr_un address = address_of(path);
+  if (::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+      ::listen(socket, backlog) != 0) {
+    std::abort();
+  }
+  return socket;
+}
+
+void send_request(int socket, const std::string& command, uint32_t timeout_ms) {
+  AtMsg frame;
+  std::memset(&frame, 'J', sizeof frame);
+  frame.ulTimeout = timeout_ms;
+  std::memcpy(frame.aucDataBuf, command.c_str(), command.size() + 1);
+  ::send(socket, &frame, sizeof frame, MSG_NOSIGNAL);
+}
+
+std::string receive_text(int socket) {
+  AtMsg frame{};
+  const ssize_t size = ::recv(socket, &frame, sizeof frame, MSG_WAITALL);
+  ::close(socket);
+  if (size != ssize_t(sizeof frame)) return "closed";
+  const std::string text(frame.aucDataBuf);
+  return frame.usParaLen == text.size() ? text : "length " + std::to_string(frame.usParaLen);
+}
+
+std::string ask(const std::string& path, const std::string& command, uint32_t timeout_ms) {
+  const int socket = connect_to(path);
+  send_request(socket, command, timeout_ms);
+  return receive_text(socket);
+}
+
+std::string contents(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
+
+}  // namespace test

@@ -1,0 +1,59 @@
+// program.h - a built program run by a test, and a client that speaks frames by hand.
+#ifndef QALT_TESTS_SERVER_PROGRAM_H_
+#define QALT_TESTS_SERVER_PROGRAM_H_
+
+#include <sys/types.h>
+
+#include <csignal>
+#include <string>
+#include <vector>
+
+namespace test {
+
+// A folder of the test's own, gone with everything in it at the end.
+class Folder {
+ public:
+  Folder();
+  ~Folder();
+  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+class Program {
+ public:
+  // Starts a program with "--ready-fd" and waits until it says so or ends.
+  Program(const std::string& program, std::vector<std::string> arguments);
+  // Kills it if it still runs.
+  ~Program();
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+
+  bool ready() const { return ready_; }
+  // Sends the signal, if any, and waits for the end; the exit status.
+  int end(int signal = SIGTERM);
+  // After the end: what it said on standard error.
+  std::string said() const;
+
+ private:
+  pid_t process_ = -1;
+  bool ready_ = false;
+  int errors_ = -1;
+};
+
+// A connection to a Unix-domain socket; -1 if nobody listens.
+int connect_to(const std::string& path);
+int listen_at(const std::string& path, int backlog);
+// Sends a request frame whose text is followed by junk and whose length field lies.
+void send_request(int socket, const std::string& command, uint32_t timeout_ms = 5000);
+// Receives a frame and closes; its text, or "closed" when the peer closed before a whole one.
+std::string receive_text(int socket);
+// A command and its answer.
+std::string ask(const std::string& path, const std::string& command, uint32_t timeout_ms = 5000);
+
+std::string contents(const std::string& path);
+
+}  // namespace test
+
+#endif  // QALT_TESTS_SERVER_PROGRAM_H_

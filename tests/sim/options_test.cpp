@@ -1,0 +1,103 @@
+// The options and the contacts file.
+#include "sim/options.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "tests/sim/terminal.h"
+
+namespace qalt::sim {
+namespace {
+
+Config parsed(const std::string& line) {
+  CLI::App app;
+  Options options;
+  add_options(app, options);
+  app.parse(line);
+  return make_config(options);
+}
+
+// A file with the given text that is gone at the end of the test.
+struct ContactsFile {
+  explicit ContactsFile(const std::string& text) {
+    char name[] = "/tmp/qalt_contacts_XXXXXX";
+    ::close(::mkstemp(name));
+    path = name;
+    std::ofstream(path) << text;
+  }
+  ~ContactsFile() { ::unlink(path.c_str()); }
+  std::string path;
+};
+
+std::string error_of(const std::string& text) {
+  const ContactsFile file(text);
+  try {
+    parsed("--sim-size 5 --sim-name-length 4 --sim-contacts " + file.path);
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST(SimOptions, ReachTheConfiguration) {
+  const Config config = parsed(
+      "--sim-profile vendor-usim --sim-base 0 --sim-size 9 --sim-empty 22 --sim-no-lengths "
+      "--sim-busy 3 --sim-refuse 2 --sim-delay 40 --sim-split --sim-full "
+      "--sim-fault 1:AT:never --sim-fault \"*:AT+CSQ:report-after=RING\"");
+  EXPECT_EQ(config.profile, Profile::kVendorUsim);
+  EXPECT_EQ(config.first_index, 0);
+  EXPECT_EQ(config.size, 9);
+  EXPECT_EQ(config.empty, EmptyAnswer::kNotFound);
+  EXPECT_FALSE(config.send_lengths);
+  EXPECT_EQ(config.faults.busy, 3u);
+  EXPECT_EQ(config.faults.refused_reads, 2u);
+  EXPECT_EQ(config.faults.delay.count(), 40);
+  EXPECT_TRUE(config.faults.single_bytes && config.faults.memory_full);
+  ASSERT_EQ(config.faults.rules.size(), 2u);
+  EXPECT_EQ(config.faults.rules[1].text, "RING");
+  EXPECT_THROW(parsed("--sim-profile other"), CLI::ParseError);
+  EXPECT_THROW(parsed("--sim-size 0"), CLI::ParseError);
+  EXPECT_THROW(parsed("--sim-fault nonsense"), std::invalid_argument);
+}
+
+TEST(SimOptions, ContactsFromAFile) {
+  const ContactsFile file(R"({"SM": [{"number": "+49", "name": "Zoë"}, {"index": 4, "name": "中"},
+                                     {"number": "5", "type": 161}],
+                              "ME": [{"index": 2, "number": "1", "email": "a@b"}]})");
+  test::Terminal terminal(parsed("--sim-size 5 --sim-contacts " + file.path));
+  const State& state = terminal.modem.state();
+  EXPECT_EQ(state.sim.used(), 3);
+  EXPECT_EQ(state.sim.find(1)->name, u"Zoë");
+  EXPECT_EQ(state.sim.find(1)->type, kTypeInternational);
+  EXPECT_EQ(state.sim.find(5)->type, 161);
+  EXPECT_EQ(state.device.find(2)->email, "a@b");
+}
+
+TEST(SimOptions, ContactsFileErrorsSayWhere) {
+  const struct {
+    const char* text;
+    const char* said;
+  } rows[] = {
+      {"{", "parse error"},
+      {"3", "neither an object nor an array"},
+      {R"({"FD": []})", "\"FD\" is no storage"},
+      {R"({"SM": {}})", "SM is not an array"},
+      {R"([1])", "SM entry 1: is not an object"},
+      {R"([{}, {"index": 6}])", "SM entry 2: index 6 is outside 1 to 5"},
+      {R"([{}, {"index": 1}])", "SM entry 2: index 1 stands twice"},
+      {R"([{"nmae": "x"}])", "SM entry 1: \"nmae\" is no key"},
+      {R"([{"number": 5}])", "\"number\" is not a text"},
+      {R"([{"index": "5"}])", "\"index\" is not a whole number"},
+      {R"([{"name": "five5"}])", "more than 4 characters"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_NE(error_of(row.text).find(row.said), std::string::npos)
+        << row.text << ": " << error_of(row.text);
+  }
+  EXPECT_THROW(parsed("--sim-contacts /nowhere/at/all"), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace qalt::sim
