@@ -1,6 +1,7 @@
 // Reading a range of contacts.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "common/text.h"
@@ -18,6 +19,12 @@ int32_t field_count() {
   const PbType& type = g_module_param.PbType;
   return type.IsSupportExtend == 1 && type.IsSupportUSim == 1 ? kFieldsOfExtendedUsim
                                                               : kFieldsOtherwise;
+}
+
+// Records that the caller has for a range.
+int32_t room_for(int begin, int end) {
+  const int64_t length = int64_t{end} - begin + 1;
+  return static_cast<int32_t>(std::clamp<int64_t>(length, 1, PB_READ_MAX));
 }
 
 // A modem that is still loading the card refuses a read with ERROR; it is asked again.
@@ -47,6 +54,12 @@ int QL_getPhonebookEntry(int storageType, int beginIndex, int endIndex,
   int iRes = read_with_retries(&list, beginIndex, endIndex);
   for (int32_t i = 0; i < list.count; ++i) PBB_WritePB(&list.items[i]);
   QALT_LOG_DEBUG("QL_getPhonebookEntry count is %d\n", list.count);
+  if (const int32_t room = room_for(beginIndex, endIndex); list.count > room) {
+    // Nothing asked for them, and the caller has no records for them.
+    QALT_LOG_ERROR("the modem sent %d entries, more than the range has: %d are dropped\n",
+                   list.count, list.count - room);
+    list.count = room;
+  }
   if (list.count > 0) iRes = _TranslatePbItemToPbEntry(&list, pPhonebookArray);
   if (switches_charset()) _SetPbCharactorSet(kCharsetRestore);
   QALT_LOG_DEBUG("QL_getPhonebookEntry output para iRes is %d\n", iRes);

@@ -120,6 +120,22 @@ TEST_F(Read, Failures) {
   EXPECT_EQ(0, entries[0].FieldCount);
 }
 
+// The caller has room for what it asked for; a modem that sends more must not write past it.
+TEST_F(Read, EntriesBeyondTheRangeAreDropped) {
+  modem.discover(99);
+  modem.on("AT+CPBR=", information({"+CPBR: 1,\"1\",129,\"A\"", "+CPBR: 2,\"2\",129,\"B\"",
+                                    "+CPBR: 3,\"3\",129,\"C\""}));
+  for (const auto& [begin, end, room] : std::vector<std::tuple<int, int, int>>{
+           {1, 1, 1}, {1, 2, 2}, {2, 1, 1}, {-2147483647, 1, 3}}) {
+    test::clear_records();
+    for (PhonebookEntry& entry : entries) entry.storageIndex = -1;
+    EXPECT_EQ(0, QL_getPhonebookEntry(0, begin, end, entries));
+    for (int i = 0; i != 3; ++i) EXPECT_EQ(i < room ? i + 1 : -1, entries[i].storageIndex);
+    EXPECT_EQ(room == 3, test::logged("lib_pb", 3).empty());
+    EXPECT_EQ(0, _PBB_GetIndexIsEmpty(3));  // the index buffer knows them all the same
+  }
+}
+
 TEST_F(Read, RunsOnTheStackThatTheHeaderNames) {
   modem.discover(99);
   std::vector<std::string> lines;
