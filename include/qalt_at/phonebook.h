@@ -10,7 +10,7 @@
  *  2. Ownership. The caller owns every record. The discovered PbParam and the index buffer are kept
  *     by the library, in static memory, for the life of the process.
  *  3. Sizes and units. Storage type 0, the SIM phonebook, is the only one served. Indices count as
- *     the modem counts them; the index buffer knows 0 to 1023.
+ *     the modem counts them; the index buffer knows 0 to PBB_CAPACITY - 1, 1023 by default.
  *  4. Threads. A process runs one phonebook call at a time: the calls share the discovered PbParam,
  *     the index buffer and the modem's storage and character set, without a lock. Calls block for
  *     the commands' time-outs and for the one-second pauses of the retries.
@@ -22,6 +22,7 @@
 
 #include <stdint.h>
 
+#include "qalt_at/config.h"
 #include "qalt_at/export.h"
 #include "qalt_at/phonebook_records.h"
 
@@ -88,11 +89,13 @@ QALT_API void _CpbrTestToFieldability(int32_t iMinIndex, int32_t iMaxIndex, int3
 /*
  * Reads the entries at beginIndex to endIndex (neither is checked: the modem decides).
  *
- * pPhonebookArray  one record for each entry that can come back: the length of the range, at most
- *                  100; a longer range brings its first 100 entries. Each pFieldList has room for 6
- *                  fields. Filled: storageIndex, FieldCount (6 when the modem has the vendor
- *                  commands and a USIM, else 2), coding and the fields, type k at position k. The
- *                  other records are not touched, so zero storageIndex to see how many came.
+ * pPhonebookArray  one record for each entry that can come back: the length of the range, at least
+ *                  1 and at most 100; a longer range brings its first 100 entries, and what the
+ *                  modem sends beyond the range is dropped, with a log line at priority 3. Each
+ *                  pFieldList has room for 6 fields. Filled: storageIndex, FieldCount (6 when the
+ *                  modem has the vendor commands and a USIM, else 2), coding and the fields, type k
+ *                  at position k. The other records are not touched: zero storageIndex to see how
+ *                  many came.
  *
  * Returns 0, also when the range is empty; 13 when pPhonebookArray is null or storageType is not 0
  * (nothing is sent), or a record that an entry is meant for has no pFieldList; 9 when the modem
@@ -148,10 +151,11 @@ QALT_API int _DeleteQaltExtendContact(int storageIndex);
 
 /*
  * The index buffer: which indices this process knows to be in use since the last discovery, and a
- * copy of each entry. Indices outside 0 to 1023 are neither stored nor found: those calls return 0.
+ * copy of each entry. Indices outside 0 to PBB_CAPACITY - 1 are neither stored nor found: those
+ * calls return 0.
  */
 
-enum { PBB_CAPACITY = 1024 };
+enum { PBB_CAPACITY = QALT_PBB_CAPACITY };
 
 typedef struct PhonebookIndexBuffer {
   int32_t MinIndex; /* the range searched for a free index, both ends included */

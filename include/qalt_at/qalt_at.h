@@ -14,5 +14,6 @@
 #include "qalt_at/parser.h"
 #include "qalt_at/phonebook.h"
 #include "qalt_at/text.h"
+#include "qalt_at/version.h"
 
 #endif /* QALT_AT_QALT_AT_H */

@@ -1,0 +1,244 @@
+// The commands beside contacts: at, reports, text.
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <cwchar>
+#include <deque>
+#include <mutex>
+
+#include "cli/context.h"
+#include "cli/failure.h"
+#include "cli/interrupts.h"
+#include "cli/terminal.h"
+
+namespace qalt::cli {
+namespace {
+
+const char* result_name(int type) {
+  switch (type) {
+    case AT_RES_OK:
+      return "OK";
+    case AT_RES_ERROR:
+      return "ERROR";
+    case AT_RES_CMS_ERROR:
+      return "+CMS ERROR";
+    case AT_RES_CME_ERROR:
+      return "+CME ERROR";
+    case AT_RES_PROMPT:
+      return "PROMPT";
+    case AT_RES_REPORT:
+      return "REPORT";
+    case AT_RES_NOT_SUPPORT:
+      return "not support";
+  }
+  return "unknown";
+}
+
+struct Block {
+  int type;
+  std::string name;  // of a report
+  std::string payload;
+};
+
+std::string command_name(uint32_t id) {
+  int32_t row = 0;
+  if (_Find_Cmd_By_ID(&row, id) != AT_PARSE_OK) return "";
+  return QaltWcdma_AtCmdTable[row].CmdName;
+}
+
+// What a frame holds, block by block.
+std::vector<Block> blocks_of(AtMsg& frame) {
+  std::vector<Block> blocks;
+  frame.aucDataBuf[sizeof frame.aucDataBuf - 1] = '\0';
+  for (;;) {
+    AtRes parsed = {};
+    if (Bk_Parse_At_Res(frame.aucDataBuf, &parsed) != AT_PARSE_OK) return blocks;
+    const bool report = parsed.ResType == AT_RES_REPORT;
+    blocks.push_back({parsed.ResType, report ? command_name(parsed.CmdId) : "", parsed.Paras});
+  }
+}
+
+Json json_of(const Block& block) {
+  Json object = {{"result", result_name(block.type)}, {"payload", block.payload}};
+  if (!block.name.empty()) object["name"] = block.name;
+  return object;
+}
+
+std::string shown(const Block& block) {
+  std::string text = block.name.empty() ? result_name(block.type) : block.name;
+  if (!block.payload.empty()) text += "  " + printable(block.payload);
+  return text + "\n";
+}
+
+// Frames on their way from the receiver's thread to the command.
+class Inbox {
+ public:
+  Inbox() {
+    if (pipe(ends_) != 0) throw Failure(Cause::kUsage, "too many open files");
+  }
+  int descriptor() const { return ends_[0]; }
+  void put(const AtMsg& frame) {
+    const std::lock_guard lock(mutex_);
+    frames_.push_back(frame);
+    [[maybe_unused]] const ssize_t unused = write(ends_[1], "", 1);
+  }
+  AtMsg take() {
+    char byte;
+    [[maybe_unused]] const ssize_t unused = read(ends_[0], &byte, 1);
+    const std::lock_guard lock(mutex_);
+    const AtMsg frame = frames_.front();
+    frames_.pop_front();
+    return frame;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::deque<AtMsg> frames_;
+  int ends_[2] = {-1, -1};
+};
+
+// The receiver's thread outlives the command.
+Inbox* g_inbox = nullptr;
+
+bool is_socket(const std::string& path, bool& exists) {
+  struct stat status = {};
+  exists = lstat(path.c_str(), &status) == 0;
+  return exists && S_ISSOCK(status.st_mode);
+}
+
+// Listens at `path`; the receiver itself does not tell whether it could.
+void start_receiver(const std::string& path) {
+  bool exists = false;
+  if (path.size() >= QALT_AT_PATH_SIZE) {
+    throw Failure(Cause::kUsage, "the path of a socket has at most 107 characters");
+  }
+  if (!is_socket(path, exists) && exists) {
+    throw Failure(Cause::kUsage, path + " is no socket", "name another --module");
+  }
+  unlink(path.c_str());
+  SetClientProcRecvCallback([](AtMsg* frame) {
+    g_inbox->put(*frame);
+    return 0;
+  });
+  bool listening = ClientInit(path.c_str()) == 0;
+  constexpr int kTries = 100;
+  for (int i = 0; listening && i < kTries && !is_socket(path, exists); ++i) {
+    pollfd none = {-1, 0, 0};
+    poll(&none, 1, 10);
+  }
+  if (!listening || !is_socket(path, exists)) {
+    throw Failure(Cause::kUsage, "cannot listen on " + path, "name another --module");
+  }
+}
+
+// A report that the parser does not list: named where the command table has its name, else as it
+// came.
+Block unlisted(const std::string& raw) {
+  const size_t first = std::min(raw.find_first_not_of("\r\n"), raw.size());
+  const std::string text = raw.substr(first, raw.find_last_not_of("\r\n") + 1 - first);
+  const size_t colon = text.find(": ");
+  int32_t row = 0;
+  if (colon != text.npos && _Find_Cmd_By_Name(&row, text.substr(0, colon).c_str()) == AT_PARSE_OK) {
+    return {AT_RES_REPORT, text.substr(0, colon), text.substr(colon + 2)};
+  }
+  return {AT_RES_REPORT, "", text};
+}
+
+void print_reports(Context& context, AtMsg frame, unsigned& left) {
+  if (frame.aucDataBuf[0] == '\0') return;
+  frame.aucDataBuf[sizeof frame.aucDataBuf - 1] = '\0';
+  const std::string raw = frame.aucDataBuf;
+  std::vector<Block> blocks = blocks_of(frame);
+  if (blocks.empty()) blocks.push_back(unlisted(raw));
+  for (const Block& block : blocks) {
+    context.print(context.json() ? line_of(json_of(block)) + "\n" : shown(block));
+    if (left > 0 && --left == 0) return;
+  }
+}
+
+std::wstring wide(const std::string& text) {
+  const auto codes = detail::code_points(text);
+  if (!codes) throw Failure(Cause::kUsage, "the text is not valid UTF-8");
+  return {codes->begin(), codes->end()};
+}
+
+}  // namespace
+
+void run_at(Context& context) {
+  if (!detail::server_listens()) throw Failure(detail::failure({}, "send"));
+  Json results = Json::array();
+  for (const std::string& line : context.arguments().lines) {
+    if (interrupted()) throw Failure(Cause::kInterrupted, "interrupted before " + line);
+    if (line.find_first_of("\r\n") != line.npos || line.size() >= QALT_AT_TEXT_SIZE) {
+      throw Failure(Cause::kUsage, "a command is one line of at most 10239 characters");
+    }
+    AtMsg frame;
+    if (ClientSendCmd(line.c_str(), &frame, context.arguments().timeout_seconds * 1000) != 0) {
+      throw Failure(detail::failure({}, "send"));
+    }
+    const std::vector<Block> blocks = blocks_of(frame);
+    Json answers = Json::array();
+    std::string text;
+    bool ok = false;
+    for (const Block& block : blocks) {
+      ok = block.type == AT_RES_OK || block.type == AT_RES_PROMPT;
+      answers.push_back(json_of(block));
+      text += shown(block);
+    }
+    results.push_back({{"command", line}, {"answers", answers}});
+    if (!context.json()) context.print(text);
+    if (!ok) {
+      const Cause cause = blocks.empty() ? Cause::kNoAnswer : Cause::kRefused;
+      context.failed({cause, line + (blocks.empty() ? ": no answer" : " was refused"), ""});
+    }
+  }
+  if (context.json()) context.print(line_of(results) + "\n");
+}
+
+void run_reports(Context& context) {
+  static Inbox inbox;
+  g_inbox = &inbox;
+  const std::string& path = context.arguments().module;
+  start_receiver(path);
+  unsigned left = context.arguments().count;
+  const bool endless = left == 0;
+  while (endless || left > 0) {
+    if (!wait_readable(inbox.descriptor())) {
+      unlink(path.c_str());
+      throw Failure(Cause::kInterrupted, "interrupted");
+    }
+    print_reports(context, inbox.take(), left);
+  }
+  SetClientProcRecvCallback(nullptr);
+  unlink(path.c_str());
+}
+
+void run_text(Context& context) {
+  const Arguments& arguments = context.arguments();
+  const int flag = arguments.vendor ? detail::kVendorItem : detail::kStandardItem;
+  std::string result;
+  if (arguments.decode) {
+    const auto text = detail::decode_text(
+        arguments.text, arguments.vendor ? detail::TextForm::kVendor : detail::TextForm::kUcs2);
+    if (!text) throw Failure(Cause::kUsage, "these are no digits of a coded text");
+    result = *text;
+  } else {
+    const std::wstring text = wide(arguments.text);
+    std::vector<char> digits(4 * text.size() + 8);
+    int gsm = 0;
+    QL_808182CodeSupportSet(arguments.compact ? 1 : 0);
+    if (QL_encodePBItem(text.c_str(), digits.data(), int(digits.size()), &gsm, flag) != 0) {
+      throw Failure(Cause::kUsage,
+                    "the text cannot be coded: it is too long, or has a character "
+                    "above U+FFFF");
+    }
+    result = digits.data();
+  }
+  context.print(context.json() ? line_of(Json{{"text", result}}) + "\n" : result + "\n");
+}
+
+}  // namespace qalt::cli

@@ -1,0 +1,142 @@
+#include "cli/context.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <iostream>
+#include <utility>
+
+#include "cli/failure.h"
+#include "cli/interrupts.h"
+#include "cli/terminal.h"
+
+namespace qalt::cli {
+namespace {
+
+long now_ms() {
+  using std::chrono::milliseconds;
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<milliseconds>(now).count();
+}
+
+struct CommandRow {
+  std::string_view name;
+  CommandFunction run;
+};
+
+constexpr std::array<CommandRow, 13> kCommands = {{{"info", run_info},
+                                                   {"list", run_list},
+                                                   {"get", run_get},
+                                                   {"find", run_find},
+                                                   {"add", run_add},
+                                                   {"set", run_set},
+                                                   {"delete", run_delete},
+                                                   {"clear", run_clear},
+                                                   {"export", run_export},
+                                                   {"import", run_import},
+                                                   {"at", run_at},
+                                                   {"reports", run_reports},
+                                                   {"text", run_text}}};
+
+}  // namespace
+
+CommandFunction find_command(const std::string& name) {
+  for (const CommandRow& row : kCommands) {
+    if (row.name == name) return row.run;
+  }
+  return nullptr;
+}
+
+bool write_all(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(descriptor, text.data(), text.size());
+    if (written == -1 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    text.remove_prefix(size_t(written));
+  }
+  return true;
+}
+
+Context::Context(Arguments arguments)
+    : arguments_(std::move(arguments)),
+      output_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)),
+      started_ms_(now_ms()) {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+}
+
+Context::~Context() {
+  if (output_ != -1) close(output_);
+}
+
+int Context::columns() const {
+  return terminal_columns(output_);
+}
+
+Phonebook& Context::book() {
+  if (open_) return book_;
+  Options options;
+  options.platform = arguments_.platform;
+  options.wait_seconds = arguments_.wait_seconds;
+  options.stop = interrupted;
+  options.pause = pause_second;
+  options.progress = [this](int done, int all) {
+    progress("reading " + std::to_string(done) + " of " + std::to_string(all));
+  };
+  take(book_.open(std::move(options)));
+  open_ = true;
+  return book_;
+}
+
+void Context::print(std::string_view text) const {
+  if (!write_all(output_, text)) {
+    throw Failure(Cause::kBadInput, "standard output takes no more");
+  }
+}
+
+void Context::warn_unreadable(const Reading& reading) {
+  end_progress();
+  for (const Unreadable& gap : reading.unreadable) {
+    failed({Cause::kRefused,
+            "index " + std::to_string(gap.index) + " could not be read: " + gap.why, ""});
+  }
+}
+
+void Context::failed(const Error& error) {
+  end_progress();
+  say_error(error, json());
+  if (status_ == 0) status_ = int(error.cause);
+}
+
+void Context::progress(const std::string& text) {
+  constexpr long kPatienceMs = 1000;
+  if (!arguments_.progress || arguments_.json || !isatty(STDERR_FILENO)) return;
+  if (now_ms() - started_ms_ < kPatienceMs) return;
+  std::cerr << "\r" << text << "\x1B[K" << std::flush;
+  progress_shown_ = true;
+}
+
+void Context::end_progress() {
+  if (std::exchange(progress_shown_, false)) std::cerr << "\r\x1B[K" << std::flush;
+}
+
+void Context::confirm(const std::string& question) {
+  end_progress();
+  if (arguments_.yes) return;
+  if (!isatty(STDIN_FILENO) || !isatty(STDERR_FILENO)) {
+    throw Failure(Cause::kUsage, "there is no terminal to ask on", "say --yes to go ahead");
+  }
+  std::cerr << question << " [y/N] " << std::flush;
+  if (!wait_readable(STDIN_FILENO)) {
+    throw Failure(Cause::kInterrupted, "interrupted, nothing was changed");
+  }
+  std::string answer;
+  std::getline(std::cin, answer);
+  if (answer != "y" && answer != "Y" && answer != "yes") {
+    throw Failure(Cause::kUsage, "nothing was changed");
+  }
+}
+
+}  // namespace qalt::cli

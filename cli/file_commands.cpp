@@ -1,0 +1,243 @@
+// The commands that move contacts between the phonebook and files: export, import.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+
+#include "cli/context.h"
+#include "cli/failure.h"
+#include "cli/import_plan.h"
+
+namespace qalt::cli {
+namespace {
+
+constexpr size_t kProblemsShown = 20;
+constexpr char kStandardInput[] = "-";
+
+Format wanted_format(const Arguments& arguments) {
+  auto format = format_named(arguments.format);
+  if (!format) format = format_of_path(arguments.file);
+  if (!format && arguments.command == "export" && arguments.file.empty()) {
+    format = Format::kJsonLines;
+  }
+  if (!format) {
+    throw Failure(Cause::kUsage, "the format of \"" + arguments.file + "\" is not clear",
+                  "say --format jsonl, vcf or csv");
+  }
+  return *format;
+}
+
+[[noreturn]] void fail_on_file(const std::string& path, const char* what) {
+  throw Failure(Cause::kBadInput, path + " " + what + ": " + std::strerror(errno));
+}
+
+// An earlier export stays whole until the new one is.
+void write_file(const std::string& path, const std::string& text) {
+  struct stat status = {};
+  const bool special = stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+  const std::string name = special ? path : path + ".part";
+  const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (descriptor == -1) fail_on_file(path, "cannot be written");
+  bool done = write_all(descriptor, text) && (special || fsync(descriptor) == 0);
+  done = close(descriptor) == 0 && done;
+  if (done && !special) done = rename(name.c_str(), path.c_str()) == 0;
+  if (!done) {
+    const int error = errno;
+    if (!special) unlink(name.c_str());
+    errno = error;
+    fail_on_file(path, "cannot be written");
+  }
+}
+
+std::string read_file(const std::string& path) {
+  if (path == kStandardInput) {
+    return {std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
+  }
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  if (!file || (file.peek() != EOF && !(text << file.rdbuf())))
+    fail_on_file(path, "cannot be read");
+  return text.str();
+}
+
+[[noreturn]] void fail_on_problems(const std::string& path, const ImportPlan& plan) {
+  std::string what = path + " was not imported, nothing was written";
+  for (size_t i = 0; i < plan.problems.size() && i < kProblemsShown; ++i) {
+    what += "\n  line " + std::to_string(plan.problems[i].line) + ": " + plan.problems[i].what;
+  }
+  if (plan.problems.size() > kProblemsShown) {
+    what += "\n  and " + std::to_string(plan.problems.size() - kProblemsShown) + " more";
+  }
+  throw Failure(Cause::kBadInput, what);
+}
+
+void warn_of_losses(Context& context, const FileContents& contents, const ImportPlan& plan) {
+  std::string names;
+  for (const std::string& name : contents.ignored) names += (names.empty() ? "" : ", ") + name;
+  if (!names.empty()) context.warn("the phonebook has no place for " + names);
+  for (const Problem& dropped : plan.dropped) {
+    context.warn("line " + std::to_string(dropped.line) + ": left out: " + dropped.what);
+  }
+}
+
+// The AT lines of the whole import, as they would be sent.
+std::vector<std::string> lines_of(const Phonebook& book, const ImportPlan& plan) {
+  const Family family = book.info().family;
+  const bool standard = family == Family::kStandard;
+  std::vector<std::string> lines = {"AT+CPBS=\"SM\""};
+  if (standard) {
+    lines.push_back("AT+CSCS=\"UCS2\"");
+    lines.push_back("AT+CSCS?");
+  }
+  for (const int index : plan.deletes) {
+    lines.push_back(book.erase_line(index));
+    lines.push_back(detail::read_line(family, index, index));
+  }
+  for (const PlannedWrite& write : plan.writes) {
+    lines.push_back(book.write_line(write.contact));
+    lines.push_back(detail::read_line(family, write.contact.index, write.contact.index));
+  }
+  if (standard) lines.push_back("AT+CSCS=\"IRA\"");
+  return lines;
+}
+
+void show_plan(Context& context, const ImportPlan& plan) {
+  const std::vector<std::string> lines = lines_of(context.book(), plan);
+  if (context.json()) {
+    Json object = {{"delete", plan.deletes}, {"write", Json::array()}};
+    for (const PlannedWrite& write : plan.writes) object["write"].push_back(json_of(write.contact));
+    object["unchanged"] = plan.unchanged;
+    object["lines"] = lines;
+    context.print(line_of(object) + "\n");
+    return;
+  }
+  std::string text;
+  for (const int index : plan.deletes) text += "delete " + std::to_string(index) + "\n";
+  for (const PlannedWrite& write : plan.writes) {
+    text += "write " + std::to_string(write.contact.index) + " " + label_of(write.contact);
+    if (!write.overwritten.empty()) text += ", over " + write.overwritten;
+    text += "\n";
+  }
+  text += std::to_string(plan.unchanged) + " unchanged\n";
+  if (!plan.deletes.empty() || !plan.writes.empty()) {
+    text += "would be sent:\n";
+    for (const std::string& line : lines) text += "  " + line + "\n";
+  }
+  context.print(text);
+}
+
+struct Tally {
+  size_t written = 0;
+  size_t deleted = 0;
+};
+
+// Whether to go on after a failure.
+bool goes_on(Context& context, const Error& error) {
+  context.failed(error);
+  return error.cause != Cause::kInterrupted && error.cause != Cause::kNoAnswer;
+}
+
+void carry_out(Context& context, const ImportPlan& plan, Tally& tally) {
+  Phonebook& book = context.book();
+  const Phonebook::Job job(book);
+  take(job.result());
+  for (const int index : plan.deletes) {
+    const auto erased = book.erase(index);
+    if (erased) ++tally.deleted;
+    if (!erased && !goes_on(context, erased.error())) return;
+  }
+  for (const PlannedWrite& write : plan.writes) {
+    const auto stored = book.put(write.contact);
+    if (stored) ++tally.written;
+    if (!stored && !goes_on(context, stored.error())) return;
+    context.progress("writing " + std::to_string(tally.written) + " of " +
+                     std::to_string(plan.writes.size()));
+  }
+}
+
+}  // namespace
+
+void run_export(Context& context) {
+  const Arguments& arguments = context.arguments();
+  const Format format = wanted_format(arguments);
+  const Reading reading = take(context.book().read_all());
+  if (context.book().info().plain) {
+    throw Failure(Cause::kRefused,
+                  "the modem has no character set UCS2: the export would lose "
+                  "characters",
+                  "list shows what can be read");
+  }
+  context.end_progress();
+  const std::string loss = loss_of(format, reading.contacts);
+  if (!loss.empty()) context.warn(loss);
+  const std::string text = write_contacts(format, reading.contacts);
+  if (arguments.file.empty()) {
+    context.print(text);
+  } else {
+    write_file(arguments.file, text);
+    if (context.json()) {
+      context.print(line_of(Json{{"exported", reading.contacts.size()}}) + "\n");
+    } else {
+      context.print(std::to_string(reading.contacts.size()) + " contacts written to " +
+                    arguments.file + "\n");
+    }
+  }
+  context.warn_unreadable(reading);
+}
+
+void run_import(Context& context) {
+  const Arguments& arguments = context.arguments();
+  const Format format = wanted_format(arguments);
+  const FileContents contents = read_contacts(format, read_file(arguments.file));
+  // A file that cannot be read needs no modem to say so.
+  if (!contents.problems.empty()) {
+    ImportPlan plan;
+    plan.problems = contents.problems;
+    fail_on_problems(arguments.file, plan);
+  }
+  if (arguments.replace && contents.records.empty()) {
+    throw Failure(Cause::kBadInput, arguments.file + " holds no contacts", "to delete all: clear");
+  }
+  Phonebook& book = context.book();
+  const Reading stored = take(book.read_all());
+  context.end_progress();
+  if (book.info().plain) {
+    throw Failure(Cause::kRefused, "the modem has no character set UCS2: names would be lost");
+  }
+  const ImportPlan plan = plan_import(book, stored, contents, {arguments.replace, arguments.force});
+  if (!plan.problems.empty()) fail_on_problems(arguments.file, plan);
+  if (plan.without_place > 0) {
+    throw Failure(Cause::kFull,
+                  "there is no free index for " + std::to_string(plan.without_place) +
+                      " of the contacts, nothing was written",
+                  "delete some first");
+  }
+  warn_of_losses(context, contents, plan);
+  if (arguments.dry_run) {
+    show_plan(context, plan);
+    return;
+  }
+  Tally tally;
+  if (!plan.deletes.empty() || !plan.writes.empty()) carry_out(context, plan, tally);
+  context.end_progress();
+  if (context.json()) {
+    context.print(line_of(Json{{"written", tally.written},
+                               {"deleted", tally.deleted},
+                               {"unchanged", plan.unchanged},
+                               {"missing", plan.writes.size() - tally.written}}) +
+                  "\n");
+    return;
+  }
+  context.print(std::to_string(tally.written) + " of " + std::to_string(plan.writes.size()) +
+                " contacts written, " + std::to_string(tally.deleted) + " deleted, " +
+                std::to_string(plan.unchanged) + " unchanged\n");
+}
+
+}  // namespace qalt::cli

@@ -1,0 +1,153 @@
+#include "cli/import_plan.h"
+
+#include <set>
+#include <utility>
+
+#include "cli/output.h"
+
+namespace qalt::cli {
+namespace {
+
+class Planner {
+ public:
+  Planner(const Phonebook& book, const Reading& stored, const ImportRules& rules)
+      : book_(book), rules_(rules) {
+    for (const Contact& contact : stored.contacts) stored_[contact.index] = contact;
+    for (const Unreadable& gap : stored.unreadable) unreadable_.insert(gap.index);
+  }
+
+  ImportPlan plan(const FileContents& contents) {
+    plan_.problems = contents.problems;
+    std::vector<Record> placed;
+    std::vector<Record> homeless;
+    for (Record record : contents.records) {
+      if (!fit(record)) continue;
+      (record.contact.index == kNoIndex ? homeless : placed).push_back(std::move(record));
+    }
+    for (const Record& record : placed) take_place(record);
+    // What is stored already keeps its place, before others look for one.
+    std::vector<Record> added;
+    for (const Record& record : homeless) {
+      if (!is_stored(record)) added.push_back(record);
+    }
+    for (const Record& record : added) find_place(record);
+    if (rules_.replace) {
+      for (const auto& [index, contact] : stored_) {
+        if (claimed_.count(index) == 0) plan_.deletes.push_back(index);
+      }
+    }
+    return std::move(plan_);
+  }
+
+ private:
+  void problem(const Record& record, const std::string& what) {
+    plan_.problems.push_back({record.line, what});
+  }
+
+  // Leaves out what the phonebook has no field for, where that is allowed, and checks the rest.
+  bool fit(Record& record) {
+    std::vector<std::string> surplus = record.surplus;
+    for (const FieldRow& field : kFields) {
+      std::string& value = record.contact.*field.member;
+      if (value.empty() || detail::carries(book_.info().family, field.type)) continue;
+      surplus.push_back(std::string(field.key) + " \"" + value + "\"");
+      if (rules_.force) value.clear();
+    }
+    for (const std::string& what : surplus) {
+      if (rules_.force) {
+        plan_.dropped.push_back({record.line, what});
+      } else {
+        problem(record, "the phonebook has no field for " + what + "; --force leaves it out");
+      }
+    }
+    if (!surplus.empty() && !rules_.force) return false;
+    const auto checked = book_.check(record.contact);
+    if (!checked) problem(record, checked.error().what);
+    return bool(checked);
+  }
+
+  void take_place(const Record& record) {
+    const int index = record.contact.index;
+    if (!claimed_.insert(index).second) {
+      problem(record, "index " + std::to_string(index) + " stands twice in the file");
+      return;
+    }
+    const auto occupant = stored_.find(index);
+    const bool occupied = occupant != stored_.end();
+    if (occupied && same_fields(occupant->second, record.contact)) {
+      ++plan_.unchanged;
+      return;
+    }
+    const bool hidden = unreadable_.count(index) != 0;
+    const std::string label = occupied ? label_of(occupant->second)
+                              : hidden ? "a contact that cannot be read"
+                                       : "";
+    if (!label.empty() && !rules_.force && !rules_.replace) {
+      problem(record, "index " + std::to_string(index) + " is occupied by " + label +
+                          "; --force overwrites it");
+      return;
+    }
+    plan_.writes.push_back({record.contact, label});
+  }
+
+  // Each stored contact stands for one record only.
+  bool is_stored(const Record& record) {
+    for (auto [same, end] = by_label().equal_range(label_of(record.contact)); same != end; ++same) {
+      const auto& [index, contact] = *stored_.find(same->second);
+      if (same_fields(contact, record.contact) && claimed_.insert(index).second) {
+        ++plan_.unchanged;
+        return true;
+      }
+    }
+    return false;
+  }
+
+  void find_place(const Record& record) {
+    Contact contact = record.contact;
+    contact.index = free_index();
+    if (contact.index == kNoIndex) {
+      ++plan_.without_place;
+      return;
+    }
+    claimed_.insert(contact.index);
+    const auto occupant = stored_.find(contact.index);
+    plan_.writes.push_back({contact, occupant == stored_.end() ? "" : label_of(occupant->second)});
+  }
+
+  const std::multimap<std::string, int>& by_label() {
+    if (labels_.empty()) {
+      for (const auto& [index, contact] : stored_) labels_.emplace(label_of(contact), index);
+    }
+    return labels_;
+  }
+
+  // The lowest index that is free; where the file replaces everything, else the lowest one that it
+  // does not keep.
+  int free_index() {
+    for (; next_free_ <= book_.info().last; ++next_free_) {
+      if (claimed_.count(next_free_) == 0 && unreadable_.count(next_free_) == 0 &&
+          (rules_.replace || stored_.count(next_free_) == 0)) {
+        return next_free_++;
+      }
+    }
+    return kNoIndex;
+  }
+
+  const Phonebook& book_;
+  const ImportRules& rules_;
+  std::map<int, Contact> stored_;
+  std::multimap<std::string, int> labels_;
+  std::set<int> unreadable_;
+  std::set<int> claimed_;
+  int next_free_ = book_.info().first;
+  ImportPlan plan_;
+};
+
+}  // namespace
+
+ImportPlan plan_import(const Phonebook& book, const Reading& stored, const FileContents& contents,
+                       const ImportRules& rules) {
+  return Planner(book, stored, rules).plan(contents);
+}
+
+}  // namespace qalt::cli

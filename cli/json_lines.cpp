@@ -1,0 +1,63 @@
+// JSON Lines: one object a line, every field, exactly.
+#include "cli/contact_file.h"
+#include "cli/output.h"
+
+namespace qalt::cli {
+namespace {
+
+// A whole number that fits; what is wrong otherwise.
+std::string read_number(const Json& value, int& number) {
+  const bool whole = value.is_number_unsigned() || value.is_number_integer();
+  if (!whole || value < 0 || value > INT32_MAX) return "is no whole number from 0 on";
+  number = value.get<int>();
+  return "";
+}
+
+std::string read_member(const std::string& key, const Json& value, Contact& contact) {
+  if (key == "index") return read_number(value, contact.index);
+  if (key == "coding") return read_number(value, contact.coding);
+  for (const FieldRow& field : kFields) {
+    if (key != field.key) continue;
+    if (!value.is_string()) return "is no text";
+    contact.*field.member = value.get<std::string>();
+    return "";
+  }
+  return "is no field of a contact";
+}
+
+void read_line(const std::string& text, int line, FileContents& contents) {
+  const Json object = Json::parse(text, nullptr, /*allow_exceptions=*/false);
+  if (!object.is_object()) {
+    contents.problems.push_back({line, "is no JSON object"});
+    return;
+  }
+  Record record;
+  record.line = line;
+  for (const auto& [key, value] : object.items()) {
+    const std::string wrong = read_member(key, value, record.contact);
+    if (!wrong.empty()) contents.problems.push_back({line, "\"" + key + "\" " + wrong});
+  }
+  contents.records.push_back(std::move(record));
+}
+
+}  // namespace
+
+FileContents read_json_lines(const std::string& text) {
+  FileContents contents;
+  int line = 1;
+  for (size_t start = 0; start < text.size(); ++line) {
+    const size_t end = std::min(text.find('\n', start), text.size());
+    const std::string content = text.substr(start, end - start);
+    if (content.find_first_not_of(" \t\r") != content.npos) read_line(content, line, contents);
+    start = end + 1;
+  }
+  return contents;
+}
+
+std::string write_json_lines(const std::vector<Contact>& contacts) {
+  std::string text;
+  for (const Contact& contact : contacts) text += line_of(json_of(contact)) + "\n";
+  return text;
+}
+
+}  // namespace qalt::cli

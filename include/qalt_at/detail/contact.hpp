@@ -1,0 +1,174 @@
+/*
+ * contact.hpp - a contact as clients see it, the phonebook that holds it, and its checks: what does
+ * not fit is refused with the length it may have, never cut.
+ */
+#ifndef QALT_AT_DETAIL_CONTACT_HPP
+#define QALT_AT_DETAIL_CONTACT_HPP
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "qalt_at/detail/result.hpp"
+#include "qalt_at/detail/unicode.hpp"
+#include "qalt_at/phonebook_records.h"
+
+namespace qalt {
+
+constexpr int kNoIndex = -1;
+
+struct Contact {
+  int index = kNoIndex; /* kNoIndex: not placed yet */
+  std::string name;     /* UTF-8, as extra is */
+  std::string number;   /* an international number has its "+" */
+  std::string number2;
+  std::string number3;
+  std::string email;
+  std::string extra;
+  int coding = 0; /* as ^SCPBR reports it; never written */
+};
+
+enum class FieldKind { kText, kNumber, kEmail };
+
+/* The fields of a contact, in the order in which people read them. */
+struct FieldRow {
+  int type;        /* PB_FIELD_ code: its place in Info::lengths and Changes::fields */
+  const char* key; /* in JSON, in CSV, and with "--" on the command line */
+  std::string Contact::*member;
+  FieldKind kind;
+};
+
+// clang-format off
+inline constexpr std::array<FieldRow, PB_FIELD_TYPES> kFields = {{
+    {PB_FIELD_TEXT,       "name",    &Contact::name,    FieldKind::kText},
+    {PB_FIELD_NUMBER,     "number",  &Contact::number,  FieldKind::kNumber},
+    {PB_FIELD_NUMBER2,    "number2", &Contact::number2, FieldKind::kNumber},
+    {PB_FIELD_NUMBER3,    "number3", &Contact::number3, FieldKind::kNumber},
+    {PB_FIELD_EMAIL,      "email",   &Contact::email,   FieldKind::kEmail},
+    {PB_FIELD_EXTRA_TEXT, "extra",   &Contact::extra,   FieldKind::kText},
+}};
+// clang-format on
+
+/* Whether two contacts say the same; places and codings do not count. */
+inline bool same_fields(const Contact& a, const Contact& b) {
+  for (const FieldRow& field : kFields) {
+    if (a.*field.member != b.*field.member) return false;
+  }
+  return true;
+}
+
+/* The fields to change of a contact, by PB_FIELD_ code; the others stay as they are. */
+struct Changes {
+  std::array<std::optional<std::string>, PB_FIELD_TYPES> fields;
+};
+
+/* The commands that read and write contacts. */
+enum class Family { kStandard, kJcpbr, kScpbr };
+
+/* What the modem told of its phonebook. */
+struct Info {
+  int used = 0;
+  int total = 0;
+  int first = 0; /* range of the indices, both ends included */
+  int last = 0;
+  std::array<int, PB_FIELD_TYPES> lengths{}; /* by PB_FIELD_ code, characters; 0 unknown */
+  Family family = Family::kStandard;
+  bool usim = false;
+  bool plain = false; /* the modem has no UCS2 set: names are ASCII, and nothing is written */
+
+  bool has_index(int index) const { return index >= first && index <= last; }
+};
+
+namespace detail {
+
+/* Longest text the read side is sure to bring back whole: an answer line counts with its first 1023
+ * characters, of which a text character takes four. */
+constexpr int kLongestText = 220;
+constexpr int kLongestNumber = 80;
+constexpr int kLongestEmail = 128;
+
+inline const char* family_name(Family family) {
+  constexpr const char* kNames[] = {"+CPBR", "+JCPBR", "^SCPBR"};
+  return kNames[static_cast<int>(family)];
+}
+
+inline bool carries(Family family, int type) {
+  if (family == Family::kStandard) return type == PB_FIELD_NUMBER || type == PB_FIELD_TEXT;
+  return family == Family::kJcpbr || type != PB_FIELD_EXTRA_TEXT;
+}
+
+inline int length_limit(const Info& info, const FieldRow& field) {
+  const int most = field.kind == FieldKind::kText     ? kLongestText
+                   : field.kind == FieldKind::kNumber ? kLongestNumber
+                                                      : kLongestEmail;
+  const int told = info.lengths[static_cast<size_t>(field.type)];
+  return told > 0 && told < most ? told : most;
+}
+
+/* What is wrong with one text, empty when nothing is; its characters go to *length. */
+inline std::string check_text(const std::string& value, int* length) {
+  const auto text = code_points(value);
+  if (!text) return "is not valid UTF-8";
+  *length = static_cast<int>(text->size());
+  for (const char32_t code : *text) {
+    if (code == 0) return "holds a NUL character";
+    if (code > kLastUcs2) {
+      std::string shown;
+      append_utf8(shown, code);
+      return "holds \"" + shown + "\", which a SIM cannot store (above U+FFFF)";
+    }
+  }
+  return "";
+}
+
+/* The digits 0-9, *, #, the pause p, the wait w and the wild card ?, with a "+" in front. */
+inline std::string check_number(std::string_view value, int* length) {
+  if (!value.empty() && value.front() == '+') value.remove_prefix(1);
+  *length = static_cast<int>(value.size());
+  if (value.find_first_not_of("0123456789*#pPwW?") == value.npos) return "";
+  return "may hold 0-9, *, #, p, w, ? and a leading + only";
+}
+
+inline std::string check_email(const std::string& value, int* length) {
+  *length = static_cast<int>(value.size());
+  for (const char c : value) {
+    if (c < ' ' || c > '~' || c == '"') return "may hold ASCII characters without quotes only";
+  }
+  return "";
+}
+
+/* What keeps one field from being stored, empty when nothing does. */
+inline std::string check_field(const Info& info, const FieldRow& field, const std::string& value) {
+  if (value.empty()) return "";
+  const std::string name = field.key;
+  if (!carries(info.family, field.type)) {
+    return "this phonebook (" + std::string(family_name(info.family)) + ") has no " + name;
+  }
+  int length = 0;
+  const std::string wrong = field.kind == FieldKind::kText     ? check_text(value, &length)
+                            : field.kind == FieldKind::kNumber ? check_number(value, &length)
+                                                               : check_email(value, &length);
+  if (!wrong.empty()) return name + " " + wrong;
+  const int limit = length_limit(info, field);
+  if (length <= limit) return "";
+  return name + " has " + std::to_string(length) + " characters, the phonebook takes " +
+         std::to_string(limit);
+}
+
+/* What keeps a contact from being stored; all fields that are wrong, "; " between them. */
+inline std::string check_contact(const Info& info, const Contact& contact) {
+  if (contact.name.empty() && contact.number.empty()) return "a contact needs a name or a number";
+  std::string wrong;
+  for (const FieldRow& field : kFields) {
+    const std::string found = check_field(info, field, contact.*field.member);
+    if (!found.empty()) wrong += (wrong.empty() ? "" : "; ") + found;
+  }
+  return wrong;
+}
+
+} /* namespace detail */
+} /* namespace qalt */
+
+#endif /* QALT_AT_DETAIL_CONTACT_HPP */

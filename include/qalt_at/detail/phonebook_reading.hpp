@@ -1,0 +1,197 @@
+/*
+ * phonebook_reading.hpp - opening, selecting and reading: calls of phonebook.hpp, which includes
+ * it.
+ */
+#ifndef QALT_AT_DETAIL_PHONEBOOK_READING_HPP
+#define QALT_AT_DETAIL_PHONEBOOK_READING_HPP
+
+#include "qalt_at/phonebook.hpp"
+
+namespace qalt {
+namespace detail {
+
+constexpr uint32_t kSelectTimeoutMs = 5000;
+/* No card has as many; a range beyond that is a misread answer, not a phonebook. */
+constexpr int kMostIndices = 65536;
+
+/* The family that the engine reads and writes with; see the platform codes of phonebook_records.h.
+ */
+inline Family family_of(int platform, const PbType& type) {
+  if (platform == PB_PLATFORM_4) return Family::kScpbr;
+  const bool vendor =
+      type.IsSupportExtend == 1 && (platform == PB_PLATFORM_1 || type.IsSupportUSim == 1);
+  return vendor ? Family::kJcpbr : Family::kStandard;
+}
+
+template <size_t kSize>
+bool copy_whole(char (&member)[kSize], const std::string& text) {
+  if (text.size() >= kSize) return false;
+  text.copy(member, text.size());
+  return true;
+}
+
+/* The index buffer's record; none when a text is wider than its member. */
+inline std::optional<PbItem> item_of(const WireContact& wire) {
+  PbItem item = {};
+  item.storageIndex = wire.index;
+  item.coding = wire.coding;
+  const auto& fields = wire.fields;
+  const bool whole = copy_whole(item.number, fields[PB_FIELD_NUMBER]) &&
+                     copy_whole(item.text, fields[PB_FIELD_TEXT]) &&
+                     copy_whole(item.number2, fields[PB_FIELD_NUMBER2]) &&
+                     copy_whole(item.number3, fields[PB_FIELD_NUMBER3]) &&
+                     copy_whole(item.email, fields[PB_FIELD_EMAIL]) &&
+                     copy_whole(item.extraText, fields[PB_FIELD_EXTRA_TEXT]);
+  if (!whole) return std::nullopt;
+  item.numberType =
+      is_international(fields[PB_FIELD_NUMBER]) ? PB_TYPE_INTERNATIONAL : PB_TYPE_NATIONAL;
+  return item;
+}
+
+} /* namespace detail */
+
+inline Result<Info> Phonebook::open(Options options) {
+  const Lock lock(detail::g_phonebook_mutex);
+  if (detail::g_open_phonebook != nullptr && detail::g_open_phonebook != this) {
+    return Error{Cause::kUsage, "a phonebook is open in this process already", "use that one"};
+  }
+  options_ = std::move(options);
+  const detail::Answer selected =
+      link_.send("AT+CPBS=\"SM\"", detail::kSelectTimeoutMs, {}, /*starting=*/true);
+  if (!selected.ok()) return detail::failure(selected, "select the SIM phonebook");
+
+  PbParam param = {};
+  QL_setCurrentPlatform(options_.platform);
+  QL_getPhonebookInfo(0, &param);
+  info_ = {};
+  info_.family = detail::family_of(options_.platform, param.PbType);
+  /* Discovery may have taken the vendor test's limits for a phonebook used through +CPBR. */
+  if (info_.family == Family::kStandard && param.PbType.IsSupportExtend == 1) {
+    _InitStdPbConfig(0, &param);
+    PBB_InitPbBuffer(param.MinIndex, param.MaxIndex, param.MaxEntries);
+  }
+  info_.used = param.EntriesUsed;
+  info_.total = param.MaxEntries;
+  info_.first = param.MinIndex;
+  info_.last = param.MaxIndex;
+  info_.usim = param.PbType.IsSupportUSim == 1;
+  for (const PbFieldAbility& ability : param.FieldAbility) {
+    info_.lengths[static_cast<size_t>(ability.fieldType)] = ability.maxLength;
+  }
+  const bool told = info_.first >= 0 && info_.last > info_.first;
+  if (!told || info_.last - info_.first >= detail::kMostIndices) {
+    return Error{Cause::kRefused, "the modem does not tell the range of its phonebook's indices",
+                 "see what it answers: qalt-pb at AT+CPBR=?"};
+  }
+  detail::g_open_phonebook = this;
+  return info_;
+}
+
+inline Result<Done> Phonebook::begin() {
+  if (detail::g_open_phonebook != this) {
+    return Error{Cause::kUsage, "the phonebook is not open", ""};
+  }
+  /* Another client may have selected another storage since. */
+  const detail::Answer selected = link_.send("AT+CPBS=\"SM\"", detail::kSelectTimeoutMs);
+  if (!selected.ok()) return detail::failure(selected, "select the SIM phonebook");
+  if (info_.family != Family::kStandard) return Done{};
+  /* The set is put back even where the switch failed: it may have been carried out all the same. */
+  switched_ = true;
+  info_.plain = _SetPbCharactorSet(1) == 0;
+  if (info_.plain) return Done{};
+  /* Some modems say OK and stay where they were. The name comes in the new set itself, or not. */
+  const detail::Answer now = link_.send("AT+CSCS?", detail::kSelectTimeoutMs);
+  info_.plain = now.ok() && now.payload.find("UCS2") == now.payload.npos &&
+                now.payload.find("0055004300530032") == now.payload.npos;
+  return Done{};
+}
+
+inline void Phonebook::end() {
+  if (std::exchange(switched_, false) && detail::server_listens()) _SetPbCharactorSet(0);
+}
+
+inline Error Phonebook::wrong_index(int index) const {
+  return {Cause::kUsage, "there is no index " + std::to_string(index),
+          "the phonebook has the indices " + std::to_string(info_.first) + " to " +
+              std::to_string(info_.last)};
+}
+
+inline void Phonebook::remember(const detail::WireContact& wire) const {
+  if (const auto item = detail::item_of(wire)) {
+    PBB_WritePB(&*item);
+  } else {
+    PBB_DeletePB(wire.index);
+    _PBB_UseEmptyIndex(wire.index);
+  }
+}
+
+inline Result<detail::WireReading> Phonebook::read_wire(int first, int last, int used) {
+  detail::RangeReader reader(link_, info_.family, detail::text_form(info_));
+  auto reading = reader.read(first, last, used);
+  if (!reading) return reading;
+  for (const auto& [index, wire] : reading->contacts) remember(wire);
+  for (const Unreadable& gap : reading->unreadable) _PBB_UseEmptyIndex(gap.index);
+  return reading;
+}
+
+inline Result<Reading> Phonebook::read(int nFirst, int nLast) {
+  const Job job(*this);
+  if (!job.result()) return job.result().error();
+  for (const int index : {nFirst, nLast}) {
+    if (!info_.has_index(index)) return wrong_index(index);
+  }
+  const bool all = nFirst == info_.first && nLast == info_.last;
+  auto wires = read_wire(nFirst, nLast, all ? info_.used : -1);
+  if (!wires) return wires.error();
+  Reading reading;
+  reading.unreadable = std::move(wires->unreadable);
+  for (const auto& [index, wire] : wires->contacts) {
+    reading.contacts.push_back(*detail::contact_of(wire, detail::text_form(info_)));
+  }
+  return reading;
+}
+
+inline Result<detail::WireContact> Phonebook::get_wire(int index) {
+  if (!info_.has_index(index)) {
+    Error error = wrong_index(index);
+    error.cause = Cause::kNotFound;
+    return error;
+  }
+  auto reading = read_wire(index, index, -1);
+  if (!reading) return reading.error();
+  if (!reading->unreadable.empty()) {
+    return Error{
+        Cause::kRefused,
+        "could not read index " + std::to_string(index) + ": " + reading->unreadable.front().why,
+        ""};
+  }
+  if (reading->contacts.empty()) {
+    return Error{Cause::kNotFound, "index " + std::to_string(index) + " holds no contact", ""};
+  }
+  return reading->contacts.begin()->second;
+}
+
+inline Result<Contact> Phonebook::get(int nIndex) {
+  const Job job(*this);
+  if (!job.result()) return job.result().error();
+  const auto wire = get_wire(nIndex);
+  if (!wire) return wire.error();
+  return detail::contact_of(*wire, detail::text_form(info_));
+}
+
+inline Result<Info> Phonebook::counts() {
+  const Job job(*this);
+  if (!job.result()) return job.result().error();
+  const detail::Answer answer = link_.send("AT+CPBS?", detail::kSelectTimeoutMs);
+  if (!answer.ok()) return detail::failure(answer, "count the entries");
+  const auto values = detail::split_outside_quotes(answer.payload, ",");
+  if (values.size() >= 3) {
+    info_.used = std::atoi(values[1].c_str());
+    info_.total = std::atoi(values[2].c_str());
+  }
+  return info_;
+}
+
+} /* namespace qalt */
+
+#endif /* QALT_AT_DETAIL_PHONEBOOK_READING_HPP */

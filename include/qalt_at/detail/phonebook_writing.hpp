@@ -1,0 +1,231 @@
+/*
+ * phonebook_writing.hpp - checking, writing and deleting: calls of phonebook.hpp, which includes
+ * it.
+ */
+#ifndef QALT_AT_DETAIL_PHONEBOOK_WRITING_HPP
+#define QALT_AT_DETAIL_PHONEBOOK_WRITING_HPP
+
+#include "qalt_at/phonebook.hpp"
+
+namespace qalt {
+namespace detail {
+
+inline std::string quoted_or(const std::string& text, const char* otherwise) {
+  return text.empty() ? otherwise : "\"" + text + "\"";
+}
+
+/* Both sides of a field that did not come back as it was written. */
+inline std::string difference(const Contact& written, const Contact& read) {
+  std::string text;
+  for (const FieldRow& field : kFields) {
+    const std::string& sent = written.*field.member;
+    const std::string& kept = read.*field.member;
+    if (sent == kept) continue;
+    if (!text.empty()) text += "; ";
+    text += field.key;
+    text += " written " + quoted_or(sent, "empty") + ", read back " + quoted_or(kept, "empty");
+  }
+  return text;
+}
+
+/* A quote, a line end, Ctrl-Z or ESC would end the parameter or the line, and what follows would be
+ * a command. Only fields that are kept as the modem gave them can hold one. */
+inline bool is_safe(const WireContact& wire) {
+  for (const std::string& field : wire.fields) {
+    for (const char c : field) {
+      if (c == '"' || c == '\r' || c == '\n' || c == 0x1A || c == 0x1B) return false;
+    }
+  }
+  return true;
+}
+
+} /* namespace detail */
+
+inline Result<detail::WireContact> Phonebook::wire_of(const Contact& contact) const {
+  const std::string wrong = detail::check_contact(info_, contact);
+  if (!wrong.empty()) return Error{Cause::kUsage, wrong, ""};
+  detail::WireContact wire;
+  wire.index = contact.index;
+  for (const FieldRow& field : kFields) {
+    if (!detail::put_field(info_, field, contact.*field.member, wire)) {
+      return Error{Cause::kUsage, std::string(field.key) + " is too long for its coding",
+                   "a name outside the GSM alphabet has room for fewer characters"};
+    }
+  }
+  return wire;
+}
+
+inline Result<Done> Phonebook::check(const Contact& contact) const {
+  const auto wire = wire_of(contact);
+  if (!wire) return wire.error();
+  if (contact.index != kNoIndex && !info_.has_index(contact.index)) {
+    return wrong_index(contact.index);
+  }
+  return Done{};
+}
+
+inline std::string Phonebook::write_line(const Contact& contact) const {
+  const auto wire = wire_of(contact);
+  return wire ? detail::write_line(info_.family, *wire) : "";
+}
+
+inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
+  const std::string place = "write index " + std::to_string(wire.index);
+  if (info_.plain) {
+    return Error{Cause::kRefused, "could not " + place + ": the modem has no character set UCS2",
+                 "its contacts can be read and deleted only"};
+  }
+  if (!detail::is_safe(wire)) {
+    return Error{Cause::kUsage, "a field holds a quote or a line end, which no command can carry",
+                 "give the field anew"};
+  }
+  if (link_.stopped()) {
+    return Error{Cause::kInterrupted, "interrupted before index " + std::to_string(wire.index), ""};
+  }
+  const detail::Answer answer = link_.send(detail::write_line(info_.family, wire),
+                                           detail::row_of(info_.family).write_timeout_ms);
+  /* After silence the contact may be stored or not: what is read back decides. */
+  const bool unknown =
+      answer.reply == detail::Reply::kSilent || answer.reply == detail::Reply::kGarbled;
+  if (!answer.ok() && !unknown) return detail::failure(answer, place);
+
+  const auto form = detail::text_form(info_);
+  Options patient = options_;
+  patient.stop = nullptr; /* a write and its read-back are one */
+  const detail::Link link(patient);
+  const auto stored =
+      detail::RangeReader(link, info_.family, form).read(wire.index, wire.index, -1);
+  if (!stored) return stored.error();
+  const auto written = detail::contact_of(wire, form);
+  if (!written) return written.error();
+  if (!stored->unreadable.empty()) {
+    return Error{Cause::kDiffers,
+                 "index " + std::to_string(wire.index) +
+                     " was written and cannot be read back: " + stored->unreadable.front().why,
+                 ""};
+  }
+  Contact read;
+  if (!stored->contacts.empty()) {
+    remember(stored->contacts.begin()->second);
+    read = *detail::contact_of(stored->contacts.begin()->second, form);
+  }
+  if (same_fields(*written, read)) return read;
+  if (unknown) return detail::failure(answer, place);
+  return Error{Cause::kDiffers,
+               "index " + std::to_string(wire.index) +
+                   " is not stored as written: " + detail::difference(*written, read),
+               "the modem said OK all the same; look at the entry before trying again"};
+}
+
+inline Result<int> Phonebook::free_index(int wanted) {
+  auto reading = read_wire(info_.first, info_.last, info_.used);
+  if (!reading) return reading.error();
+  /* An index that could not be read may hold a contact. */
+  for (const Unreadable& gap : reading->unreadable) reading->contacts[gap.index] = {};
+  const auto is_free = [&](int index) { return reading->contacts.count(index) == 0; };
+  if (wanted != kNoIndex) {
+    if (is_free(wanted)) return wanted;
+    return Error{Cause::kUsage, "index " + std::to_string(wanted) + " is occupied",
+                 "choose a free index, or overwrite it on purpose"};
+  }
+  for (int index = info_.first; index <= info_.last; ++index) {
+    if (is_free(index)) return index;
+  }
+  return Error{Cause::kFull, "no index is free", "delete a contact first"};
+}
+
+inline Result<Contact> Phonebook::add(const Contact& contact) {
+  const Job job(*this);
+  if (!job.result()) return job.result().error();
+  if (const auto good = check(contact); !good) return good.error();
+  const auto now = counts();
+  if (!now) return now.error();
+  const auto index = free_index(contact.index);
+  if (!index) return index.error();
+  if (info_.total > 0 && info_.used >= info_.total) {
+    return Error{Cause::kFull,
+                 "the phonebook is full: " + std::to_string(info_.used) + " of " +
+                     std::to_string(info_.total) + " entries are used",
+                 "delete a contact first"};
+  }
+  /* Another client may have written there since. */
+  const auto taken = holds_contact(*index);
+  if (!taken) return taken.error();
+  if (*taken) {
+    return Error{Cause::kUsage, "another client has just taken index " + std::to_string(*index),
+                 "try again"};
+  }
+  Contact placed = contact;
+  placed.index = *index;
+  return put(placed);
+}
+
+inline Result<Contact> Phonebook::put(const Contact& contact) {
+  const Job job(*this);
+  if (!job.result()) return job.result().error();
+  if (!info_.has_index(contact.index)) return wrong_index(contact.index);
+  const auto wire = wire_of(contact);
+  if (!wire) return wire.error();
+  return write(*wire);
+}
+
+inline Result<Contact> Phonebook::change(int nIndex, const Changes& changes) {
+  const Job job(*this);
+  if (!job.result()) return job.result().error();
+  auto wire = get_wire(nIndex);
+  if (!wire) return wire.error();
+  std::string wrong;
+  for (const FieldRow& field : kFields) {
+    const auto& value = changes.fields[static_cast<size_t>(field.type)];
+    if (!value) continue;
+    std::string found = detail::check_field(info_, field, *value);
+    if (found.empty() && !detail::put_field(info_, field, *value, *wire)) {
+      found = std::string(field.key) + " is too long for its coding";
+    }
+    if (!found.empty()) wrong += (wrong.empty() ? "" : "; ") + found;
+  }
+  const auto& fields = wire->fields;
+  if (wrong.empty() && fields[PB_FIELD_TEXT].empty() && fields[PB_FIELD_NUMBER].empty()) {
+    wrong = "a contact needs a name or a number";
+  }
+  if (!wrong.empty()) return Error{Cause::kUsage, wrong, ""};
+  return write(*wire);
+}
+
+/* Asked where an empty index is expected: a lone ERROR is how some modems say that it is. */
+inline Result<bool> Phonebook::holds_contact(int index) const {
+  const detail::Answer answer = link_.send(detail::read_line(info_.family, index, index),
+                                           detail::read_timeout_ms(info_.family, index, index),
+                                           detail::row_of(info_.family).prefix);
+  const bool told =
+      answer.ok() || answer.reply == detail::Reply::kError || answer.reply == detail::Reply::kCode;
+  if (!told || answer.busy()) {
+    return detail::failure(answer, "read index " + std::to_string(index));
+  }
+  return answer.ok() && answer.lines != 0;
+}
+
+inline Result<Done> Phonebook::erase(int nIndex) {
+  const Job job(*this);
+  if (!job.result()) return job.result().error();
+  if (!info_.has_index(nIndex)) return wrong_index(nIndex);
+  if (link_.stopped()) {
+    return Error{Cause::kInterrupted, "interrupted before index " + std::to_string(nIndex), ""};
+  }
+  const detail::Answer answer =
+      link_.send(erase_line(nIndex), detail::row_of(info_.family).write_timeout_ms);
+  if (!answer.ok()) return detail::failure(answer, "delete index " + std::to_string(nIndex));
+  const auto left = holds_contact(nIndex);
+  if (!left) return left.error();
+  if (*left) {
+    return Error{Cause::kDiffers,
+                 "index " + std::to_string(nIndex) + " still holds a contact after its deletion",
+                 "the modem said OK all the same"};
+  }
+  PBB_DeletePB(nIndex);
+  return Done{};
+}
+
+} /* namespace qalt */
+
+#endif /* QALT_AT_DETAIL_PHONEBOOK_WRITING_HPP */

@@ -1,0 +1,226 @@
+/*
+ * range_reader.hpp - reads a range of contacts in steps that the modem and the answer frame take.
+ *
+ * A step that fails is halved down to single indices, so one bad entry costs only itself. Whatever
+ * cannot be told is reported, never guessed: an index that did not give its contact away is either
+ * known to be empty or named as unreadable.
+ */
+#ifndef QALT_AT_DETAIL_RANGE_READER_HPP
+#define QALT_AT_DETAIL_RANGE_READER_HPP
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "qalt_at/detail/exchange.hpp"
+#include "qalt_at/detail/wire_contact.hpp"
+
+namespace qalt {
+
+/* How a client wants its phonebook handled. */
+struct Options {
+  int platform = PB_PLATFORM_DEFAULT;
+  int wait_seconds = 10;                             /* for a card that is still starting */
+  std::function<bool()> stop;                        /* asked between commands: end early? */
+  std::function<void(int nDone, int nAll)> progress; /* indices read so far */
+  std::function<void()> pause = [] { ::sleep(1); };  /* lets a second pass */
+};
+
+/* An index whose contact could not be read, and why. */
+struct Unreadable {
+  int index;
+  std::string why;
+};
+
+namespace detail {
+
+/* Sends commands, giving a busy card the time that the client grants. */
+class Link {
+ public:
+  explicit Link(const Options& options) : options_(options) {}
+
+  bool stopped() const { return options_.stop && options_.stop(); }
+  void pause() const { options_.pause(); }
+  void progress(int done, int all) const {
+    if (options_.progress) options_.progress(done, all);
+  }
+
+  /* `starting`: whether ERROR, too, is what a card says that is still starting. */
+  Answer send(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {},
+              bool starting = false) const {
+    for (int waited = 0;; ++waited) {
+      Answer answer = exchange(line, timeout_ms, prefix);
+      const bool again = answer.busy() || (starting && answer.reply == Reply::kError);
+      if (!again || waited >= options_.wait_seconds || stopped()) return answer;
+      pause();
+    }
+  }
+
+ private:
+  const Options& options_;
+};
+
+struct WireReading {
+  std::map<int, WireContact> contacts;
+  std::vector<Unreadable> unreadable;
+};
+
+class RangeReader {
+ public:
+  RangeReader(const Link& link, Family family, TextForm form)
+      : link_(link), family_(family), form_(form) {}
+
+  /* Reads first to last. `used`: how many contacts there are, where the range is all of the
+   * phonebook, else -1. */
+  Result<WireReading> read(int first, int last, int used) {
+    used_ = used;
+    Result<Done> done = walk(first, last);
+    if (done) done = ask_refused_again();
+    if (!done) return done.error();
+    for (const int index : refused_) {
+      /* Too few contacts were found: one of these holds the missing one. */
+      if (used >= 0 && !found_all()) note(index, "the modem answered ERROR");
+    }
+    std::sort(reading_.unreadable.begin(), reading_.unreadable.end(),
+              [](const Unreadable& a, const Unreadable& b) { return a.index < b.index; });
+    return std::move(reading_);
+  }
+
+ private:
+  struct Range {
+    int first, last;
+    int size() const { return last - first + 1; }
+  };
+
+  /* 20 indices are taken by every modem; 100 is what the largest answers hold. */
+  static constexpr int kFirstStep = 20;
+  static constexpr int kLargestStep = 100;
+  static constexpr int kMostSilent = 3;
+  static constexpr int kRetries = 3;
+
+  bool found_all() const { return used_ >= 0 && contacts_found() >= used_; }
+  int contacts_found() const {
+    return static_cast<int>(reading_.contacts.size() + reading_.unreadable.size());
+  }
+  void note(int index, const std::string& why) { reading_.unreadable.push_back({index, why}); }
+
+  Result<Done> walk(int first, int last) {
+    std::vector<Range> halves; /* the parts of failed steps, the next one on top */
+    int step = kFirstStep;
+    int largest = kLargestStep;
+    for (int next = first; !halves.empty() || next <= last;) {
+      if (link_.stopped()) return interrupted(halves.empty() ? next : halves.back().first);
+      Range range{next, next + std::min(step, last - next + 1) - 1};
+      const bool fresh = halves.empty();
+      if (fresh) {
+        next = range.last + 1;
+      } else {
+        range = halves.back();
+        halves.pop_back();
+      }
+      const Answer answer = ask(range);
+      if (answer.reply == Reply::kNoServer) return lost(answer);
+      silent_ = answer.reply == Reply::kSilent ? silent_ + 1 : 0;
+      if (silent_ == kMostSilent) return lost(answer);
+      if (take(answer, range)) {
+        if (fresh) step = std::min(2 * step, largest);
+      } else if (range.size() > 1) {
+        const int middle = range.first + (range.size() - 1) / 2;
+        halves.push_back({middle + 1, range.last});
+        halves.push_back({range.first, middle});
+        /* The server's word for an answer that does not fit a frame; later steps stay below. */
+        if (answer.code == kTextTooLong) largest = std::min(largest, (range.size() + 1) / 2);
+        step = std::min(kFirstStep, largest);
+      } else {
+        give_up(answer, range.first);
+      }
+      tell(halves.empty() ? next : halves.back().first, first, last);
+    }
+    return Done{};
+  }
+
+  /* A lone ERROR is said by modems for an empty index, and by a card that is not ready. */
+  Result<Done> ask_refused_again() {
+    for (int round = 0; round < kRetries && !refused_.empty() && !found_all(); ++round) {
+      link_.pause();
+      const std::vector<int> again = std::exchange(refused_, {});
+      for (const int index : again) {
+        if (link_.stopped()) return interrupted(index);
+        const Range range{index, index};
+        const Answer answer = ask(range);
+        if (answer.reply == Reply::kNoServer) return lost(answer);
+        if (!take(answer, range)) give_up(answer, index);
+      }
+    }
+    return Done{};
+  }
+
+  /* A single index is no work to report on. */
+  void tell(int next, int first, int last) const {
+    if (last > first) link_.progress(next - first, last - first + 1);
+  }
+
+  Answer ask(const Range& range) const {
+    return link_.send(read_line(family_, range.first, range.last),
+                      read_timeout_ms(family_, range.first, range.last), row_of(family_).prefix);
+  }
+
+  /* Takes the contacts of an answer; false when the range has to be asked in parts. */
+  bool take(const Answer& answer, const Range& range) {
+    const bool empty = answer.code == kNotFound && answer.reply == Reply::kCode;
+    if (empty || (answer.reply == Reply::kError && found_all())) return true;
+    if (!answer.ok()) return false;
+    std::vector<WireContact> contacts;
+    if (!answer.payload.empty()) {
+      for (const std::string& line : split_outside_quotes(answer.payload, ";")) {
+        auto contact = read_answer_line(family_, line);
+        if (!contact || contact->index < range.first || contact->index > range.last) return false;
+        contacts.push_back(std::move(*contact));
+      }
+    }
+    /* Stray quotes can hide line ends, and with them whole lines. */
+    if (contacts.size() != answer.lines) return false;
+    for (WireContact& contact : contacts) {
+      const int index = contact.index;
+      const auto readable = contact_of(contact, form_);
+      if (!readable) {
+        note(index, readable.error().what);
+      } else {
+        reading_.contacts.insert_or_assign(index, std::move(contact));
+      }
+    }
+    return true;
+  }
+
+  void give_up(const Answer& answer, int index) {
+    if (answer.reply == Reply::kError) {
+      refused_.push_back(index);
+    } else if (answer.code != kInvalidIndex) {
+      note(index, answer.ok() ? "its answer cannot be read" : "the modem " + describe(answer));
+    }
+  }
+
+  Error lost(const Answer& answer) const { return failure(answer, "read the phonebook"); }
+  static Error interrupted(int index) {
+    return {Cause::kInterrupted, "interrupted before index " + std::to_string(index) + " was read",
+            ""};
+  }
+
+  const Link& link_;
+  Family family_;
+  TextForm form_;
+  int used_ = -1;
+  int silent_ = 0;
+  std::vector<int> refused_; /* single indices that answered ERROR */
+  WireReading reading_;
+};
+
+} /* namespace detail */
+} /* namespace qalt */
+
+#endif /* QALT_AT_DETAIL_RANGE_READER_HPP */

@@ -1,0 +1,151 @@
+/*
+ * phonebook.hpp - the SIM phonebook for C++ clients: UTF-8 texts, and no contact lost. Header-only,
+ * C++17, on top of libqalt_at; compiles with -fno-exceptions -fno-rtti.
+ *
+ *   qalt::Phonebook book;
+ *   if (auto info = book.open({}); !info) return complain(info.error());
+ *   auto all = book.read_all();
+ *   qalt::Contact friend_of_mine;
+ *   friend_of_mine.name = "Ελένη";
+ *   friend_of_mine.number = "+302105550123";
+ *   auto stored = book.add(friend_of_mine);
+ *
+ * Conventions of this header:
+ *  1. Results. Every call gives a Result: a value, or an Error with its class (Cause), what
+ * happened and what to do. Nothing is thrown.
+ *  2. No contact is lost. add() reads the whole phonebook first and takes an index only that it has
+ *     seen empty. Every write and delete is read back and compared. A text that does not fit is
+ *     refused with the length it may have; no text is cut.
+ *  3. Ownership. Everything is a value. The functions of Options are called on the calling thread.
+ *  4. Sizes and units. Texts are UTF-8 with characters up to U+FFFF, the most that a SIM stores; a
+ *     character above that, stored by a modem that takes UTF-16, is read but not written.
+ *  5. Threads. One phonebook is open in a process, since the library's phonebook state is the
+ *     process's; a second one is refused. Its calls may come from any thread and are serialised.
+ *  6. Stack. 512 KB on the calling thread.
+ *  7. The modem. The storage and the character set are selected for each call and the set is put
+ *     back before it returns, whatever happens; a Job around several calls does so once for all.
+ */
+#ifndef QALT_AT_PHONEBOOK_HPP
+#define QALT_AT_PHONEBOOK_HPP
+
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "qalt_at/commands.h"
+#include "qalt_at/detail/contact.hpp"
+#include "qalt_at/detail/exchange.hpp"
+#include "qalt_at/detail/range_reader.hpp"
+#include "qalt_at/detail/result.hpp"
+#include "qalt_at/detail/wire_contact.hpp"
+#include "qalt_at/phonebook.h"
+
+namespace qalt {
+
+struct Reading {
+  std::vector<Contact> contacts; /* by index */
+  std::vector<Unreadable> unreadable;
+};
+
+namespace detail {
+
+/* The engine's state is the process's, and so are these. */
+inline std::recursive_mutex g_phonebook_mutex;
+inline const void* g_open_phonebook = nullptr;
+
+} /* namespace detail */
+
+class Phonebook {
+ public:
+  Phonebook() = default;
+  ~Phonebook() {
+    const Lock lock(detail::g_phonebook_mutex);
+    if (detail::g_open_phonebook == this) detail::g_open_phonebook = nullptr;
+  }
+  Phonebook(const Phonebook&) = delete;
+  Phonebook& operator=(const Phonebook&) = delete;
+
+  /*
+   * Finds out what the phonebook is like. To be called first; again for other options. kNoAnswer
+   * without an AT server, at once; a card that is still starting is waited for.
+   */
+  Result<Info> open(Options options);
+  const Info& info() const { return info_; }
+
+  /*
+   * Keeps the storage and the character set selected over several calls, which other threads'
+   * calls wait for. result() says whether the modem took the selection; without it no call works.
+   */
+  class Job {
+   public:
+    explicit Job(Phonebook& book) : book_(book), lock_(detail::g_phonebook_mutex) {
+      result_ = book_.depth_++ == 0 ? book_.begin() : Result<Done>(Done{});
+    }
+    ~Job() {
+      if (--book_.depth_ == 0) book_.end();
+    }
+    Job(const Job&) = delete;
+    Job& operator=(const Job&) = delete;
+    const Result<Done>& result() const { return result_; }
+
+   private:
+    Phonebook& book_;
+    std::lock_guard<std::recursive_mutex> lock_;
+    Result<Done> result_ = Done{};
+  };
+
+  /* The contacts from index nFirst to nLast; those of all indices. */
+  Result<Reading> read(int nFirst, int nLast);
+  Result<Reading> read_all() { return read(info_.first, info_.last); }
+  /* One contact; kNotFound when the index is empty. */
+  Result<Contact> get(int nIndex);
+
+  /* Whether a contact could be written, as far as that can be told without the modem. */
+  Result<Done> check(const Contact& contact) const;
+  /* The command lines that put() and erase() send for a contact that passes check(). */
+  std::string write_line(const Contact& contact) const;
+  std::string erase_line(int nIndex) const { return detail::erase_line(info_.family, nIndex); }
+
+  /*
+   * Writes a new contact, at its index or at the lowest free one. kUsage when the index is occupied
+   * or could not be read, kFull without a free one. Gives the contact as it is stored now.
+   */
+  Result<Contact> add(const Contact& contact);
+  /* Writes a contact at its index, whatever stands there. */
+  Result<Contact> put(const Contact& contact);
+  /* Changes some fields of a contact; the others keep the very digits that the modem gave. */
+  Result<Contact> change(int nIndex, const Changes& changes);
+  /* Deletes; an empty index is no error. */
+  Result<Done> erase(int nIndex);
+  /* The numbers of used and of all places, asked anew. */
+  Result<Info> counts();
+
+ private:
+  using Lock = std::lock_guard<std::recursive_mutex>;
+
+  Result<Done> begin();
+  void end();
+  Error wrong_index(int index) const;
+  Result<detail::WireReading> read_wire(int first, int last, int used);
+  Result<detail::WireContact> get_wire(int index);
+  Result<detail::WireContact> wire_of(const Contact& contact) const;
+  Result<int> free_index(int wanted);
+  Result<bool> holds_contact(int index) const;
+  Result<Contact> write(const detail::WireContact& wire);
+  void remember(const detail::WireContact& wire) const;
+
+  Options options_;
+  detail::Link link_{options_};
+  Info info_;
+  int depth_ = 0;
+  bool switched_ = false; /* the character set is to be put back */
+};
+
+} /* namespace qalt */
+
+#include "qalt_at/detail/phonebook_reading.hpp"
+#include "qalt_at/detail/phonebook_writing.hpp"
+
+#endif /* QALT_AT_PHONEBOOK_HPP */

@@ -1,0 +1,133 @@
+// Contact files as other programs write them, and texts on a terminal.
+#include <gtest/gtest.h>
+
+#include "cli/contact_file.h"
+#include "cli/output.h"
+#include "cli/terminal.h"
+
+namespace {
+
+using namespace qalt;
+using namespace qalt::cli;
+
+const char* const kAddressBook =
+    "BEGIN:VCARD\r\nVERSION:3.0\r\nPRODID:-//Some//Book//EN\r\nN:Papadaki;Eleni;;Dr.;\r\n"
+    "FN:Dr. Eleni\r\n  Papadaki\\, \\\"MD\\\"\r\nTEL;TYPE=CELL:+30 (210) 555-0123\r\n"
+    "item1.TEL;TYPE=\"work;voice:x\";TYPE=pref:tel:+30-210-1\r\nitem1.X-ABLabel:Office\r\n"
+    "TEL:3\r\nTEL:4\r\nEMAIL;TYPE=INTERNET:e@example.org\r\nNOTE:one\\ntwo\\;three\r\n"
+    "ADR:;;Street;;;;\r\nEND:VCARD\r\n"
+    "begin:vcard\nversion:4.0\nN:Schmidt;Jörg\nTEL;PREF=1:12\nend:vcard\n";
+
+TEST(Vcard, AsAddressBooksWriteIt) {
+  const FileContents read = read_contacts(Format::kVcard, kAddressBook);
+  EXPECT_TRUE(read.problems.empty()) << read.problems[0].what;
+  ASSERT_EQ(2u, read.records.size());
+  const Contact& first = read.records[0].contact;
+  EXPECT_EQ("Dr. Eleni Papadaki, \"MD\"", first.name);
+  EXPECT_EQ("+302101", first.number);
+  EXPECT_EQ("+302105550123", first.number2);
+  EXPECT_EQ("3", first.number3);
+  EXPECT_EQ("e@example.org", first.email);
+  EXPECT_EQ("one\ntwo;three", first.extra);
+  EXPECT_EQ(std::vector<std::string>{"a further number 4"}, read.records[0].surplus);
+  EXPECT_EQ((std::vector<std::string>{"X-ABLABEL", "ADR"}), read.ignored);
+  EXPECT_EQ(kNoIndex, first.index);
+  EXPECT_EQ(16, read.records[1].line);
+  EXPECT_EQ("Jörg Schmidt", read.records[1].contact.name);
+}
+
+struct BadFile {
+  Format format;
+  const char* text;
+  int line;
+};
+
+TEST(Files, SayWhichLineIsWrong) {
+  const BadFile cases[] = {
+      {Format::kVcard, "BEGIN:VCARD\nVERSION:2.1\nEND:VCARD", 2},
+      {Format::kVcard, "BEGIN:VCARD\nFN;ENCODING=QUOTED-PRINTABLE:=41\nEND:VCARD", 2},
+      {Format::kVcard, "\nFN:A", 2},
+      {Format::kVcard, "BEGIN:VCARD\nBEGIN:VCARD\nEND:VCARD", 2},
+      {Format::kVcard, "BEGIN:VCARD\nhello\nEND:VCARD", 2},
+      {Format::kCsv, "name;number\nA;1", 1},
+      {Format::kCsv, "name,name\nA,1", 1},
+      {Format::kCsv, "name,number\n\"A\nB\",1\nC", 4},
+      {Format::kCsv, "name\n\"A\nB", 2},
+      {Format::kCsv, "index\n-1", 2},
+      {Format::kJsonLines, "{}\n[1]", 2},
+      {Format::kJsonLines, "{\"index\":-1}", 1},
+      {Format::kJsonLines, "{\"index\":1e99}", 1},
+      {Format::kJsonLines, "{\"name\":5}", 1},
+      {Format::kJsonLines, "\n\n{\"nmae\":\"A\"}", 3},
+      {Format::kJsonLines, "{\"name\":\"\xFF\"}", 1},
+  };
+  for (const BadFile& c : cases) {
+    const FileContents read = read_contacts(c.format, c.text);
+    ASSERT_FALSE(read.problems.empty()) << c.text;
+    EXPECT_EQ(c.line, read.problems[0].line) << c.text << ": " << read.problems[0].what;
+  }
+}
+
+TEST(Files, KeepEveryFieldExactly) {
+  std::vector<Contact> contacts = {
+      {1, "a,\"b\"\r\n;\\c", "+1", "2", "3", "x@y", "ü, 李", 1},
+      {1023, "", "112", "", "", "", "", 0},
+      {0, " blanks ", "", "", "", "", std::string(200, 'w') + "é" + std::string(80, 'v'), 0},
+  };
+  for (const Format format : {Format::kJsonLines, Format::kCsv, Format::kVcard}) {
+    std::string text = write_contacts(format, contacts);
+    if (format == Format::kVcard) {
+      EXPECT_NE("", loss_of(format, contacts));
+      for (Contact& contact : contacts) contact.index = kNoIndex, contact.coding = 0;
+      contacts[0].name = "a,\"b\"\n;\\c";
+      for (size_t start = 0; start < text.size(); start = text.find("\r\n", start) + 2) {
+        EXPECT_LE(text.find("\r\n", start) - start, 75u);
+      }
+    } else {
+      EXPECT_EQ("", loss_of(format, contacts));
+    }
+    const FileContents read = read_contacts(format, "\xEF\xBB\xBF" + text);
+    EXPECT_TRUE(read.problems.empty());
+    ASSERT_EQ(contacts.size(), read.records.size());
+    for (size_t i = 0; i != contacts.size(); ++i) {
+      EXPECT_TRUE(same_fields(contacts[i], read.records[i].contact)) << text;
+      EXPECT_EQ(contacts[i].index, read.records[i].contact.index);
+      EXPECT_EQ(contacts[i].coding, read.records[i].contact.coding);
+    }
+  }
+}
+
+// Every beginning of a file is read without a fault of memory.
+TEST(Files, CutAnywhere) {
+  const std::string files[] = {kAddressBook, "name,extra\n\"A\"\"\",\"é\"\r\n",
+                               "{\"name\":\"\\u00e9\"}"};
+  for (const std::string& text : files) {
+    for (size_t length = 0; length != text.size(); ++length) {
+      for (const Format format : {Format::kJsonLines, Format::kCsv, Format::kVcard}) {
+        EXPECT_LE(read_contacts(format, text.substr(0, length)).records.size(), 2u);
+      }
+    }
+  }
+}
+
+TEST(Terminal, ColumnsOfWideAndCombiningCharacters) {
+  const struct {
+    const char* text;
+    int width;
+  } cases[] = {{"Ann", 3}, {"é", 1},    {"e\u0301", 1}, {"李小龙", 6}, {"한글", 4},     {"ﾊﾝ", 2},
+               {"Ａ", 2},  {"محمد", 4}, {"עִבְרִית", 5},   {"😀", 2},      {"\xFF\xC3", 2}, {"", 0}};
+  for (const auto& c : cases) EXPECT_EQ(c.width, display_width(c.text)) << c.text;
+  EXPECT_EQ((std::vector<std::string>{"李小", "龙e\u0301x", "y"}), wrapped("李小龙e\u0301xy", 4));
+  EXPECT_EQ("a\uFFFD[31m\uFFFDb\uFFFD\uFFFD", printable("a\x1B[31m\u202E"
+                                                        "b\xE2\x82"));
+  std::vector<Contact> contacts = {{5, "李小龙", "1", "", "", "", "", 0},
+                                   {12, "Al", "22", "3", "", "a@b", "", 0}};
+  EXPECT_EQ(
+      "Index  Name    Number\n"
+      "    5  李小龙  1\n"
+      "   12  Al      22\n"
+      "         number2 3  email a@b\n",
+      table_of(contacts, 80));
+}
+
+}  // namespace

@@ -1,0 +1,80 @@
+// book_modem.h - a modem with contacts in memory, and a phonebook in front of it that never waits.
+#ifndef QALT_TESTS_PHONEBOOK_HPP_BOOK_MODEM_H_
+#define QALT_TESTS_PHONEBOOK_HPP_BOOK_MODEM_H_
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+
+#include "qalt_at/phonebook.hpp"
+#include "tests/support/recorder.h"
+#include "tests/support/scripted_modem.h"
+
+namespace test {
+
+inline const std::string kSilence;
+inline std::string cme(int code) {
+  return "\r\n+CME ERROR: " + std::to_string(code) + "\r\n";
+}
+
+// Answers +CPBR and +CPBW from `lines`: by index, what stands behind "index," in an answer.
+class Book : public testing::Test, public ScriptedModem {
+ protected:
+  Book() {
+    on("AT+CPBS=", kOk);
+    on("AT+CSCS=", kOk);
+    on("AT+CSCS?", information({"+CSCS: \"UCS2\""}));
+    on("AT+JCPBR=?", kNotSupport);
+    on("AT+CPBR=?", information({"+CPBR: (1-250),40,18"}));
+    on("AT+CPBS?", [this](const std::string&) {
+      return information({"+CPBS: \"SM\"," + std::to_string(lines.size() + hidden) + ",250"});
+    });
+    on("AT+CPBR=", [this](const std::string& line) {
+      int first = 0, last = 0;
+      return std::sscanf(line.c_str(), "AT+CPBR=%d,%d", &first, &last) == 2 ? range(first, last)
+                                                                            : kOk;
+    });
+    on("AT+CPBR=?", information({"+CPBR: (1-250),40,18"}));
+    on("AT+CPBW=", [this](const std::string& line) {
+      const size_t comma = line.find(',');
+      const int index = std::stoi(line.substr(8));
+      if (comma == line.npos) {
+        lines.erase(index);
+      } else {
+        lines[index] = line.substr(comma + 1);
+      }
+      return kOk;
+    });
+    options.pause = [this] { ++pauses; };
+  }
+
+  std::string range(int first, int last) const {
+    std::vector<std::string> found;
+    for (auto at = lines.lower_bound(first); at != lines.end() && at->first <= last; ++at) {
+      found.push_back("+CPBR: " + std::to_string(at->first) + "," + at->second);
+    }
+    return found.empty() ? kOk : information(found);
+  }
+  void open() {
+    const auto info = book.open(options);
+    ASSERT_TRUE(info) << info.error().what;
+    forget();
+  }
+  int count(const std::string& start) const {
+    int found = 0;
+    for (const SentCommand& command : sent()) found += command.line.rfind(start, 0) == 0;
+    return found;
+  }
+
+  std::map<int, std::string> lines;
+  int hidden = 0;  // contacts that +CPBS? counts and no read gives
+  int pauses = 0;
+  qalt::Options options;
+  qalt::Phonebook book;
+};
+
+}  // namespace test
+
+#endif  // QALT_TESTS_PHONEBOOK_HPP_BOOK_MODEM_H_

@@ -1,0 +1,186 @@
+// Reading through phonebook.hpp: steps, halving, what counts as empty, and what is named.
+#include "tests/phonebook_hpp/book_modem.h"
+
+namespace {
+
+using test::Book;
+using test::cme;
+using test::information;
+using test::kError;
+using test::kOk;
+using test::kSilence;
+using Lines = std::vector<std::string>;
+
+const std::string kUcs2 = "AT+CSCS=\"UCS2\"", kIra = "AT+CSCS=\"IRA\"", kSm = "AT+CPBS=\"SM\"";
+const std::string kAnn = "\"1\",129,\"0041006E006E\"";
+
+TEST_F(Book, StepsGrowWhileTheySucceed) {
+  lines = {{1, kAnn}, {250, "\"49\",145,\"\""}};
+  open();
+  const auto read = book.read_all();
+  ASSERT_TRUE(read) << read.error().what;
+  ASSERT_EQ(2u, read->contacts.size());
+  EXPECT_EQ("Ann", read->contacts[0].name);
+  EXPECT_EQ("+49", read->contacts[1].number);
+  EXPECT_EQ((Lines{kSm, kUcs2, "AT+CSCS?", "AT+CPBR=1,20", "AT+CPBR=21,60", "AT+CPBR=61,140",
+                   "AT+CPBR=141,240", "AT+CPBR=241,250", kIra}),
+            ScriptedModem::lines());
+  PbItem item;
+  EXPECT_EQ(1, PBB_ReadPB(250, &item));
+  EXPECT_STREQ("+49", item.number);
+  EXPECT_EQ(2, PBB_GetFirstEmptyIndex());
+}
+
+// An answer that no frame holds is asked for in halves, and later steps stay below its size.
+TEST_F(Book, AStepThatIsTooLargeIsHalved) {
+  for (int i = 1; i <= 250; ++i) lines[i] = kAnn;
+  open();
+  on("AT+CPBR=61,140", cme(24));
+  const auto read = book.read_all();
+  ASSERT_TRUE(read) << read.error().what;
+  EXPECT_EQ(250u, read->contacts.size());
+  const Lines all = ScriptedModem::lines();
+  EXPECT_EQ((Lines{"AT+CPBR=61,140", "AT+CPBR=61,100", "AT+CPBR=101,140", "AT+CPBR=141,160",
+                   "AT+CPBR=161,200", "AT+CPBR=201,240", "AT+CPBR=241,250", kIra}),
+            Lines(all.begin() + 5, all.end()));
+}
+
+struct SingleAnswer {
+  std::string answer;
+  bool unreadable;
+};
+
+// Every way in which a modem says that it has nothing there, and those which say that something is
+// wrong. Index 2 spoils each step that it is in.
+TEST_F(Book, OneBadIndexCostsOnlyItself) {
+  const SingleAnswer cases[] = {
+      {kOk, false},
+      {cme(22), false},
+      {cme(21), false},
+      {kError, false},
+      {"\r\n+CME ERROR: not found\r\n", false},
+      {cme(13), true},
+      {"\r\n+CPBR: 2,\"1\",129,\"Screen 5\"\"\r\n\r\nOK\r\n", true},
+      {information({"+CPBR: 2,\"1\",129,\"004\""}), true},
+      {information({"+CPBR: 7,\"1\",129,\"\""}), true},
+      {information({"+CPBR: two,\"1\",129,\"\""}), true},
+      {"\r\n+CPBR: 2,\"1\",12", true},
+  };
+  for (const SingleAnswer& c : cases) {
+    SCOPED_TRACE(c.answer);
+    lines = {{1, kAnn}, {3, kAnn}, {100, kAnn}};
+    on("AT+CPBR=1,", [&](const std::string& line) {
+      const int last = std::stoi(line.substr(10));
+      return last >= 2 ? kError : range(1, last);
+    });
+    on("AT+CPBR=2,2", c.answer);
+    open();
+    const auto read = book.read(1, 120);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(3u, read->contacts.size());
+    ASSERT_EQ(c.unreadable ? 1u : 0u, read->unreadable.size());
+    if (c.unreadable) {
+      EXPECT_EQ(2, read->unreadable[0].index);
+    }
+  }
+}
+
+// A card that is not ready says ERROR as well; the count tells that something is missing.
+TEST_F(Book, ARefusedReadIsNotAnEmptyIndex) {
+  lines = {{1, kAnn}, {2, kAnn}};
+  int refused = 7;
+  on("AT+CPBR=1,", [&](const std::string& line) {
+    return refused-- > 0 ? kError : range(1, std::stoi(line.substr(10)));
+  });
+  open();
+  EXPECT_EQ(2u, book.read_all()->contacts.size());
+  EXPECT_GT(pauses, 0);
+
+  on("AT+CPBR=1,", kError);
+  const auto read = book.read_all();
+  ASSERT_TRUE(read) << read.error().what;
+  EXPECT_EQ(1u, read->contacts.size());
+  ASSERT_EQ(1u, read->unreadable.size());
+  EXPECT_EQ(1, read->unreadable[0].index);
+  qalt::Contact contact;
+  contact.name = "B";
+  EXPECT_EQ(3, book.add(contact)->index) << "what could not be read may be occupied";
+}
+
+TEST_F(Book, EndsWhenTheModemIsGoneOrTheClientAsks) {
+  lines = {{1, kAnn}};
+  open();
+  on("AT+CPBR=", kSilence);
+  const auto silent = book.read_all();
+  EXPECT_EQ(qalt::Cause::kNoAnswer, silent.error().cause);
+  EXPECT_EQ(3, count("AT+CPBR="));
+  EXPECT_EQ(kIra, sent().back().line);
+
+  int left = 2;
+  options.stop = [&left] { return left-- <= 0; };
+  open();
+  const auto stopped = book.read_all();
+  EXPECT_EQ(qalt::Cause::kInterrupted, stopped.error().cause);
+  EXPECT_EQ(kIra, sent().back().line);
+}
+
+TEST_F(Book, TextsOfEveryKind) {
+  std::string sixty;
+  std::string digits;
+  for (int i = 0; i != 70; ++i) sixty += "é", digits += "00E9";
+  lines = {{1, "\"1\",129,\"80014E2D\""},          // begins like a tag, is none
+           {2, "\"2\",129,\"" + digits + "\",1"},  // longer than a record, and a parameter more
+           {3, "\"3\",129,\"D83DDE0041\""},        // no whole characters
+           {4, "\"4\",129,\"D83DDE000041\""},      // a pair of surrogates
+           {5, "\"5\",129,\"0041000000420020\""},  // a NUL and a blank
+           {6, "\"(1;2,3)\",129,\"\""}};
+  open();
+  const auto read = book.read_all();
+  ASSERT_TRUE(read) << read.error().what;
+  ASSERT_EQ(5u, read->contacts.size());
+  EXPECT_EQ("\u8001\u4E2D", read->contacts[0].name);
+  EXPECT_EQ(sixty, read->contacts[1].name);
+  EXPECT_EQ("😀A", read->contacts[2].name);
+  EXPECT_EQ(std::string("A\0B ", 4), read->contacts[3].name);
+  EXPECT_EQ("(1;2,3)", read->contacts[4].number);
+  EXPECT_EQ(3, read->unreadable.at(0).index);
+  PbItem item = {};
+  EXPECT_EQ(0, _PBB_GetIndexIsEmpty(2)) << "used, although no record holds its text";
+  EXPECT_EQ(1, PBB_ReadPB(2, &item));
+  EXPECT_STREQ("", item.text);
+}
+
+TEST_F(Book, OpeningWaitsForAStartingCard) {
+  int busy = 3;
+  on("AT+CPBS=", [&](const std::string&) { return busy-- > 0 ? cme(14) : kOk; });
+  open();
+  EXPECT_EQ(3, pauses);
+  busy = 3;
+  options.wait_seconds = 1;
+  const auto info = book.open(options);
+  EXPECT_EQ(qalt::Cause::kRefused, info.error().cause);
+  EXPECT_NE("", info.error().advice);
+  on("AT+CPBS=", cme(10));
+  pauses = 0;
+  EXPECT_FALSE(book.open(options));
+  EXPECT_EQ(0, pauses) << "a missing card does not come by waiting";
+  on("AT+CPBS=", kOk);
+  on("AT+CPBR=?", information({"+CPBR: (1-2000000000),40,18"}));
+  EXPECT_FALSE(book.open(options)) << "such a range is a misread answer";
+}
+
+TEST(Phonebook, NeedsAServer) {
+  test::clear_records();
+  qalt::Phonebook first;
+  EXPECT_EQ(qalt::Cause::kNoAnswer, first.open({}).error().cause);
+  EXPECT_TRUE(test::sleeps().empty());
+  EXPECT_EQ(qalt::Cause::kUsage, first.read_all().error().cause) << "not open";
+}
+
+TEST_F(Book, ASecondOneIsRefused) {
+  open();
+  qalt::Phonebook second;
+  EXPECT_EQ(qalt::Cause::kUsage, second.open(options).error().cause);
+}
+
+}  // namespace

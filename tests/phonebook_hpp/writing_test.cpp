@@ -1,0 +1,191 @@
+// Writing through phonebook.hpp: the line sent, the read-back, and the restored character set.
+#include "tests/phonebook_hpp/book_modem.h"
+
+namespace {
+
+using qalt::Cause;
+using qalt::Contact;
+using test::Book;
+using test::cme;
+using test::information;
+using test::kError;
+using test::kOk;
+using test::kSilence;
+
+const std::string kIra = "AT+CSCS=\"IRA\"";
+
+Contact contact(int index, const std::string& name, const std::string& number = "") {
+  Contact result;
+  result.index = index;
+  result.name = name;
+  result.number = number;
+  return result;
+}
+
+TEST_F(Book, AddTakesTheLowestFreeIndex) {
+  lines = {{1, "\"1\",129,\"0041\""}, {3, "\"1\",129,\"0041\""}};
+  open();
+  const auto added = book.add(contact(qalt::kNoIndex, "Ж", "+49"));
+  ASSERT_TRUE(added) << added.error().what;
+  EXPECT_EQ(2, added->index);
+  EXPECT_EQ("\"+49\",145,\"0416\"", lines[2]);
+  EXPECT_EQ(kIra, sent().back().line);
+  EXPECT_EQ(Cause::kUsage, book.add(contact(3, "B")).error().cause);
+  EXPECT_EQ(1, count("AT+CPBW"));
+  hidden = 247;
+  EXPECT_EQ(Cause::kFull, book.add(contact(qalt::kNoIndex, "B")).error().cause);
+  EXPECT_EQ(1, count("AT+CPBW"));
+}
+
+// Between the read and the write another client may be faster.
+TEST_F(Book, AnIndexTakenMeanwhileIsNotOverwritten) {
+  open();
+  on("AT+CPBR=1,1", information({"+CPBR: 1,\"1\",129,\"0041\""}));
+  EXPECT_EQ(Cause::kUsage, book.add(contact(qalt::kNoIndex, "B")).error().cause);
+  EXPECT_EQ(0, count("AT+CPBW"));
+}
+
+struct Outcome {
+  std::string answer;  // to the write
+  std::string left;    // what stands there afterwards
+  std::optional<Cause> cause;
+  const char* said;
+};
+
+TEST_F(Book, EveryWriteIsReadBack) {
+  const std::string good = "\"+49\",145,\"0416\"";
+  const Outcome cases[] = {
+      {kOk, good, std::nullopt, ""},
+      {kOk, "\"49\",145,\"0416\"", std::nullopt, ""},  // the "+" is in the type
+      {kSilence, good, std::nullopt, ""},
+      {"\r\n+CP", good, std::nullopt, ""},
+      {kOk, "\"49\",129,\"0416\"", Cause::kDiffers, "number written \"+49\", read back \"49\""},
+      {kOk, "\"+49\",145,\"\"", Cause::kDiffers, "name written \"Ж\", read back empty"},
+      {kOk, "", Cause::kDiffers, "read back empty"},
+      {kOk, "\"+49\",145,\"04\"", Cause::kDiffers, "cannot be read back"},
+      {kSilence, "", Cause::kNoAnswer, "did not answer in time"},
+      {kError, "", Cause::kRefused, "answered ERROR"},
+      {cme(24), "", Cause::kRefused, "+CME ERROR: 24 (text string too long)"},
+      {cme(20), "", Cause::kFull, "memory full"},
+  };
+  open();
+  for (const Outcome& c : cases) {
+    SCOPED_TRACE(c.answer + c.left);
+    on("AT+CPBW=", [&](const std::string&) {
+      lines.clear();
+      if (!c.left.empty()) lines[5] = c.left;
+      return c.answer;
+    });
+    const auto put = book.put(contact(5, "Ж", "+49"));
+    EXPECT_EQ(!c.cause, bool(put));
+    if (!put) {
+      EXPECT_EQ(c.cause, put.error().cause);
+      EXPECT_NE(put.error().what.npos, put.error().what.find(c.said)) << put.error().what;
+    }
+    EXPECT_EQ(kIra, sent().back().line);
+  }
+}
+
+// What is not named keeps the very digits that the modem gave, even those that no text has.
+TEST_F(Book, ChangeKeepsTheOtherFields) {
+  lines = {{1, "\"5\",129,\"D83D0041\""}, {2, "\"1\"2\",129,\"0041\""}};
+  open();
+  qalt::Changes changes;
+  changes.fields[PB_FIELD_NUMBER] = "+7";
+  EXPECT_TRUE(book.change(1, changes));
+  EXPECT_EQ("\"+7\",145,\"D83D0041\"", lines[1]);
+  EXPECT_EQ(Cause::kNotFound, book.change(9, changes).error().cause);
+  changes.fields[PB_FIELD_NUMBER] = "";
+  changes.fields[PB_FIELD_TEXT] = "";
+  EXPECT_EQ(Cause::kUsage, book.change(1, changes).error().cause) << "would be a deletion";
+  EXPECT_EQ(1, count("AT+CPBW"));
+}
+
+TEST_F(Book, EraseIsCheckedToo) {
+  lines = {{1, "\"5\",129,\"0041\""}};
+  open();
+  EXPECT_TRUE(book.erase(1));
+  EXPECT_TRUE(book.erase(1));
+  EXPECT_EQ(0, pauses);
+  on("AT+CPBR=1,1", information({"+CPBR: 1,\"1\",129,\"0041\""}));
+  EXPECT_EQ(Cause::kDiffers, book.erase(1).error().cause);
+  for (const std::string& empty : {kError, cme(22), cme(21), kOk}) {
+    on("AT+CPBR=1,1", empty);
+    EXPECT_TRUE(book.erase(1)) << empty;
+  }
+  EXPECT_EQ(Cause::kUsage, book.erase(251).error().cause);
+}
+
+// A modem that stays where it was, silently or not, gets no name that it would store as hex.
+TEST_F(Book, WithoutUcs2NothingIsWritten) {
+  lines = {{1, "\"5\",129,\"Ann\""}};
+  for (const bool silent : {true, false}) {
+    on("AT+CSCS?", information({silent ? "+CSCS: \"IRA\"" : "+CSCS: \"UCS2\""}));
+    on("AT+CSCS=\"UCS2\"", silent ? kOk : kError);
+    open();
+    EXPECT_EQ("Ann", book.get(1)->name);
+    EXPECT_EQ(Cause::kRefused, book.put(contact(2, "B")).error().cause);
+    EXPECT_EQ(0, count("AT+CPBW"));
+    EXPECT_TRUE(book.info().plain);
+  }
+  on("AT+CSCS=\"UCS2\"", kOk);
+  on("AT+CSCS?", information({"+CSCS: \"0055004300530032\""}));
+  EXPECT_TRUE(book.put(contact(2, "B")));
+}
+
+// One selection for a job, however many calls it has.
+TEST_F(Book, AJobSwitchesOnce) {
+  open();
+  {
+    const qalt::Phonebook::Job job(book);
+    ASSERT_TRUE(job.result());
+    EXPECT_TRUE(book.put(contact(1, "A")));
+    EXPECT_TRUE(book.put(contact(2, "B")));
+    EXPECT_EQ(0, count(kIra));
+  }
+  EXPECT_EQ(1, count("AT+CSCS=\"UCS2\""));
+  EXPECT_EQ(1, count(kIra));
+  EXPECT_EQ(1, count("AT+CPBS"));
+}
+
+// The vendors' lines: places of the fields, types of numbers, and the coding that fits.
+TEST_F(Book, VendorLines) {
+  on("AT+JCPBR=?", information({"+JCPBR: (1-250),40,30,40,40,64,30"}));
+  on("AT+JUSIM=?", information({"1"}));
+  on("AT+CPBR=?", information({"+CPBR: (1-250),40,30,40,64"}));
+  on("AT^CARDMODE=?", information({"2"}));
+  on("AT+CPBR=1", information({"1,1,0"}));
+  on("AT+CPBR=?", information({"+CPBR: (1-250),40,30,40,64"}));
+  Contact full = contact(2, "Привет, привет, привет, при", "+1");
+  full.number2 = "2";
+  full.number3 = "+3";
+  full.email = "a@b";
+  const std::string name =
+      "811B089FC0B8B2B5C22C20BFC0B8B2B5C22C20BFC0B8B2B5C22C20BFC0B8";  // 0x80 needs 110 digits
+  open();
+  EXPECT_EQ("AT+JCPBW=2,\"+1\",145,\"" + name + "\",\"2\",\"+3\",\"a@b\",\"\"",
+            book.write_line(full));
+  on("AT+JCPBR=2,2",
+     information({"+JCPBR: 2,\"+1\",\"" + name + "\",\"2\",\"+3\",\"a@b\",\"820204109FC0\""}));
+  const auto read = book.get(2);
+  ASSERT_TRUE(read) << read.error().what;
+  EXPECT_EQ(full.name, read->name);
+  EXPECT_EQ("\u042F\u0450", read->extra);
+  EXPECT_EQ(0, count("AT+CSCS")) << "vendor texts do not depend on it";
+
+  options.platform = PB_PLATFORM_4;
+  open();
+  EXPECT_EQ("AT^SCPBW=2,\"+1\",145,\"+3\",145,\"2\",129,\"2\",129,\"" + name + "\",1,\"a@b\"",
+            book.write_line(full));
+  full.extra = "x";
+  EXPECT_EQ(Cause::kUsage, book.check(full).error().cause);
+  on("AT^SCPBR=2,2", information({"^SCPBR: 2,\"1\",145,\"3\",145,\"\",0,\"9\",129,\"41\",7,\"\""}));
+  const auto scpbr = book.get(2);
+  EXPECT_EQ("+1", scpbr->number);
+  EXPECT_EQ("", scpbr->number2);
+  EXPECT_EQ("+3", scpbr->number3);
+  EXPECT_EQ("A", scpbr->name);
+  EXPECT_EQ(7, scpbr->coding);
+}
+
+}  // namespace
