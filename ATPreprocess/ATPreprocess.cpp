@@ -1,8 +1,10 @@
 // The parse of one block: find its end flag, run the handler of the flag, cut the block out.
 #include <pthread.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 
 #include "ATPreprocess/parse_state.h"
 #include "common/log.h"
@@ -47,10 +49,8 @@ bool any_null(const void* text, const void* record, char* const* block_head, con
 constexpr char kReportsToTheEnd[][7] = {"CBM:", "CMT:", "CDS:", "JCLAS:"};
 
 bool runs_to_end(const char* text) {
-  for (const char* name : kReportsToTheEnd) {
-    if (std::strstr(text, name) != nullptr) return true;
-  }
-  return false;
+  return std::any_of(std::begin(kReportsToTheEnd), std::end(kReportsToTheEnd),
+                     [text](const char* name) { return std::strstr(text, name) != nullptr; });
 }
 
 }  // namespace

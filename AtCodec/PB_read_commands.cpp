@@ -25,18 +25,21 @@ struct ReadRow {
   uint32_t (*process)(AtRes* answer, PbItemList* list);
 };
 
+void log_cpbr_answer(const char* raw) {
+  QALT_LOG_ERROR("###K47D LOG###   bufRes.aucDataBuf len=%d,buf=%s\n",
+                 static_cast<int>(std::strlen(raw)), raw);
+}
+void log_cpbr_payload(const AtRes& answer) {
+  QALT_LOG_DEBUG("###K47D LOG###   tAtRes.Paras=%s\n", answer.Paras);
+  QALT_LOG_DEBUG("###K47D LOG###   strlen(tAtRes.Paras)=%d\n",
+                 static_cast<int>(std::strlen(answer.Paras)));
+}
+
 constexpr ReadRow kCpbr = {"AT+CPBR=",
-                           [](const char* raw) {
-                             QALT_LOG_ERROR("###K47D LOG###   bufRes.aucDataBuf len=%d,buf=%s\n",
-                                            static_cast<int>(std::strlen(raw)), raw);
-                           },
+                           log_cpbr_answer,
                            [] { QALT_LOG_ERROR("###K47D LOG###   CPBR read return ERROR\n"); },
                            PB_ERR_READ_REFUSED,
-                           [](const AtRes& answer) {
-                             QALT_LOG_DEBUG("###K47D LOG###   tAtRes.Paras=%s\n", answer.Paras);
-                             QALT_LOG_DEBUG("###K47D LOG###   strlen(tAtRes.Paras)=%d\n",
-                                            static_cast<int>(std::strlen(answer.Paras)));
-                           },
+                           log_cpbr_payload,
                            false,
                            CPBR_SetATResProcess};
 constexpr ReadRow kJcpbr = {"AT+JCPBR=",

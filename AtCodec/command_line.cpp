@@ -26,7 +26,7 @@ CommandLine& CommandLine::put(const char* text) {
 
 CommandLine& CommandLine::put_number(int32_t number) {
   char digits[12];
-  const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+  const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
   append(digits, static_cast<size_t>(end - digits));
   return *this;
 }

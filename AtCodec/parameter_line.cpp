@@ -171,7 +171,7 @@ int ATCodec_TranslateToCmdPara(char* pCmdPara, const char* pFormat, ...) {
   if (pCmdPara == nullptr || pFormat == nullptr) return 0;
   va_list arguments;
   va_start(arguments, pFormat);
-  std::vsnprintf(pCmdPara, INT_MAX, pFormat, arguments);
+  static_cast<void>(std::vsnprintf(pCmdPara, INT_MAX, pFormat, arguments));
   va_end(arguments);
   return 0;
 }

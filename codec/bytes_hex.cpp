@@ -39,11 +39,11 @@ int32_t CODE_Bytes2String(const uint8_t* pBytes, char* pOut, int32_t nCount) {
 
 int32_t CODE_String2Bytes(const char* pHex, uint8_t* pOut, int32_t nCount) {
   if (refused(pHex, pOut, nCount)) return -1;
-  const int32_t bytes = nCount / 2;
-  for (int32_t i = 0; i < bytes; ++i) {
+  const size_t bytes = static_cast<size_t>(nCount) / 2;
+  for (size_t i = 0; i < bytes; ++i) {
     pOut[i] = qalt::joined(digit_value(pHex[2 * i]), digit_value(pHex[2 * i + 1]));
   }
-  return bytes;
+  return static_cast<int32_t>(bytes);
 }
 
 int32_t CODE_AscToHex(uint8_t* pOut, const char* pHex, int32_t nCount) {
@@ -63,7 +63,7 @@ int32_t CODE_StringtoHex(const uint8_t* pBytes, char* pOut, int32_t nCount) {
 
 int32_t CODE_Stringto2Bytes(const wchar_t* pText, char* pOut, int32_t nLength) {
   if (refused(pText, pOut, nLength)) return 1;
-  const auto count = static_cast<size_t>(nLength / 2 + nLength % 2);
+  const size_t count = (static_cast<size_t>(nLength) + 1) / 2;
   write_characters(pOut + std::strlen(pOut), pText, count);
   return 1;
 }

@@ -30,7 +30,8 @@ void read_date(const char* digits, size_t length, QaltTime* time) {
   }
   spaced[position] = '\0';
   int parts[6] = {};
-  // What cannot be read leaves its part and the following at 0.
+  // What cannot be read leaves its part and the following at 0; two characters cannot overflow.
+  // NOLINTNEXTLINE(cert-err34-c)
   static_cast<void>(std::sscanf(spaced, "%d %d %d %d %d %d", &parts[0], &parts[1], &parts[2],
                                 &parts[3], &parts[4], &parts[5]));
   time->year = static_cast<uint16_t>(parts[0] + 2000);

@@ -1,4 +1,5 @@
 // UCS2 bytes and 8-bit text to wide text, and wide text to UCS2 bytes.
+#include <algorithm>
 #include <cstdlib>
 #include <cwchar>
 
@@ -6,7 +7,7 @@
 
 namespace {
 
-constexpr int32_t kMaxDecoded = 255;  // characters of one CODE_DecodeUcs2
+constexpr size_t kMaxDecoded = 255;  // characters of one CODE_DecodeUcs2
 
 bool refused(const void* in, const void* out, int32_t count) {
   return in == nullptr || out == nullptr || count < 0;
@@ -16,15 +17,15 @@ bool refused(const void* in, const void* out, int32_t count) {
 
 int32_t CODE_DecodeUcs2(const uint8_t* pBytes, wchar_t* pOut, int32_t nCount) {
   if (refused(pBytes, pOut, nCount)) return -1;
-  const int32_t limit = nCount / 2 < kMaxDecoded ? nCount / 2 : kMaxDecoded;
-  int32_t count = 0;
+  const size_t limit = std::min(static_cast<size_t>(nCount) / 2, kMaxDecoded);
+  size_t count = 0;
   for (; count < limit; ++count) {
     const wchar_t character = pBytes[2 * count] << 8 | pBytes[2 * count + 1];
     if (character == 0) break;
     pOut[count] = character;
   }
   pOut[count] = 0;
-  return count;
+  return static_cast<int32_t>(count);
 }
 
 int32_t CODE_EncodeUcs2(const wchar_t* pText, uint8_t* pOut, int32_t nCount) {

@@ -125,7 +125,7 @@ class Receiver : public testing::Test {
     pthread_attr_t usual, huge;
     pthread_getattr_default_np(&usual);
     pthread_attr_init(&huge);
-    pthread_attr_setstacksize(&huge, SIZE_MAX / 2 & ~size_t{0xFFFF});
+    pthread_attr_setstacksize(&huge, SIZE_MAX / 8 * 7 & ~size_t{0xFFFF});
     pthread_setattr_default_np(&huge);
     action();
     pthread_setattr_default_np(&usual);

@@ -1,0 +1,77 @@
+// Contacts in files of any bytes: what a reader takes, it gives back when it is written and read
+// again; what it does not take, it names with its line.
+#include <string>
+
+#include "cli/contact_file.h"
+#include "fuzz/property.h"
+
+namespace {
+
+using qalt::Contact;
+using qalt::cli::FileContents;
+using qalt::cli::Format;
+
+// As they would be exported: every contact has its place.
+std::vector<Contact> contacts_of(const FileContents& contents) {
+  std::vector<Contact> contacts;
+  for (const auto& record : contents.records) {
+    contacts.push_back(record.contact);
+    if (contacts.back().index == qalt::kNoIndex) contacts.back().index = 1;
+  }
+  return contacts;
+}
+
+void check_lines(const FileContents& contents, const std::string& text) {
+  const auto lines = 1 + std::count(text.begin(), text.end(), '\n');
+  int last = 0;
+  for (const auto& record : contents.records) {
+    FUZZ_CHECK(record.line > last && record.line <= lines);
+    last = record.line;
+  }
+  for (const auto& problem : contents.problems) {
+    FUZZ_CHECK(problem.line >= 0 && problem.line <= lines && !problem.what.empty());
+  }
+}
+
+bool same(const std::vector<Contact>& a, const std::vector<Contact>& b, bool with_places) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](const Contact& x, const Contact& y) {
+                      return qalt::same_fields(x, y) &&
+                             (!with_places || (x.index == y.index && x.coding == y.coding));
+                    });
+}
+
+bool is_printable(const std::vector<Contact>& contacts) {
+  return std::all_of(contacts.begin(), contacts.end(), [](const Contact& contact) {
+    return std::all_of(qalt::kFields.begin(), qalt::kFields.end(), [&](const auto& field) {
+      const std::string& text = contact.*field.member;
+      return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7F; });
+    });
+  });
+}
+
+void check_file(Format format, const std::string& text) {
+  const FileContents contents = read_contacts(format, text);
+  check_lines(contents, text);
+  if (!contents.problems.empty()) return;
+  const std::vector<Contact> contacts = contacts_of(contents);
+  // Written once, the form stands: another reading and writing changes nothing. Bytes that are no
+  // text are refused later, where a contact is checked.
+  const std::string written = write_contacts(format, contacts);
+  const FileContents again = read_contacts(format, written);
+  FUZZ_CHECK(write_contacts(format, contacts_of(again)) == written || !again.problems.empty() ||
+             !is_printable(contacts));
+  if (format == Format::kJsonLines) {
+    FUZZ_CHECK(again.problems.empty() && same(contacts_of(again), contacts, true));
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
+  fuzz::Input input(bytes, size);
+  constexpr Format kFormats[] = {Format::kJsonLines, Format::kVcard, Format::kCsv};
+  const Format format = kFormats[input.byte() % 3];
+  check_file(format, input.rest());
+  return 0;
+}

@@ -1,0 +1,24 @@
+#!/bin/sh
+# What takes too long for every change: all texts up to LENGTH words, and more runs of the threaded
+# and fault tests, where what goes wrong goes wrong rarely.
+set -eu
+cd "$(dirname "$0")/.."
+
+build=build/long
+length=${LENGTH:-7}
+repeat=${REPEAT:-100}
+
+cmake -S . -B "$build" -DQALT_WERROR=ON -DQALT_BUILD_PROGRAMS=OFF >/dev/null
+cmake --build "$build" -j "$(nproc)" -- --no-print-directory -s
+
+echo "== all texts of up to $length characters or words, all code points, all pairs of codes"
+QALT_EXHAUSTIVE_LENGTH=$length "$build/tests/exhaustive/exhaustive_test" --gtest_brief=1
+
+repeated() {  # program, test name prefix
+  echo "== $1, $repeat times"
+  "$build/tests/$1" --gtest_brief=1 --gtest_repeat="$repeat" --gtest_break_on_failure |
+    grep -c 'PASSED' | sed 's/$/ runs passed/'
+}
+repeated faults/faults_test
+repeated parser/parser_threads_test
+repeated codec/codec_first_use_test

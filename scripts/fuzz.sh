@@ -1,0 +1,33 @@
+#!/bin/sh
+# Runs each fuzz target for FUZZ_SECONDS, from the kept corpus. What is found new goes to the build
+# folder; an input that breaks a property is kept there too, and ends the run.
+# usage: scripts/fuzz.sh BUILD [TARGET...]
+set -eu
+cd "$(dirname "$0")/.."
+
+build=$1
+shift
+seconds=${FUZZ_SECONDS:-60}
+
+CC=clang-14 CXX=clang++-14 cmake -S . -B "$build" -DQALT_BUILD_FUZZ=ON -DQALT_BUILD_TESTS=OFF \
+  -DQALT_BUILD_PROGRAMS=OFF -DBUILD_SHARED_LIBS=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DQALT_WERROR=ON -DQALT_SANITIZE=fuzzer-no-link,address,undefined >/dev/null
+cmake --build "$build" -j "$(nproc)" -- --no-print-directory -s
+
+[ $# -ne 0 ] || set -- $(ls fuzz/corpus)
+for target; do
+  found=$build/found/$target
+  mkdir -p "$found"
+  log=$build/$target.log
+  if ! "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
+    -max_len=16384 -print_final_stats=1 -verbosity=1 -artifact_prefix="$found." \
+    "$found" "fuzz/corpus/$target" >"$log" 2>&1; then
+    tail -n 40 "$log"
+    echo "$target: a property does not hold; the input is $found.crash-* or alike" >&2
+    exit 1
+  fi
+  runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
+  rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
+  cover=$(sed -n 's/.* cov: \([0-9]*\) .*/\1/p' "$log" | tail -n 1)
+  printf '%-15s %10s runs %7s per second %6s edges\n' "$target" "$runs" "$rate" "$cover"
+done
