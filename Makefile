@@ -2,11 +2,17 @@
 #   make         the library and the programs, in build/default
 #   make demo    the library at work against a simulated modem
 #   make check   format, tests, the tests under the sanitizers: what CI runs
+#   make check-long  more of the same: LENGTH=8 for longer texts, REPEAT=1000 for more runs
+#   make fuzz    every fuzz target for FUZZ_SECONDS=60
+#   make lint    static analysers over the library
+#   make check-target  the tests on ARM with glibc, uClibc and musl, footprint, binary interface
+#   make deb     Debian packages, installed, tried and removed
+#   make docs    the reference of the headers, as HTML
 #   make bench   the figures of docs and README
 BUILD ?= build/default
 PROFILE ?= standard
 
-.PHONY: all demo check bench format clean
+.PHONY: all demo check check-long fuzz lint check-target deb docs bench format clean
 
 all:
 	scripts/setup.sh build
@@ -22,6 +28,32 @@ demo:
 check:
 	scripts/setup.sh check
 	scripts/check.sh
+
+check-long:
+	scripts/setup.sh check
+	scripts/check_long.sh
+
+fuzz:
+	scripts/setup.sh fuzz
+	scripts/fuzz.sh build/fuzz
+
+lint:
+	scripts/setup.sh lint
+	scripts/lint.sh
+
+check-target:
+	scripts/setup.sh target
+	target/check_target.sh
+	scripts/footprint.sh --check
+	scripts/check_abi.sh
+
+deb:
+	scripts/setup.sh target
+	scripts/deb.sh --check
+
+docs:
+	scripts/setup.sh target
+	scripts/docs.sh
 
 bench:
 	scripts/setup.sh bench

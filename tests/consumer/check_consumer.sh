@@ -1,0 +1,62 @@
+#!/bin/sh
+# Installs the library into a staging folder, moves the tree, and builds clients against it.
+# usage: check_consumer.sh BUILD_FOLDER CMAKE CC CXX
+set -eu
+export LC_ALL=C
+build=$1 cmake=$2 cc=$3 cxx=$4
+project=$(realpath "$(dirname "$0")")/project
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+fail() { echo "FAILED: $1"; exit 1; }
+
+for component in library development; do
+  DESTDIR="$folder/stage" "$cmake" --install "$build" --prefix /opt/qalt --component $component
+done >/dev/null
+mv "$folder/stage/opt/qalt" "$folder/moved"
+root=$folder/moved
+description=$(find "$root" -name qalt_at.pc)
+lib=${description%/pkgconfig/*}
+
+# What the tree holds.
+version=$(sed -n 's/^Version: //p' "$description")
+[ "$(find "$root/include" -name config.h | wc -l)" -eq 1 ] || fail "headers"
+if [ -e "$lib/libqalt_at.so" ]; then
+  objdump -p "$lib/libqalt_at.so" >"$folder/dump"
+  grep -q "SONAME *libqalt_at.so.${version%%.*}$" "$folder/dump" || fail "SONAME"
+  ! grep -qE 'R(UN)?PATH' "$folder/dump" || fail "a run path"
+fi
+! grep -rlF "$build" "$root" || fail "the build folder's name in the installed tree"
+
+says() {  # program
+  [ "$(LD_LIBRARY_PATH=$lib "$1")" = "$version 416E6E61" ] || fail "$1"
+}
+needs_c_only() {
+  ! objdump -p "$1" | grep NEEDED | grep -qE 'stdc|gcc_s' || fail "$1 needs the C++ runtime"
+}
+
+# C99 by pkg-config, shared and static.
+export PKG_CONFIG_PATH="${description%/*}"
+for way in shared static; do
+  [ $way = static ] || [ -e "$lib/libqalt_at.so" ] || continue
+  [ $way = shared ] || [ -e "$lib/libqalt_at.a" ] || continue
+  option=$([ $way = static ] && echo --static || true)
+  # shellcheck disable=SC2046,SC2086
+  "$cc" -std=c99 -pedantic -Wall -Wextra -Werror $([ $way = static ] && echo -static) \
+    "$project/client.c" -o "$folder/$way" $(pkg-config $option --cflags --libs qalt_at) ||
+    fail "C, $way"
+  says "$folder/$way"
+done
+
+# C and C++ by find_package.
+"$cmake" -S "$project" -B "$folder/project" -DCMAKE_PREFIX_PATH="$root" -DCMAKE_C_COMPILER="$cc" \
+  -DCMAKE_CXX_COMPILER="$cxx" >"$folder/log" 2>&1 &&
+  "$cmake" --build "$folder/project" >>"$folder/log" 2>&1 || { cat "$folder/log"; fail "project"; }
+for program in "$folder"/project/client_*; do
+  says "$program"
+  case $program in */client_c*) needs_c_only "$program" ;; esac
+done
+ls "$folder"/project/client_* >/dev/null || fail "no client was built"
+
+# Another major version is another library.
+! "$cmake" -S "$project" -B "$folder/other" -DCMAKE_PREFIX_PATH="$root" \
+  -DWANTED="$((${version%%.*} + 1)).0" >/dev/null 2>&1 || fail "a wrong version was accepted"
