@@ -1,5 +1,5 @@
-// Contacts in files of any bytes: what a reader takes, it gives back when it is written and read
-// again; what it does not take, it names with its line.
+// Contacts in files of any bytes: what a reader takes and a phonebook could hold comes back when it
+// is written and read again; what a reader does not take, it names with its line.
 #include <string>
 
 #include "cli/contact_file.h"
@@ -33,20 +33,18 @@ void check_lines(const FileContents& contents, const std::string& text) {
   }
 }
 
-bool same(const std::vector<Contact>& a, const std::vector<Contact>& b, bool with_places) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&](const Contact& x, const Contact& y) {
-                      return qalt::same_fields(x, y) &&
-                             (!with_places || (x.index == y.index && x.coding == y.coding));
-                    });
+bool same(const std::vector<Contact>& a, const std::vector<Contact>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Contact& x, const Contact& y) {
+    return qalt::same_fields(x, y) && x.index == y.index && x.coding == y.coding;
+  });
 }
 
-bool is_printable(const std::vector<Contact>& contacts) {
-  return std::all_of(contacts.begin(), contacts.end(), [](const Contact& contact) {
-    return std::all_of(qalt::kFields.begin(), qalt::kFields.end(), [&](const auto& field) {
-      const std::string& text = contact.*field.member;
-      return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7F; });
-    });
+// Whether a phonebook could hold all of these, so that a file of them is one that was exported.
+bool storable(const std::vector<Contact>& contacts) {
+  qalt::Info info;
+  info.family = qalt::Family::kJcpbr;
+  return std::all_of(contacts.begin(), contacts.end(), [&](const Contact& contact) {
+    return qalt::detail::check_contact(info, contact).empty();
   });
 }
 
@@ -55,15 +53,14 @@ void check_file(Format format, const std::string& text) {
   check_lines(contents, text);
   if (!contents.problems.empty()) return;
   const std::vector<Contact> contacts = contacts_of(contents);
-  // Written once, the form stands: another reading and writing changes nothing. Bytes that are no
-  // text are refused later, where a contact is checked.
+  if (!storable(contacts)) return;
   const std::string written = write_contacts(format, contacts);
-  const FileContents again = read_contacts(format, written);
-  FUZZ_CHECK(write_contacts(format, contacts_of(again)) == written || !again.problems.empty() ||
-             !is_printable(contacts));
-  if (format == Format::kJsonLines) {
-    FUZZ_CHECK(again.problems.empty() && same(contacts_of(again), contacts, true));
-  }
+  const FileContents read = read_contacts(format, written);
+  const std::vector<Contact> again = contacts_of(read);
+  FUZZ_CHECK(read.problems.empty());
+  FUZZ_CHECK(write_contacts(format, again) == written);
+  // A vCard knows neither places nor which of the numbers are empty.
+  if (format != Format::kVcard) FUZZ_CHECK(same(again, contacts));
 }
 
 }  // namespace

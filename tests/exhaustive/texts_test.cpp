@@ -77,7 +77,7 @@ TEST(AllTexts, OfCharactersThroughTheParser) {
 
 TEST(AllTexts, OfWordsThroughTheParser) {
   for_all_texts("the parser, of words",
-                {"\r\n", "\"", "+A: ", "+AB: ", "x", "OK\r\n", "+CME ERROR: ", "+CMT: ", ","},
+                {"\r\n", "\"", "+A: ", "+AB: ", "x", "\r\nOK\r\n", "+CME ERROR: ", "+CMT: ", ","},
                 check_parser);
 }
 

@@ -13,7 +13,8 @@
 
 #include "road.h"
 
-int g_sleeps, g_errors_logged, g_accepts_left = -1;
+int g_sleeps, g_errors_logged;
+__thread int g_accepts_left = -1;
 
 static char g_folder[] = "/tmp/qalt-target-XXXXXX";
 static enum ModemKind g_kind;

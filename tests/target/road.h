@@ -33,8 +33,8 @@ const char* modem_last_line(void);                     /* the command it got las
 int modem_deliver(const char* path, const char* text); /* sends one report frame; 1 when sent */
 const char* modem_private_path(const char* name);      /* a path in the program's own folder */
 
-extern int g_sleeps;        /* seconds that the library wanted to sleep */
-extern int g_errors_logged; /* lines at priority 3 */
-extern int g_accepts_left;  /* accepts that still succeed; negative: all */
+extern int g_sleeps;                /* seconds that the library wanted to sleep */
+extern int g_errors_logged;         /* lines at priority 3 */
+extern __thread int g_accepts_left; /* accepts of this thread that still succeed; negative: all */
 
 #endif

@@ -138,13 +138,13 @@ static void send_one_report(void) {
   set_callback();
   strcpy(path, modem_private_path("own"));
   unlink(path);
-  g_accepts_left = 1; /* the second fails, which ends the receiver */
   if (pthread_create(&g_sender, NULL, send_report, path) != 0) abort();
 }
 ROAD_AFTER(send_one_report, receive_thread) {
   static char path[64];
   void* result;
   strcpy(path, modem_private_path("own"));
+  g_accepts_left = 1; /* the second fails, which ends the receiver */
   result = receive_thread(path);
   g_accepts_left = -1;
   pthread_join(g_sender, NULL);

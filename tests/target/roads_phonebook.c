@@ -185,9 +185,10 @@ ROAD_AFTER(as_standard, _WriteStdContact) {
   return _WriteStdContact(g_item, 6) == PB_OK;
 }
 ROAD_AFTER(as_vendor, _WriteQaltExtendContact) {
+  const int before = g_errors_logged;
   strcpy(g_item.number, "12");
-  memset(g_item.extraText, '7', 64);
-  if (_WriteQaltExtendContact(g_item, 6) != PB_ERR_PARAM) return 0; /* the record takes 63 */
+  memset(g_item.extraText, '7', 64); /* the record takes 63 */
+  if (_WriteQaltExtendContact(g_item, 6) != PB_ERR_PARAM || g_errors_logged == before) return 0;
   g_item.extraText[60] = '\0';
   return _WriteQaltExtendContact(g_item, 6) == PB_OK;
 }
