@@ -113,7 +113,7 @@ std::optional<StreamEvent> StreamReader::take_line(std::string_view line) {
     if (content.empty()) {
       // The data never came; the empty line belongs to whatever follows.
       if (expecting_) append_blank(line);
-      return report;
+      return checked(std::move(report), false);
     }
     report.text.append(content).append("\r\n");
     return checked(std::move(report), cut);
