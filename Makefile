@@ -8,7 +8,7 @@
 #   make check-target  the tests on ARM with glibc, uClibc and musl, footprint, binary interface
 #   make deb     Debian packages, installed, tried and removed
 #   make docs    the reference of the headers, as HTML
-#   make bench   the figures of docs and README
+#   make bench   times, stack marks and sizes
 BUILD ?= build/default
 PROFILE ?= standard
 
@@ -59,7 +59,8 @@ docs:
 
 bench:
 	scripts/setup.sh bench
-	cmake -S . -B build/bench -DQALT_BUILD_BENCH=ON -DQALT_BUILD_TESTS=OFF >/dev/null
+	cmake -S . -B build/bench -DQALT_BUILD_BENCH=ON -DQALT_BUILD_TESTS=OFF \
+	  -DQALT_BUILD_PROGRAMS=OFF >/dev/null
 	cmake --build build/bench -j $$(nproc) -- --no-print-directory
 	scripts/bench.sh build/bench
 

@@ -6,7 +6,8 @@ build=$1
 # Medians of interleaved repetitions, both sides in one run.
 run() {
   "$build/bench/$1" --benchmark_repetitions=25 --benchmark_min_time=0.05 \
-    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true --benchmark_format=csv 2>/dev/null | grep _median
+    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
+    --benchmark_format=csv 2>/dev/null | grep _median
 }
 
 echo "one exchange, ns: ClientSendCmd and the bare system calls"

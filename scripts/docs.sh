@@ -1,5 +1,5 @@
 #!/bin/sh
-# The reference of the public headers as HTML, in build/docs/html, and the manual page's check. A
+# The reference of the public headers as HTML, in build/docs/html, and the manual pages' check. A
 # warning is an error, and so is a public function without a comment.
 set -eu
 cd "$(dirname "$0")/.."
@@ -17,7 +17,7 @@ for header in include/qalt_at/*.h; do
     "$header" || failed=1
 done
 
-mandoc -T lint man/qalt_at.3 2>&1 | grep -vE 'manual not found|mandoc\.db' && failed=1
+mandoc -T lint man/*.[138] 2>&1 | grep -vE 'manual not found|mandoc\.db' && failed=1
 # Its example compiles.
 sed -n '/^\.Bd/,/^\.Ed/p' man/qalt_at.3 | grep -v '^\.' | sed 's/\\e/\\/g' >$folder/example.c
 cc -std=c99 -pedantic -Wall -Wextra -Werror -Iinclude -fsyntax-only $folder/example.c || failed=1
