@@ -47,6 +47,5 @@ endif()
 configure_file(cmake/qalt_at.pc.in qalt_at.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qalt_at.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
   COMPONENT development)
-if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/man/qalt_at.3)
-  install(FILES man/qalt_at.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
-endif()
+install(FILES man/qalt_at.3 man/qalt_at_phonebook.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3
+  COMPONENT development)

@@ -18,9 +18,15 @@ for header in include/qalt_at/*.h; do
 done
 
 mandoc -T lint man/*.[138] 2>&1 | grep -vE 'manual not found|mandoc\.db' && failed=1
-# Its example compiles.
-sed -n '/^\.Bd/,/^\.Ed/p' man/qalt_at.3 | grep -v '^\.' | sed 's/\\e/\\/g' >$folder/example.c
+# Their examples compile.
+example() {  # manual page
+  sed -n '/^\.Sh EXAMPLES/,$p' "$1" | sed -n '/^\.Bd/,/^\.Ed/p' | grep -v '^\.' | sed 's/\\e/\\/g'
+}
+example man/qalt_at.3 >$folder/example.c
 cc -std=c99 -pedantic -Wall -Wextra -Werror -Iinclude -fsyntax-only $folder/example.c || failed=1
+example man/qalt_at_phonebook.3 >$folder/example.cpp
+c++ -std=c++17 -pedantic -Wall -Wextra -Werror -fno-exceptions -fno-rtti -Iinclude -fsyntax-only \
+  $folder/example.cpp || failed=1
 # The manual page names every function and datum that a client calls first: those with a QL_ name.
 for name in $(sed -n 's/^ *\(QL_[A-Za-z0-9]*\|Client[A-Za-z]*\|SetClient[A-Za-z]*\|QALT_AT_Version\);$/\1/p' \
     cmake/libqalt_at.map); do

@@ -12,7 +12,7 @@
  *
  * Conventions of this header:
  *  1. Results. Every call gives a Result: a value, or an Error with its class (Cause), what
- * happened and what to do. Nothing is thrown.
+ *     happened and what to do. Nothing is thrown.
  *  2. No contact is lost. add() reads the whole phonebook first and takes an index only that it has
  *     seen empty. Every write and delete is read back and compared. A text that does not fit is
  *     refused with the length it may have; no text is cut.
