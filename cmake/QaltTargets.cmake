@@ -1,5 +1,27 @@
 # How the project's targets are compiled and linked; one function per kind of target.
 
+# A C library without support for the stack protector, as uClibc is often built, has no such symbols.
+include(CheckCXXSourceCompiles)
+set(CMAKE_REQUIRED_FLAGS -fstack-protector-strong)
+check_cxx_source_compiles("int main() { volatile char a[64]; return a[0] = 0; }" QALT_STACK_PROTECTOR)
+unset(CMAKE_REQUIRED_FLAGS)
+
+# Release builds stop at an overrun that nobody foresaw. The sanitizers find more, and know only the
+# plain functions; a toolchain that brings a level of its own keeps it.
+function(qalt_harden target)
+  if(QALT_SANITIZE)
+    return()
+  endif()
+  set(release $<CONFIG:Release,RelWithDebInfo>)
+  if(QALT_STACK_PROTECTOR)
+    target_compile_options(${target} PRIVATE $<${release}:-fstack-protector-strong>)
+  endif()
+  if(NOT "${CMAKE_C_FLAGS} ${CMAKE_CXX_FLAGS}" MATCHES "_FORTIFY_SOURCE|-O0")
+    target_compile_definitions(${target} PRIVATE $<${release}:_FORTIFY_SOURCE=2>)
+  endif()
+  target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now)
+endfunction()
+
 # Warnings and sanitizers, for every target.
 function(qalt_configure_common target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow -Wformat=2)
@@ -17,6 +39,7 @@ endfunction()
 # It is linked by the C driver, so that anything that would need libstdc++ fails to link.
 function(qalt_configure_library target)
   qalt_configure_common(${target})
+  qalt_harden(${target})
   target_include_directories(${target}
     PUBLIC
       $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
@@ -38,7 +61,7 @@ function(qalt_configure_library target)
     target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,--as-needed)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
     if(NOT QALT_SANITIZE)
-      target_link_options(${target} PRIVATE -static-libgcc -Wl,-z,defs -Wl,-z,relro,-z,now)
+      target_link_options(${target} PRIVATE -static-libgcc -Wl,-z,defs)
     endif()
   endif()
 endfunction()
@@ -46,6 +69,7 @@ endfunction()
 # A program of this project; a client of the library like any other.
 function(qalt_configure_program target)
   qalt_configure_common(${target})
+  qalt_harden(${target})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
 endfunction()
 

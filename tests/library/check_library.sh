@@ -1,5 +1,5 @@
 #!/bin/sh
-# usage: check_library.sh LIBRARY SOURCE_FOLDER CC CXX
+# usage: check_library.sh LIBRARY SOURCE_FOLDER CC CXX BUILD_TYPE
 set -eu
 export LC_ALL=C
 library=$1 source=$2 cc=$3 cxx=$4
@@ -29,6 +29,14 @@ heap=$(nm -D --undefined-only "$library" | awk '{print $NF}' | sed 's/@.*//' |
 unbounded=$(nm -D --undefined-only "$library" | awk '{print $NF}' | sed 's/@.*//' |
   grep -xE '(strcpy|strcat|sprintf|vsprintf|gets)(_chk)?|__(strcpy|strcat|sprintf|vsprintf)_chk' || true)
 [ -z "$unbounded" ] || fail "unbounded: $unbounded"
+
+# Nothing to overwrite once it is loaded; in a release build, guarded stacks and checked calls.
+readelf -lW "$library" | grep -q GNU_RELRO && readelf -dW "$library" | grep -q BIND_NOW ||
+  fail "not full RELRO"
+if [ "$5" = Release ]; then
+  nm -D --undefined-only "$library" | grep -q __stack_chk_fail || fail "no stack protector"
+  nm -D --undefined-only "$library" | grep -q '__.*_chk@' || fail "no checked calls"
+fi
 
 # The budget of the text section, as size counts it.
 text=$(size "$library" | awk 'NR == 2 {print $1}')
