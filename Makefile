@@ -1,10 +1,11 @@
 # The goals a person uses; CMake does the building.
 #   make         the library and the programs, in build/default
 #   make demo    the library at work against a simulated modem
-#   make check   format, tests, the tests under the sanitizers: what CI runs
+#   make check   everything that a change must pass: what CI runs
 #   make check-long  more of the same: LENGTH=8 for longer texts, REPEAT=1000 for more runs
 #   make fuzz    every fuzz target for FUZZ_SECONDS=60
 #   make lint    static analysers over the library
+#   make coverage  which lines and branches of the library the tests reach
 #   make check-target  the tests on ARM with glibc, uClibc and musl, footprint, binary interface
 #   make deb     Debian packages, installed, tried and removed
 #   make docs    the reference of the headers, as HTML
@@ -12,7 +13,7 @@
 BUILD ?= build/default
 PROFILE ?= standard
 
-.PHONY: all demo check check-long fuzz lint check-target deb docs bench format clean
+.PHONY: all demo check check-long fuzz lint coverage check-target deb docs bench format clean
 
 all:
 	scripts/setup.sh build
@@ -32,7 +33,7 @@ check:
 	scripts/check.sh
 
 check-long:
-	scripts/setup.sh check
+	scripts/setup.sh tests
 	scripts/check_long.sh
 
 fuzz:
@@ -42,6 +43,10 @@ fuzz:
 lint:
 	scripts/setup.sh lint
 	scripts/lint.sh
+
+coverage:
+	scripts/setup.sh coverage
+	scripts/coverage.sh
 
 check-target:
 	scripts/setup.sh target

@@ -1,24 +1,28 @@
 #!/bin/sh
 # Installs the Debian packages that a goal needs, and only those that are missing.
-# usage: scripts/setup.sh build|check|bench|target|fuzz|lint
+# usage: scripts/setup.sh build|tests|check|bench|target|fuzz|lint|coverage
 set -eu
 
 build="g++ gcc make cmake libasio-dev libcli11-dev nlohmann-json3-dev"
-check="$build git gammu libgtest-dev clang-format-14 binutils pkg-config"
-bench="$build libbenchmark-dev"
-target="$check g++-arm-linux-gnueabi qemu-user uclibc-source musl-tools googletest abigail-tools clang-14
-  pkg-config dpkg-dev doxygen mandoc"
-fuzz="g++ make cmake clang-14 libclang-rt-14-dev"
+tests="$build gammu libgtest-dev clang-format-14 binutils pkg-config"
 lint="g++ make cmake clang-14 clang-tidy-14 cppcheck"
+target="$tests g++-arm-linux-gnueabi qemu-user uclibc-source musl-tools googletest abigail-tools clang-14
+  pkg-config dpkg-dev doxygen mandoc"
+check="$target $lint"
+bench="$build libbenchmark-dev"
+fuzz="g++ make cmake clang-14 libclang-rt-14-dev"
+coverage="$tests gcovr"
 
 case "${1:-}" in
   build) wanted=$build ;;
+  tests) wanted=$tests ;;
   check) wanted=$check ;;
   bench) wanted=$bench ;;
   target) wanted=$target ;;
   fuzz) wanted=$fuzz ;;
   lint) wanted=$lint ;;
-  *) echo "usage: $0 build|check|bench|target|fuzz|lint" >&2; exit 2 ;;
+  coverage) wanted=$coverage ;;
+  *) echo "usage: $0 build|tests|check|bench|target|fuzz|lint|coverage" >&2; exit 2 ;;
 esac
 
 missing=

@@ -1,0 +1,23 @@
+#!/bin/sh
+# Lines and branches of the library that the tests reach. The pages in build/coverage/ show each; what
+# is not reached is listed on standard output. Calls that return by an exception there are none.
+set -eu
+cd "$(dirname "$0")/.."
+
+build=build/coverage
+flags="--coverage -O0 -fno-inline"
+cmake -S . -B $build -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" \
+  -DQALT_BUILD_PROGRAMS=OFF >/dev/null
+cmake --build $build -j "$(nproc)" -- --no-print-directory >$build/log 2>&1 ||
+  { tail -n 40 $build/log; exit 1; }
+find $build -name '*.gcda' -delete
+ctest --test-dir $build -j "$(nproc)" --output-on-failure --no-tests=error >$build/tests.log ||
+  { tail -n 60 $build/tests.log; exit 1; }
+
+report() {
+  gcovr --root . --object-directory $build/CMakeFiles/qalt_at.dir --exclude-throw-branches \
+    --filter 'ATPreprocess/|AtCodec/|codec/|common/|link/|pb/' "$@"
+}
+report --html-details $build/index.html
+report --txt --branches
+report --print-summary --output /dev/null
