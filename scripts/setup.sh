@@ -4,12 +4,12 @@
 set -eu
 
 build="g++ gcc make cmake libasio-dev libcli11-dev nlohmann-json3-dev"
-tests="$build gammu libgtest-dev clang-format-14 binutils pkg-config"
+tests="$build git gammu libgtest-dev clang-format-14 binutils pkg-config"
 lint="g++ make cmake clang-14 clang-tidy-14 cppcheck"
 target="$tests g++-arm-linux-gnueabi qemu-user uclibc-source musl-tools googletest abigail-tools clang-14
   pkg-config dpkg-dev doxygen mandoc"
 check="$target $lint"
-bench="$build libbenchmark-dev"
+bench="$build gammu libbenchmark-dev pkg-config libgammu-dev libosmocore-dev"
 fuzz="g++ make cmake clang-14 libclang-rt-14-dev"
 coverage="$tests gcovr"
 
