@@ -1,4 +1,5 @@
 // Bytes and wide characters to hexadecimal digits, and digits to bytes.
+#include <array>
 #include <cstring>
 #include <cwchar>
 
@@ -21,11 +22,18 @@ void write_characters(char* out, const wchar_t* text, size_t count) {
   *out = '\0';
 }
 
-// The value of a digit of either case.
+// The value of a digit of either case, by its character: in a hex text digits and letters follow
+// each other without a rule, and the branches between them would be missed.
+constexpr auto kDigitValues = [] {
+  std::array<uint8_t, 256> values{};
+  for (uint32_t c = 0; c < values.size(); ++c) values[c] = static_cast<uint8_t>(c - 0x37);
+  for (uint8_t i = 0; i < 10; ++i) values['0' + i] = i;
+  for (uint8_t i = 0; i < 6; ++i) values['a' + i] = static_cast<uint8_t>(10 + i);
+  return values;
+}();
+
 uint32_t digit_value(char digit) {
-  const auto c = static_cast<uint8_t>(digit);
-  if (c >= '0' && c <= '9') return c - uint32_t{'0'};
-  return c >= 'a' && c <= 'f' ? c - uint32_t{'a'} + 10 : c - 0x37U;
+  return kDigitValues[static_cast<uint8_t>(digit)];
 }
 
 }  // namespace
@@ -48,9 +56,10 @@ int32_t CODE_String2Bytes(const char* pHex, uint8_t* pOut, int32_t nCount) {
 
 int32_t CODE_AscToHex(uint8_t* pOut, const char* pHex, int32_t nCount) {
   if (refused(pHex, pOut, nCount)) return 1;
-  for (int32_t i = 0; i < nCount; ++i) {
-    const uint32_t value = qalt::upper_digit_value(pHex[i]);
-    pOut[i / 2] |= static_cast<uint8_t>(i % 2 == 0 ? value << 4 : value);
+  const size_t digits = static_cast<size_t>(nCount);
+  for (size_t i = 0; i < digits / 2; ++i) pOut[i] |= qalt::upper_byte(pHex + 2 * i);
+  if (digits % 2 != 0) {
+    pOut[digits / 2] |= qalt::joined(qalt::upper_digit_value(pHex[digits - 1]), 0);
   }
   return 1;
 }

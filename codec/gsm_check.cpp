@@ -2,12 +2,11 @@
 #include <cwchar>
 #include <iterator>
 
+#include "codec/language_tables.h"
 #include "codec/table_access.h"
 #include "qalt_at/text.h"
 
 namespace {
-
-constexpr uint32_t kEuro = 0x20AC;  // has an escape code in every language
 
 // The extension of the check. It is the default one for Spanish too, on purpose: a text is called
 // Spanish only for what the Spanish alphabet adds.
@@ -26,7 +25,7 @@ Extension check_extension(int32_t language) {
 bool accepts(const wchar_t* text, int32_t index, int32_t language, const CodecTable* table,
              const Extension& extension) {
   const uint32_t character = qalt::code_point(text[index]);
-  if (qalt::has_direct_code(table->pUcs2ToGsm7AlphabetAsc, character) || character == kEuro) {
+  if (qalt::has_direct_code(table->pUcs2ToGsm7AlphabetAsc, character) || character == qalt::kEuro) {
     return true;
   }
   if (character < qalt::kFirstPairPoint) {

@@ -31,6 +31,9 @@ inline uint32_t upper_digit_value(char digit) {
 inline uint8_t joined(uint32_t high, uint32_t low) {
   return static_cast<uint8_t>(high << 4 | low);
 }
+inline uint8_t upper_byte(const char* digits) {
+  return joined(upper_digit_value(digits[0]), upper_digit_value(digits[1]));
+}
 
 }  // namespace qalt
 

@@ -59,9 +59,7 @@ bool decode_hex_text(const char* hex, wchar_t* out, size_t size, int32_t languag
   if (digits > 2 * kMaxBytes) return false;
   const size_t length = digits / 2;
   uint8_t bytes[kMaxBytes];
-  for (size_t i = 0; i < length; ++i) {
-    bytes[i] = joined(upper_digit_value(hex[2 * i]), upper_digit_value(hex[2 * i + 1]));
-  }
+  for (size_t i = 0; i < length; ++i) bytes[i] = upper_byte(hex + 2 * i);
   return coding_of(hex) == TEXT_CODING_GSM7 ? decode_gsm(bytes, length, out, size, language)
                                             : decode_identifier(bytes, length, out, size);
 }

@@ -88,7 +88,7 @@ const CodecTable* CODE_GetCodecTable(int32_t language) {
 }
 
 uint32_t CODE_GetAlphabetTableValue(const uint16_t* pTable, uint32_t nCode, uint32_t nSize) {
-  return pTable == nullptr ? nCode : qalt::indexed_value(pTable, nCode, nSize);
+  return pTable == nullptr || nCode >= nSize ? nCode : pTable[nCode];
 }
 
 int32_t CODE_GetCodecTableValue(const CodecPair* pTable, int32_t nMode, uint32_t nItem,

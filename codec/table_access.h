@@ -1,4 +1,4 @@
-// table_access.h - the look-ups that the conversions make in their inner loops.
+// table_access.h - the look-ups that the encoder, the check and their steps share.
 #ifndef QALT_CODEC_TABLE_ACCESS_H_
 #define QALT_CODEC_TABLE_ACCESS_H_
 
@@ -11,10 +11,6 @@ namespace qalt {
 // wchar_t is signed on some platforms: a negative value becomes a code point that no table has.
 inline uint32_t code_point(wchar_t character) {
   return static_cast<uint32_t>(character);
-}
-
-inline uint32_t indexed_value(const uint16_t* table, uint32_t code, uint32_t size) {
-  return code < size ? table[code] : code;
 }
 
 // The pair with this key among pairs [start, count), or null.

@@ -1,4 +1,5 @@
 // The tables of the default language (3GPP TS 23.038, 6.2.1).
+#include "codec/language_tables.h"
 #include "codec/standard_alphabet.h"
 
 namespace {
@@ -22,6 +23,9 @@ constexpr auto kExtensionPairs =
     qalt::inverse<10>(qalt::kStandardExtension, [](const CodecPair&) { return true; });
 
 }  // namespace
+
+constinit const qalt::EncodeMap qalt::kDefaultEncodeMap =
+    qalt::encode_map(kDirect, kWide, kExtensionPairs);
 
 constinit const uint16_t GsmToUcs2_DefaultAlphabet[128] = {QALT_128(kDecodeAlphabet, 0)};
 constinit const uint16_t GsmToUcs2_ExtendAlphabet[128] = {QALT_128(kExtension, 0)};

@@ -1,5 +1,5 @@
 // The tables of the Portuguese language (3GPP TS 23.038, A.2.3 and A.3.3).
-#include "codec/table_builder.h"
+#include "codec/language_tables.h"
 
 namespace {
 
@@ -61,6 +61,9 @@ constexpr auto kWideExtensionPairs = qalt::inverse<8>(
     kSingleShift, [](const CodecPair& cell) { return cell.value >= qalt::kFirstPairPoint; });
 
 }  // namespace
+
+constinit const qalt::EncodeMap qalt::kPortugueseEncodeMap =
+    qalt::encode_map(kDirect, kWide, kExtensionPairs, kWideExtensionPairs);
 
 constinit const uint16_t Portuguese_Gsm7_To_Ucs2_Alphabet[128] = {QALT_128(kAlphabet, 0)};
 constinit const uint16_t Portuguese_Gsm7_To_Ucs2_Extend[128] = {QALT_128(kExtension, 0)};

@@ -1,5 +1,6 @@
 // The tables of the Spanish language (3GPP TS 23.038, A.2.2). The standard defines no Spanish
 // locking shift table: the alphabet is the default one.
+#include "codec/language_tables.h"
 #include "codec/standard_alphabet.h"
 
 namespace {
@@ -37,6 +38,10 @@ constexpr auto kExtensionPairs = [] {
 }();
 
 }  // namespace
+
+constinit const qalt::EncodeMap qalt::kSpanishEncodeMap =
+    qalt::encode_map(kDirect, kWide, kExtensionPairs);
+constinit const Alphabet qalt::kSpanishExtension = qalt::indexed(kSingleShift, qalt::kUndefined);
 
 constinit const uint16_t Spanish_Gsm7_To_Ucs2_Alphabet[128] = {QALT_128(kAlphabet, 0)};
 constinit const CodecPair Spanish_Gsm7_To_Ucs2_Extend[20] = {QALT_16(kSingleShift, 0),
