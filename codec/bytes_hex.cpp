@@ -22,16 +22,17 @@ void write_characters(char* out, const wchar_t* text, size_t count) {
   *out = '\0';
 }
 
-// The value of a digit of either case, by its character: in a hex text digits and letters follow
-// each other without a rule, and the branches between them would be missed.
-constexpr auto kDigitValues = [] {
+// The value of a digit of either case, by its character.
+constexpr std::array<uint8_t, 256> digit_values() {
   std::array<uint8_t, 256> values{};
   for (uint32_t c = 0; c < values.size(); ++c) values[c] = static_cast<uint8_t>(c - 0x37);
   for (uint8_t i = 0; i < 10; ++i) values['0' + i] = i;
   for (uint8_t i = 0; i < 6; ++i) values['a' + i] = static_cast<uint8_t>(10 + i);
   return values;
-}();
+}
+constexpr auto kDigitValues = digit_values();
 
+// By look-up: digits and letters of a hex text follow no rule that a branch could foresee.
 uint32_t digit_value(char digit) {
   return kDigitValues[static_cast<uint8_t>(digit)];
 }
