@@ -2,7 +2,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "common/quoted_search.h"
+#include "AtCodec/pieces.h"
 #include "common/text.h"
 #include "qalt_at/parameters.h"
 
@@ -11,22 +11,7 @@ static_assert(offsetof(ParasList, Para) == 4);
 
 namespace {
 
-constexpr size_t kLongestPiece = ATCODEC_PARA_LEN - 1;
 constexpr size_t kLongestLines = 102400;  // characters of a text that is split into its lines
-
-// What is between the split functions: the separator, how far behind its first character the next
-// piece begins, and what is not stored.
-struct SplitRules {
-  const char* separator;
-  size_t resume;
-  bool drops_head = false;   // the piece before the first separator
-  bool skips_empty = false;  // empty pieces; the last one is never stored
-};
-
-const char* find_separator(const char* text, const char* separator) {
-  if (separator == nullptr || *separator == '\0') return nullptr;
-  return qalt::find_unquoted(text, separator);
-}
 
 // The slots of a list in order, as long as the list takes pieces.
 class Slots {
@@ -40,9 +25,8 @@ class Slots {
     std::memcpy(list_->Para[next_], piece, length);
     advance();
   }
-  void store_last(const char* piece) {
-    qalt::copy_text(list_->Para[next_], ATCODEC_PARA_LEN, piece,
-                    qalt::bounded_length(piece, ATCODEC_PARA_LEN));
+  void store_last(const char* piece, size_t length) {
+    qalt::copy_text(list_->Para[next_], ATCODEC_PARA_LEN, piece, length);
     advance();
   }
 
@@ -56,20 +40,10 @@ class Slots {
   int32_t next_ = 0;
 };
 
-void split(ParasList* list, const char* text, const SplitRules& rules) {
+void split(ParasList* list, const char* text, const qalt::SplitRules& rules) {
   if (list == nullptr || text == nullptr) return;
   Slots slots(list);
-  bool drop = rules.drops_head;
-  while (const char* separator = find_separator(text, rules.separator)) {
-    const size_t length = static_cast<size_t>(separator - text);
-    if (length != 0 || !rules.skips_empty) {
-      if (slots.full() || length > kLongestPiece) return;
-      if (!drop) slots.store_piece(text, length);
-      drop = false;
-    }
-    text = separator + rules.resume;
-  }
-  if (*text != '\0' && !slots.full()) slots.store_last(text);
+  qalt::split(text, rules, slots);
 }
 
 }  // namespace
@@ -104,8 +78,8 @@ void ATCodec_PreProc_Res_COPS5_ParaList(ParasList* pList, const char* pText) {
 void ATCodec_PreProc_Res_ParaList_Entend(const char* pText, int32_t* pCount) {
   if (pText == nullptr || pCount == nullptr) return;
   int32_t separators = 0;
-  while (const char* separator = find_separator(pText, ",")) {
-    if (static_cast<size_t>(separator - pText) > kLongestPiece) return;
+  while (const char* separator = qalt::find_separator(pText, ",")) {
+    if (static_cast<size_t>(separator - pText) > qalt::kLongestPiece) return;
     if (++separators >= ATCODEC_MAX_PARAS) return;
     pText = separator + 1;
   }
@@ -127,9 +101,10 @@ int32_t ATCodec_GetSubStrCountByToken(const char* pText, const char* pToken) {
 char* ATCodec_FindSubStrByIndex(const char* pText, char* pOut, int32_t nIndex, const char* pToken) {
   if (pText == nullptr || pOut == nullptr) return const_cast<char*>(pText);
   int32_t piece = 0;
-  while (const char* separator = find_separator(pText, pToken)) {
+  while (const char* separator = qalt::find_separator(pText, pToken)) {
     const size_t length = static_cast<size_t>(separator - pText);
-    if (nIndex >= ATCODEC_MAX_PARAS || length > kLongestPiece) return const_cast<char*>(separator);
+    if (nIndex >= ATCODEC_MAX_PARAS || length > qalt::kLongestPiece)
+      return const_cast<char*>(separator);
     if (++piece == nIndex) {
       std::memcpy(pOut, pText, length);
       return pOut;
@@ -144,6 +119,6 @@ char* ATCodec_FindSubStrByIndex(const char* pText, char* pOut, int32_t nIndex, c
 
 unsigned char* ATCodec_Find_Sub_Str(const unsigned char* pText, const char* pToken) {
   if (pText == nullptr) return nullptr;
-  const char* found = find_separator(reinterpret_cast<const char*>(pText), pToken);
+  const char* found = qalt::find_separator(reinterpret_cast<const char*>(pText), pToken);
   return reinterpret_cast<unsigned char*>(const_cast<char*>(found));
 }

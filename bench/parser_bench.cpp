@@ -1,4 +1,5 @@
-// Parsing and reading a +CPBR answer of 1 to 100 entries: the library against the literal version.
+// Parsing and reading a +CPBR answer of 1 to 100 entries: the library against the literal version,
+// and one pass of memchr over the text as the floor.
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
@@ -54,7 +55,18 @@ void literal_version(benchmark::State& state) {
   run<sizeof(AtRes), literal::parse>(state, literal::read_entries);
 }
 
+// What no reader can do without: looking at each byte of the answer once.
+void floor(benchmark::State& state) {
+  const std::string answer = answer_of(state.range(0));
+  for (auto _ : state) {
+    const char* text = answer.c_str();
+    benchmark::DoNotOptimize(text);
+    benchmark::DoNotOptimize(std::memchr(text, '\0', answer.size() + 1));
+  }
+}
+
 BENCHMARK(library)->Arg(1)->Arg(10)->Arg(50)->Arg(100);
 BENCHMARK(literal_version)->Arg(1)->Arg(10)->Arg(50)->Arg(100);
+BENCHMARK(floor)->Arg(1)->Arg(10)->Arg(50)->Arg(100);
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 
+#include "AtCodec/pieces.h"
 #include "AtCodec/scanner.h"
 #include "common/text.h"
 #include "pb/engine.h"
@@ -39,19 +40,39 @@ void restore(char (&... members)[kSizes]) {
   (ATCodec_Restore_String_Para(members), ...);
 }
 
-void process(const AtRes& answer, PbItemList& list, LineReader read) {
-  ParasList tParasList = {};
-  ATCodec_PreProc_Res_ParaList(&tParasList, answer.Paras);
-  tParasList.nCount = std::min<int32_t>(tParasList.nCount, PB_LIST_SIZE);
-  for (int32_t k = 0; k < tParasList.nCount; ++k) {
+// Reads each piece of a payload into the next item. The pieces pass through one line buffer: a list
+// of all of them would be 100 KB to clear and to fill.
+class Items {
+ public:
+  Items(PbItemList& list, LineReader read) : list_(list), read_(read) {}
+
+  bool full() const { return count_ == ATCODEC_MAX_PARAS; }
+  int32_t count() const { return count_; }
+
+  void store_piece(const char* piece, size_t length) {
+    char line[ATCODEC_PARA_LEN];
+    copy_text(line, sizeof line, piece, length);
+    PbItem& item = list_.items[count_++];
     bool cut = false;
-    read(tParasList.Para[k], list.items[k], &cut);
+    read_(line, item, &cut);
     if (cut) {
       QALT_LOG_ERROR("entry %d has a text longer than its record, the text is cut\n",
-                     list.items[k].storageIndex);
+                     item.storageIndex);
     }
   }
-  list.count = tParasList.nCount;
+  void store_last(const char* piece, size_t length) { store_piece(piece, length); }
+
+ private:
+  static_assert(int{ATCODEC_MAX_PARAS} <= int{PB_LIST_SIZE});
+  PbItemList& list_;
+  LineReader read_;
+  int32_t count_ = 0;
+};
+
+void process(const AtRes& answer, PbItemList& list, LineReader read) {
+  Items items(list, read);
+  split(answer.Paras, {";", 1}, items);
+  list.count = items.count();
 }
 
 // A quoted parameter without its quotes; shorter than the two of them it is empty.
