@@ -9,29 +9,10 @@
 namespace qalt::server {
 namespace {
 
-constexpr std::string_view kLetters = "rnt\\";
-constexpr std::string_view kMeanings = "\r\n\t\\";
 constexpr std::array<std::string_view, 4> kSecretCommands = {
     "+CPIN=", "+CPWD=", "+CLCK=", "^CPIN="};
 
 }  // namespace
-
-std::string escaped(std::string_view bytes) {
-  std::string text;
-  text.reserve(bytes.size() + 8);
-  for (char byte : bytes) {
-    const size_t letter = kMeanings.find(byte);
-    if (letter != kMeanings.npos) {
-      text += '\\';
-      text += kLetters[letter];
-    } else if (byte >= 0x20 && byte < 0x7F) {
-      text += byte;
-    } else {
-      text += "\\x" + sim::to_hex(std::string_view(&byte, 1));
-    }
-  }
-  return text;
-}
 
 std::optional<std::string> unescaped(std::string_view text) {
   std::string bytes;
@@ -41,9 +22,9 @@ std::optional<std::string> unescaped(std::string_view text) {
       continue;
     }
     if (++i == text.size()) return std::nullopt;
-    const size_t letter = kLetters.find(text[i]);
-    if (letter != kLetters.npos) {
-      bytes += kMeanings[letter];
+    const size_t letter = sim::kEscapeLetters.find(text[i]);
+    if (letter != sim::kEscapeLetters.npos) {
+      bytes += sim::kEscapeMeanings[letter];
       continue;
     }
     const auto byte =

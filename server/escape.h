@@ -6,10 +6,11 @@
 #include <string>
 #include <string_view>
 
+#include "sim/log_text.h"
+
 namespace qalt::server {
 
-// Printable ASCII as it is; "\r", "\n", "\t", "\\"; every other byte "\xHH".
-std::string escaped(std::string_view bytes);
+using sim::escaped;
 // The bytes of an escaped text, none if it is not one.
 std::optional<std::string> unescaped(std::string_view text);
 

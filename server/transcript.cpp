@@ -5,30 +5,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
-#include <ctime>
 #include <system_error>
 
 #include "server/escape.h"
+#include "sim/log_text.h"
 
 namespace qalt::server {
-namespace {
-
-constexpr size_t kTimeLength = 27;  // 2026-01-31T12:00:00.123456Z
-
-void put_time(FILE* file) {
-  using namespace std::chrono;
-  const auto now = system_clock::now().time_since_epoch();
-  const std::time_t whole = duration_cast<seconds>(now).count();
-  const long fraction = long(duration_cast<microseconds>(now).count() % 1'000'000);
-  std::tm utc{};
-  gmtime_r(&whole, &utc);
-  char text[32];
-  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc);
-  std::fprintf(file, "%s.%06ldZ ", text, fraction);
-}
-
-}  // namespace
+using sim::kTimeLength;
 
 std::optional<TranscriptEntry> parse_transcript_line(std::string_view line) {
   if (line.size() < kTimeLength + 3 || line[kTimeLength] != ' ' || line[kTimeLength + 2] != ' ') {
@@ -54,8 +37,8 @@ void Transcript::reopen() {
 
 void Transcript::add(TranscriptEntry::Kind kind, std::string_view bytes) {
   if (!file_) return;
-  put_time(file_.get());
-  std::fprintf(file_.get(), "%c %s\n", char(kind), escaped(without_secrets(bytes)).c_str());
+  std::fprintf(file_.get(), "%s %c %s\n", sim::time_now().c_str(), char(kind),
+               escaped(without_secrets(bytes)).c_str());
   std::fflush(file_.get());
 }
 

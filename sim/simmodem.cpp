@@ -1,9 +1,14 @@
 // qalt-simmodem: the simulated modem on a pseudo-terminal, for any program that speaks AT.
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <iostream>
+#include <memory>
+#include <system_error>
 
+#include "sim/log_text.h"
 #include "sim/options.h"
 #include "sim/player.h"
 #include "sim/pty_line.h"
@@ -17,16 +22,49 @@ Examples:
 
 Exit status: 0 ended by SIGINT or SIGTERM, 1 could not start, 2 wrong command line.)";
 
-void run(const std::string& link, const qalt::sim::Config& config, int ready_descriptor) {
+// What goes over the line, piece by piece, in the form of qalt-atd's transcript.
+class LineLog {
+ public:
+  // An empty path: nothing is written.
+  explicit LineLog(const std::string& path) {
+    if (path.empty()) return;
+    file_.reset(std::fopen(path.c_str(), "ae"));
+    if (!file_) throw std::system_error(errno, std::generic_category(), path);
+  }
+
+  // '>' to the modem, '<' from it.
+  void add(char direction, std::string_view bytes) {
+    if (!file_) return;
+    std::fprintf(file_.get(), "%s %c %s\n", qalt::sim::time_now().c_str(), direction,
+                 qalt::sim::escaped(bytes).c_str());
+    std::fflush(file_.get());
+  }
+
+ private:
+  struct Closer {
+    void operator()(FILE* file) const { std::fclose(file); }
+  };
+  std::unique_ptr<FILE, Closer> file_;
+};
+
+void run(const std::string& link, const std::string& log_path, const qalt::sim::Config& config,
+         int ready_descriptor) {
+  LineLog log(log_path);
   asio::io_context context(1);
   qalt::sim::PtyLine line(context, link);
   qalt::sim::Player player(context, config);
-  player.set_handlers({[&](std::string_view bytes) { line.write(bytes); },
+  player.set_handlers({[&](std::string_view bytes) {
+                         log.add('<', bytes);
+                         line.write(bytes);
+                       },
                        [&] {
                          line.hang_up();
                          player.start();
                        }});
-  line.start([&](std::string_view bytes) { player.receive(bytes); });
+  line.start([&](std::string_view bytes) {
+    log.add('>', bytes);
+    player.receive(bytes);
+  });
   asio::signal_set signals(context, SIGINT, SIGTERM);
   signals.async_wait([&](const asio::error_code&, int) { context.stop(); });
   if (ready_descriptor >= 0) {
@@ -44,11 +82,14 @@ int main(int argc, char** argv) {
   app.footer(kExamples);
   app.set_version_flag("--version", "qalt-simmodem " QALT_VERSION);
   std::string link;
+  std::string log;
   int ready_descriptor = -1;
   qalt::sim::Options options;
   app.add_option("--pty", link, "symbolic link to make, to the terminal")
       ->type_name("LINK")
       ->required();
+  app.add_option("--log", log, "appends what goes over the line, each piece with its time")
+      ->type_name("FILE");
   app.add_option("--ready-fd", ready_descriptor,
                  "descriptor that gets the line \"ready\" once the link is there")
       ->type_name("FD");
@@ -64,7 +105,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    run(link, config, ready_descriptor);
+    run(link, log, config, ready_descriptor);
   } catch (const std::exception& error) {
     std::cerr << "qalt-simmodem: cannot start: " << error.what() << "\n";
     return 1;

@@ -31,6 +31,7 @@ class Program {
   Program& operator=(const Program&) = delete;
 
   bool ready() const { return ready_; }
+  void signal(int number) const { ::kill(process_, number); }
   // Sends the signal, if any, and waits for the end; the exit status.
   int end(int signal = SIGTERM);
   // After the end: what it said on standard error.
