@@ -63,7 +63,7 @@ class Items {
   void store_last(const char* piece, size_t length) { store_piece(piece, length); }
 
  private:
-  static_assert(int{ATCODEC_MAX_PARAS} <= int{PB_LIST_SIZE});
+  static_assert(int{ATCODEC_MAX_PARAS} == int{PB_READ_MAX});
   PbItemList& list_;
   LineReader read_;
   int32_t count_ = 0;

@@ -9,6 +9,9 @@ namespace qalt {
 namespace {
 
 PhonebookIndexBuffer g_buffer;  // zero at load, about 700 KB
+// Entries from here on are as they were at load. A card fills a part of the buffer: what was never
+// written takes no memory, and clearing it would change that.
+int g_written_end;
 
 bool holds(int index) {
   return index >= 0 && index < PBB_CAPACITY;
@@ -24,7 +27,9 @@ void set_used(int index, int32_t used) {
 using namespace qalt;
 
 void PBB_InitPbBuffer(int MinIndex, int MaxIndex, int MaxEntries) {
-  std::memset(&g_buffer, 0, sizeof g_buffer);
+  std::memset(g_buffer.Used, 0, sizeof g_buffer.Used);
+  std::memset(g_buffer.Items, 0, sizeof(PbItem) * static_cast<size_t>(g_written_end));
+  g_written_end = 0;
   g_buffer.MinIndex = MinIndex;
   g_buffer.MaxIndex = MaxIndex;
   g_buffer.MaxEntries = MaxEntries;
@@ -40,6 +45,7 @@ int PBB_WritePB(const PbItem* pItem) {
   if (pItem == nullptr || !holds(pItem->storageIndex)) return 0;
   _PBB_UseEmptyIndex(pItem->storageIndex);
   g_buffer.Items[pItem->storageIndex] = *pItem;
+  g_written_end = std::max(g_written_end, pItem->storageIndex + 1);
   return 1;
 }
 

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 #include "common/text.h"
@@ -27,12 +28,20 @@ int32_t room_for(int begin, int end) {
   return static_cast<int32_t>(std::clamp<int64_t>(length, 1, PB_READ_MAX));
 }
 
-// A modem that is still loading the card refuses a read with ERROR; it is asked again.
+int read_contacts(PbItemList* list, int begin, int end) {
+  return uses_vendor_family() ? _ReadQaltExtendContact(list, begin, end)
+                              : _ReadStdContact(list, begin, end);
+}
+
+// A modem that is still loading the card refuses a read with ERROR, which leaves the list empty; it
+// is asked again.
 int read_with_retries(PbItemList* list, int begin, int end) {
-  int result = _ReadQaltPbContact(list, begin, end);
+  // No answer fills more items than these; clearing the others would only take stack.
+  std::memset(list, 0, offsetof(PbItemList, items) + PB_READ_MAX * sizeof(PbItem));
+  int result = read_contacts(list, begin, end);
   for (int retry = 0; result == PB_ERR_READ_REFUSED && retry != kRetries; ++retry) {
     sleep(1);
-    result = _ReadQaltPbContact(list, begin, end);
+    result = read_contacts(list, begin, end);
   }
   return result;
 }
@@ -50,7 +59,7 @@ int QL_getPhonebookEntry(int storageType, int beginIndex, int endIndex,
   if (pPhonebookArray == nullptr || storageType != kSimStorage) return PB_ERR_PARAM;
 
   if (switches_charset()) _SetPbCharactorSet(kCharsetUcs2);
-  PbItemList list;  // zeroed by each read
+  PbItemList list;
   int iRes = read_with_retries(&list, beginIndex, endIndex);
   for (int32_t i = 0; i < list.count; ++i) PBB_WritePB(&list.items[i]);
   QALT_LOG_DEBUG("QL_getPhonebookEntry count is %d\n", list.count);
@@ -69,8 +78,7 @@ int QL_getPhonebookEntry(int storageType, int beginIndex, int endIndex,
 int _ReadQaltPbContact(PbItemList* pList, int beginIndex, int endIndex) {
   if (pList == nullptr) return PB_ERR_PARAM;
   std::memset(pList, 0, sizeof *pList);
-  return uses_vendor_family() ? _ReadQaltExtendContact(pList, beginIndex, endIndex)
-                              : _ReadStdContact(pList, beginIndex, endIndex);
+  return read_contacts(pList, beginIndex, endIndex);
 }
 
 int _ReadQaltExtendContact(PbItemList* pList, int beginIndex, int endIndex) {

@@ -66,6 +66,14 @@ TEST(IndexBuffer, KeepsTheLastEntryWhole) {
   EXPECT_EQ(1, write_at(0));
   EXPECT_EQ(1, PBB_ReadPB(0, &read));
   EXPECT_EQ(1, PBB_GetFirstEmptyIndex());
+  // A discovery leaves nothing of it, not even where an index is marked used again.
+  PBB_InitPbBuffer(1, 250, 250);
+  const PbItem nothing = {};
+  for (const int index : {0, 7}) {
+    _PBB_UseEmptyIndex(index);
+    EXPECT_EQ(1, PBB_ReadPB(index, &read));
+    EXPECT_EQ(0, std::memcmp(&nothing, &read, sizeof read)) << index;
+  }
 }
 
 TEST(IndexBuffer, IndicesItDoesNotHaveAreRefused) {
