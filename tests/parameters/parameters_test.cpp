@@ -1,0 +1,207 @@
+// The parameter codec: a line rewritten for scanning, scanned fields turned back, texts cut into
+// pieces. Every short text goes through it in tests/exhaustive/; here are the bounds.
+#include "qalt_at/parameters.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Split = std::function<void(ParasList*, const char*)>;
+using Pieces = std::vector<std::string>;
+
+std::string repeated(size_t count, const std::string& piece) {
+  std::string text;
+  for (size_t i = 0; i < count; ++i) text += piece;
+  return text;
+}
+
+std::string rewritten(void (*function)(unsigned char*), std::string field) {
+  field.resize(ATCODEC_PARA_LEN + 1);
+  field += "####";
+  function(reinterpret_cast<unsigned char*>(field.data()));
+  EXPECT_EQ(field.substr(ATCODEC_PARA_LEN + 1), "####");
+  return field.c_str();
+}
+
+// 0xFE stands for a blank, 0xFD for an empty parameter, 0xFC for a tab, 0xFA 0xFB for a line end.
+TEST(ParameterLine, IsRewrittenForTheScanner) {
+  const std::string k1020(1020, 'x');
+  const struct {
+    std::string line, plain, special;  // special empty: as plain
+  } cases[] = {
+      // clang-format off
+      {R"(5,"+49 89 123",145,"Mary Ann")", "5 +49\37689\376123 145 Mary\376Ann", ""},
+      {R"(7,"",129,"")", "7 \375 129 \375", ""},
+      {"(1-250),40,,18,", "(1-250) 40 \375 18 \375", ""},
+      {R"("""a,b"x y)", "\375\375a,bx y", ""},
+      {"1,\"a\tb\"\tc\"\r\n\"\r\n", "1 a\374b\tc\r\n\r\n", "1 a\374b\tc\372\373\r\n"},
+      {k1020 + "xxx", k1020 + "xxx", ""},
+      // 1021 characters and an empty parameter fill the field; one more, and the line stays.
+      {k1020 + "x,", k1020 + "x \375", ""},
+      {k1020 + "xx,", k1020 + "xx,", ""},
+      {k1020 + ",,", k1020 + ",,", ""},
+      {"a," + k1020 + "xx", "a," + k1020 + "xx", ""},
+      // clang-format on
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(rewritten(ATCodec_PreProc_Res_ParaLine, c.line), c.plain);
+    EXPECT_EQ(rewritten(ATCodec_PreProc_Res_ParaLine_Special, c.line),
+              c.special.empty() ? c.plain : c.special);
+  }
+}
+
+TEST(ParameterLine, ScannedFieldsAreRestored) {
+  const auto restored = [](void (*function)(char*), std::string field) {
+    function(field.data());
+    return std::string(field.c_str());
+  };
+  const std::string field = "+49\37689\376a\374\372\373b";
+  EXPECT_EQ(restored(ATCodec_Restore_String_Para, field), "+49 89 a\t\372\373b");
+  EXPECT_EQ(restored(ATCodec_Restore_String_Para_Special, field), "+49 89 a\t\r\nb");
+  EXPECT_EQ(restored(ATCodec_Restore_String_Para, "\375"), "");
+  EXPECT_EQ(restored(ATCodec_Restore_String_Para, "\375\376"), "\375 ");
+}
+
+TEST(ParameterLine, GroupsAreFlattenedAndTheRestCleared) {
+  const auto flattened = [](std::string line) {
+    ATCodec_ProcRes_ParaLineEx(line.data());
+    return line;
+  };
+  EXPECT_EQ(flattened("((1-250)),40,\"(b)\""), "1-250;40,\"b\"" + std::string(6, '\0'));
+  EXPECT_EQ(flattened(std::string(1022, 'x') + ")"), std::string(1022, 'x') + '\0');
+  EXPECT_EQ(flattened(std::string(1023, 'x') + ")"), std::string(1023, 'x') + ")");
+  char command[64];
+  EXPECT_EQ(ATCodec_TranslateToCmdPara(command, "=%d,\"%s\",%u", 7, "Mary", 4000000000u), 0);
+  EXPECT_STREQ(command, "=7,\"Mary\",4000000000");
+}
+
+const Split kLines = ATCodec_PreProc_Res_ParaList;
+const Split kValues = ATCodec_PreProc_Res_ParaList_Special;
+const Split kBlocks = ATCodec_PreProc_Res_Icera_ParaList;
+const Split kRows = ATCodec_PreProc_Res_COPS5_ParaList;
+
+Split by(const char* separator) {
+  return [=](auto* list, auto* text) { ATCodec_PreProc_Res_ParaList_Ex(list, text, separator); };
+}
+
+TEST(ParameterList, Splits) {
+  const std::string k1023(1023, 'x');
+  const struct {
+    Split function;
+    std::string text;
+    Pieces pieces;
+    int32_t before = 0;  // a count that the caller did not clear bounds what is stored
+  } cases[] = {
+      // clang-format off
+      {kLines, R"(1,"12",129,"A;B";2,"45";)", {R"(1,"12",129,"A;B")", R"(2,"45")"}},
+      {kLines, R"(;a;;b;"c;2)", {"", "a", "", "b", R"("c;2)"}},
+      {kLines, "a;" + k1023 + ";b", {"a", k1023, "b"}},
+      {kLines, "a;" + k1023 + "x;b", {"a"}},
+      {kLines, "a;" + k1023 + "yyy", {"a", k1023}},
+      {kLines, repeated(100, "p;") + "q", Pieces(100, "p")},
+      {kLines, repeated(200, "p;"), Pieces(2, "p"), 98},
+      {kLines, repeated(200, "p;"), {}, 1000},
+      {kLines, repeated(200, "p;"), Pieces(100, "p"), -50},
+      {kValues, R"(a,"b,c",,d)", {"a", R"("b,c")", "", "d"}},
+      {kBlocks, R"(x"*STGC:"*STGC: 1,2*STGC: 3,4)", {" 1,2", " 3,4"}},
+      {kBlocks, "1,2", {"1,2"}},
+      {kBlocks, k1023 + "x*STGC:7", {}},
+      {kRows, "\r\n+COPS: (2,\"A\r\nB\"),,(0-4)\r\n\r\nOK", {"+COPS: (2,\"A\r\nB\"),,(0-4)", "OK"}},
+      {kRows, repeated(100, k1023 + "y"), {k1023}},
+      {by("\r\n"), "a\r\nb", {"a", "\nb"}},
+      {by(nullptr), "a;b", {"a;b"}},
+      {by(""), "a;b", {"a;b"}},
+      // clang-format on
+  };
+  for (const auto& c : cases) {
+    const auto list = std::make_unique<ParasList>();
+    list->nCount = c.before;
+    c.function(list.get(), c.text.c_str());
+    EXPECT_EQ(list->nCount, c.before + static_cast<int>(c.pieces.size())) << c.text;
+    for (size_t i = 0; i < c.pieces.size(); ++i) EXPECT_EQ(list->Para[i], c.pieces[i]) << c.text;
+  }
+}
+
+TEST(ParameterList, WhatASplitWritesOfAListThatWasNotCleared) {
+  const auto list = std::make_unique<ParasList>();
+  const auto empty = std::make_unique<ParasList>();
+  std::memset(list->Para, '#', sizeof list->Para);
+  kLines(list.get(), "ab;cd");
+  EXPECT_EQ(std::string(list->Para[0], 4), "ab##") << "a separator gives no terminator";
+  EXPECT_STREQ(list->Para[1], "cd");
+  const std::string too_long(102401, 'x');
+  for (const char* text : {static_cast<const char*>(nullptr), "", too_long.c_str()}) {
+    std::memset(list.get(), '#', sizeof *list);
+    kRows(list.get(), text);
+    EXPECT_EQ(std::memcmp(list.get(), empty.get(), sizeof *list), 0);
+  }
+}
+
+TEST(ParameterList, Counts) {
+  // clang-format off
+  for (const auto& [text, count] : std::vector<std::pair<std::string, int32_t>>{
+           {R"(x,"y,z",b)", 2}, {"a,b,", -7}, {repeated(99, ",") + "z", 99},
+           {repeated(100, ",") + "z", -7}, {std::string(1023, 'x') + ",b", 1},
+           {std::string(1024, 'x') + ",b", -7}}) {
+    // clang-format on
+    int32_t separators = -7;  // stays where nothing is stored
+    ATCodec_PreProc_Res_ParaList_Entend(text.c_str(), &separators);
+    EXPECT_EQ(separators, count) << text;
+  }
+  // clang-format off
+  for (const auto& [text, token, pieces] : std::vector<std::tuple<const char*, const char*, int>>{
+           {"a,b,", ",", 2}, {"", ",", 0}, {R"("a,b",c)", ",", 3}, {"aaa", "aa", 3},
+           {"abc", "", 1}, {nullptr, ",", 0}, {"a", nullptr, 0}}) {
+    // clang-format on
+    EXPECT_EQ(ATCodec_GetSubStrCountByToken(text, token), pieces);
+  }
+}
+
+TEST(ParameterList, SelectsOnePiece) {
+  const struct {
+    std::string text;
+    int32_t index;
+    const char* token;
+    const char* piece;
+    int at = -2;  // the separator returned, -1 for a null; otherwise the piece is
+  } cases[] = {
+      // clang-format off
+      {"a,b,c", 2, ",", "b"}, {"a,b,c", 3, ",", "c"}, {"a,b,c", 0, ",", "c"},
+      {"a,b,c", 99, ",", "c"}, {"a,b,c", 100, ",", "", 1}, {"ab", 100, ",", "ab"},
+      {"a,", 2, ",", "", -1}, {R"("a,b",c)", 2, ",", "c"}, {"a,b", 1, "", "a,b"},
+      {std::string(1024, 'x') + ",b", 2, ",", "", 1024},
+      // clang-format on
+  };
+  for (const auto& c : cases) {
+    std::string out(c.text.size() + 2, '\0');
+    const char* text = c.text.c_str();
+    const char* expected = c.at == -2 ? out.data() : c.at == -1 ? nullptr : text + c.at;
+    EXPECT_EQ(ATCodec_FindSubStrByIndex(text, out.data(), c.index, c.token), expected) << text;
+    EXPECT_STREQ(out.c_str(), c.piece) << text;
+  }
+  const auto* quotes = reinterpret_cast<const unsigned char*>("\"\"\"x");
+  EXPECT_EQ(ATCodec_Find_Sub_Str(quotes, "\"x"), quotes + 2) << "its own quote is not counted";
+}
+
+TEST(Parameters, NullsDoNothing) {
+  ATCodec_PreProc_Res_ParaLine(nullptr);
+  ATCodec_Restore_String_Para(nullptr);
+  ATCodec_ProcRes_ParaLineEx(nullptr);
+  EXPECT_EQ(ATCodec_TranslateToCmdPara(nullptr, "%d", 1), 0);
+  const auto list = std::make_unique<ParasList>();
+  for (const Split& function : {kLines, kRows}) function(nullptr, "a;b");
+  kLines(list.get(), nullptr);
+  ATCodec_PreProc_Res_ParaList_Entend(nullptr, &list->nCount);
+  ATCodec_PreProc_Res_ParaList_Entend("a,b", nullptr);
+  EXPECT_EQ(list->nCount, 0);
+  EXPECT_STREQ(ATCodec_FindSubStrByIndex("a,b", nullptr, 1, ","), "a,b");
+  EXPECT_EQ(ATCodec_Find_Sub_Str(nullptr, ","), nullptr);
+}
+
+}  // namespace

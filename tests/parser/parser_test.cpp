@@ -1,0 +1,277 @@
+// The response parser: what an answer is reduced to and what stays of its text, the tables, the
+// search for the earliest flag, and the steps called by themselves. How lines are joined is also
+// compared with a literal parser, in tests/exhaustive/.
+#include "qalt_at/parser.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/support/recorder.h"
+
+namespace {
+
+const std::string kOk = "\r\nOK\r\n";
+const std::string kEnd = "\r\n\r\nOK\r\n";  // of an information line and of the answer
+
+std::string repeated(int count, const std::string& piece) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += piece;
+  return text;
+}
+
+// Puts the tables back after a test has changed them.
+class Parser : public testing::Test {
+ protected:
+  ~Parser() override {
+    std::copy(flags_.begin(), flags_.end(), QaltWcdma_AtEndFlgTable);
+    QaltWcdma_AtEndFlgTableSize = 54;
+    QaltWcdma_AtCmdTableSize = 293;
+  }
+  static void set_flag(int row, const std::string& flag, uint32_t id = 77, uint32_t have_para = 0) {
+    AtEndFlgEntry& entry = QaltWcdma_AtEndFlgTable[row];
+    entry = {{}, AT_RES_REPORT, id, have_para, 0};
+    flag.copy(entry.EndFlag, sizeof entry.EndFlag);
+  }
+  // "result,type,identifier,payload|rest". The text stands in a block of exactly its size, so that
+  // a sanitizer sees every step beyond it.
+  std::string parsed(const std::string& text) {
+    const auto block = std::make_unique<char[]>(text.size() + 1);
+    text.copy(block.get(), text.size());
+    *record_ = {};
+    const int result = Bk_Parse_At_Res(block.get(), record_.get());
+    const int type = record_->ResType;
+    const std::string payload = record_->Paras;
+    const bool parameter = type == 3 || type == 4 || type == 12;
+    EXPECT_EQ(record_->ParaLen, parameter ? payload.size() & 0xFFFF : 0) << text;
+    return std::to_string(result) + "," + std::to_string(type) + "," +
+           std::to_string(record_->CmdId) + "," + payload + "|" + block.get();
+  }
+
+  const std::vector<AtEndFlgEntry> flags_{std::begin(QaltWcdma_AtEndFlgTable),
+                                          std::end(QaltWcdma_AtEndFlgTable)};
+  std::unique_ptr<AtRes> record_ = std::make_unique<AtRes>();
+  std::unique_ptr<AtParseBuf> work_ = std::make_unique<AtParseBuf>();
+};
+
+TEST_F(Parser, ReducesOneBlock) {
+  const std::string long_name = "\r\n" + std::string(29, 'N');
+  const std::string quoted = "\r\n+CPBR: 1,\"A\r\nOK\r\nB: C\"";
+  const std::string line = "\r\n+X: ";
+  const std::string k1010(1010, 'v');
+  const std::string k70000(70000, 'p');
+  // clang-format off
+  for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
+           // An OK and its information; names are compared over the length of the line's own.
+           {"AT+CPBR=1,2\r\r\n+CPBR: 1,\"A\"\r\n+CPBR: 2,\"B\"" + kEnd, "0,1,1,1,\"A\";2,\"B\"|"},
+           {"\r\nlost\r\nlost\r\n+CSQ: 1\r\n\r\n+CSQ: 2" + kEnd + "\r\nrest", "0,1,1,1;2|\r\nrest"},
+           {"\r\n+CPBR: 1\r\n+CPB: 2\r\n+CPBRX: 3\r\n+CPBR: 4" + kEnd, "0,1,1,1;2|"},
+           {"\r\n+CPBR: 1\r\n+CPBR:2" + kEnd, "0,1,1,1,\"+CPBR:2\"|"},
+           // Quotes hide separators, line ends and flags; a stray one hides all that follows.
+           {quoted + kEnd, "0,1,1,1,\"A\r\nOK\r\nB: C\"|"},
+           {quoted + "\"" + kEnd, "19,0,0,|" + quoted + "\"" + kEnd},
+           // Flags without a parameter leave the text before them.
+           {"\r\n+CPBR: 1\r\n\r\nERROR\r\n", "0,2,2,|\r\n+CPBR: 1\r\n"},
+           {"\r\nnot support\r\n", "0,13,6,|"},
+           {"\r\n+JEND\r\n" + kOk, "0,12,4111,|" + kOk},
+           // Flags with one; the earliest wins, and a report's name comes before a command's.
+           {"\r\n+CMS ERROR: 500\r\n", "0,3,3,500|"},
+           {"\r\n+CME ERROR: 10", "0,4,4,|10"},
+           {"\r\n+JMCON: 1\r\n", "0,12,57, 1|"},
+           {"\r\n+STKPCI: \"a\r\nb\"\r\nc", "0,12,4110,\"a\r\nb\"|c"},
+           {"\r\n+CDS: 25\r\n0791\r\n" + kOk, "0,12,27,25\r\n0791\r\n" + kOk + "|"},
+           {"\r\n+CMTI: \r\n", "0,12,25,|"},
+           {"\r\n+CSQ: 1\r\n\r\n+CMTI: \"S\",3\r\n" + kOk, "0,12,25,\"S\",3|\r\n+CSQ: 1\r\n" + kOk},
+           {"\r\n+EUSIM: 1" + kEnd, "0,12,4181,1|" + kOk},
+           {"OK\n\rabc", "19,0,0,|c"}, {"x", "19,0,0,|x"}, {kOk, "0,1,1,|"},
+           {"\r\na\r\nb" + kEnd, "0,1,1,ab|"},
+           // A line counts with 1023 characters, wherever its ": " is; a name with 29.
+           {line + k1010 + "012345678" + k1010 + kEnd, "0,1,1," + k1010 + "012345678|"},
+           {line + "1\r\n" + k1010 + "0123456789AB: v" + kEnd,
+            "0,1,1,1,\"" + k1010 + "0123456789AB:\"|"},
+           {"\r\n" + k1010 + k1010 + ": v\r\nb" + kEnd, "0,1,1,b|"},
+           {long_name + "a: 1" + long_name + "bcd: 2" + kEnd, "0,1,1,1;2|"},
+           // A payload ends at 102399: before the join, and where joining makes it grow.
+           {repeated(200, line + k1010) + kEnd, "0,1,1," + repeated(99, k1010 + ";") + k1010 + "|"},
+           {line + "1" + repeated(34000, "\r\na") + kEnd,
+            "0,1,1," + ("1,\"" + repeated(34000, "a\",\"")).substr(0, 102399) + "|"},
+           {"\r\n+CUSD: " + k70000 + "\r\n", "0,12,105," + k70000 + "|"},
+           {"\r\n+CUSD: " + k70000 + k70000 + "\r\n",
+            "0,12,105," + std::string(102399, 'p') + "|"}}) {
+    // clang-format on
+    EXPECT_EQ(parsed(text), expected);
+  }
+}
+
+// A record that the caller did not clear shows which members a parse writes.
+TEST_F(Parser, WritesOnlyItsMembers) {
+  const auto after = [this](std::string text) -> AtRes& {
+    std::memset(record_.get(), 'd', sizeof *record_);
+    EXPECT_EQ(Bk_Parse_At_Res(text.data(), record_.get()), AT_PARSE_OK);
+    EXPECT_EQ(record_->reserved + record_->reserved2[0] + record_->reserved2[7], 3 * 'd');
+    return *record_;
+  };
+  EXPECT_EQ(after("\r\nERROR\r\n").Paras[0], 'd');
+  EXPECT_EQ(after("\r\n+CSQ: 20" + kEnd).ParaLen, 0x64646464u);
+  EXPECT_EQ(std::string(record_->Paras, sizeof record_->Paras),
+            "20" + std::string(sizeof record_->Paras - 2, '\0'));
+  EXPECT_EQ(std::string(after("\r\n+CME ERROR: 3\r\n").Paras, 3), std::string("3\0d", 3));
+}
+
+TEST_F(Parser, LogsEachBlock) {
+  test::clear_records();
+  parsed("AT\r\r\n+CSQ: 1" + kEnd + "x");
+  parsed("nothing");
+  const std::string answer = "Bk_Parse_At_Res-pStr=\r\n+CSQ: 1\r\n" + kOk + "x,p";
+  const std::vector<std::string> expected = {answer + "BlockHead=" + kOk + "x,iFlagIndex=0",
+                                             "Bk_Parse_At_Res-g_iProcDataLen=6",
+                                             answer + "AtRes->Paras=1"};
+  EXPECT_EQ(test::logged("ATPreprocess/ATPreprocess", 7), expected);
+  EXPECT_EQ(test::logs().size(), expected.size());
+}
+
+TEST_F(Parser, LooksUpCommands) {
+  const auto expect_row = [](int expected, auto find, auto wanted) {
+    int32_t row = -1;
+    EXPECT_EQ(find(&row, wanted), expected < 0 ? 19 : 0) << wanted;
+    EXPECT_EQ(row, expected) << wanted;
+  };
+  // clang-format off
+  for (const auto& [id, row, name, name_row] : {
+           std::tuple{0x0007, 0, "", 0}, {0x0069, 96, "+CUSD", 95}, {0x1084, 292, "^JWIMEI", 292},
+           {0x0005, -1, "+cusd", -1}, {0x10007, -1, "+CPB", -1}}) {
+    // clang-format on
+    expect_row(row, _Find_Cmd_By_ID, id);
+    expect_row(name_row, _Find_Cmd_By_Name, name);
+  }
+  QaltWcdma_AtCmdTableSize = 0;
+  expect_row(-1, _Find_Cmd_By_ID, 7);
+  expect_row(-1, _Find_Cmd_By_Name, "");
+}
+
+// Every report's identifier is that of the last command-table row with its name.
+TEST_F(Parser, TablesAgreeOnReports) {
+  int without_row = 0;
+  for (const AtEndFlgEntry& flag : flags_) {
+    if (flag.ResType != AT_RES_REPORT) continue;
+    const std::string text = flag.EndFlag;
+    const std::string name = text.substr(2, text.find_first_of(":\r", 2) - 2);
+    int64_t id = -1;
+    for (const auto& command : QaltWcdma_AtCmdTable) {
+      if (command.CmdName == name) id = command.CmdId;
+    }
+    without_row += id == -1;
+    EXPECT_TRUE(id == -1 || id == flag.CmdId) << name;
+    EXPECT_EQ(flag.HavePara, text.find(':') != std::string::npos) << name;
+  }
+  EXPECT_EQ(without_row, 3);  // +TSTUD, +TSTC, and +STKPCI with +JPSTM's identifier
+}
+
+// The one pass finds what a search of the whole text for each row finds, also for rows of a client:
+// shared beginnings, flags that begin with a quote, an empty one, one that fills its field.
+TEST_F(Parser, OnePassFindsTheEarliestFlag) {
+  const std::string full(32, 'f');
+  set_flag(3, "O");
+  set_flag(5, "\"K");
+  set_flag(6, "\"\"");
+  set_flag(8, full);
+  set_flag(9, "K\"a");
+  const std::string pieces[] = {"\r\n", "OK",     "ERROR", "\"", "\"K", "K",
+                                "a",    "+CDS: ", "> ",    "f",  full};
+  std::mt19937 random(7);
+  for (int round = 0; round < 20000; ++round) {
+    QaltWcdma_AtEndFlgTableSize = static_cast<int>(random() % 24);
+    set_flag(23, round % 50 == 0 ? "" : "zz");
+    std::string text = "\r\n";
+    for (size_t n = random() % 12; n > 0; --n) text += pieces[random() % std::size(pieces)];
+    char* place = text.data() + text.size();
+    int row = -1;
+    for (int i = 0; i < QaltWcdma_AtEndFlgTableSize; ++i) {
+      const std::string flag(QaltWcdma_AtEndFlgTable[i].EndFlag, 32);
+      char* found = _Find_Sub_Str(text.data(), flag.c_str());
+      if (found == nullptr || found >= place) continue;
+      place = found;
+      row = i;
+    }
+    char* head = nullptr;
+    int index = -1;
+    EXPECT_EQ(_Parse_At_PreProcess(text.data(), &head, &index), row < 0 ? 19 : 0) << text;
+    EXPECT_TRUE(head == place && index == row) << text;
+  }
+}
+
+TEST_F(Parser, HonoursRowsOfAClient) {
+  set_flag(20, "\r\n+CLIP: ", 89, 1);
+  set_flag(21, "\r\n+ODD: ", 0x1004D, 2);
+  EXPECT_EQ(parsed("\r\n+ODD: 1\r\n"), "0,12,77,|1\r\n");
+  // The answer to the query has two values and is followed directly by the OK.
+  EXPECT_EQ(parsed("\r\n+CLIP: \"1,2\",0" + kEnd + "x"), "0,1,89,\"1,2\",0|x");
+  EXPECT_EQ(parsed("\r\n+CLIP: 1,0" + kEnd), "0,1,89,1,0|");
+  EXPECT_EQ(parsed("\r\n+CLIP: 1,2,3" + kEnd), "0,12,89,1,2,3|" + kOk);
+  EXPECT_EQ(parsed("\r\n+CLIP: 1" + kEnd + "a,b"), "0,12,89,1|" + kOk + "a,b");
+  EXPECT_EQ(parsed("\r\n+CLIP: 1,0" + kOk), "0,12,89,1,0|OK\r\n");
+  QaltWcdma_AtEndFlgTableSize = -1;
+  EXPECT_EQ(parsed(kOk), "19,0,0,|" + kOk);
+}
+
+TEST_F(Parser, TakesAWholeTextWithItsOk) {
+  const std::string longest = std::string(102393, 'x') + kOk;
+  EXPECT_EQ(Bk_Parse_At_COPS5_Res("\"\r\nOK\r\n\"", record_.get()), 19);
+  EXPECT_EQ(Bk_Parse_At_COPS5_Res(("x" + longest).c_str(), record_.get()), 19);
+  EXPECT_EQ(record_->Paras[0], '\0');
+  EXPECT_EQ(Bk_Parse_At_COPS5_Res(longest.c_str(), record_.get()), 0);
+  EXPECT_EQ(record_->Paras, longest);
+  EXPECT_EQ(record_->CmdId + record_->ResType, 1 + AT_RES_OK);
+}
+
+TEST_F(Parser, StepsWorkByThemselves) {
+  char line[1024];
+  const char* again = "+A: 2";
+  for (int round = 0; round < 2; ++round) {  // a record filled with zeros again starts afresh
+    *work_ = {};
+    EXPECT_EQ(_First_Parse_At_OK_Res("+A: 1\r\n+B: 2\r\n", line, work_.get()), 19);
+    EXPECT_EQ(ParseCmdLineWithCmdName(work_.get(), again, again + 2), 1);
+    ParseCmdLineWithoutCmdName(work_.get(), "t", "t\r\n");
+    EXPECT_STREQ(work_->ParaBuf, "1;2,\"t\"");
+  }
+  *work_ = {};
+  const std::string long_text(3000, 'l');
+  ParseCmdLineWithoutCmdName(work_.get(), long_text.c_str(), "before\r\n+A: 1");
+  EXPECT_STREQ(work_->ParaBuf, "");
+  ParseCmdLineWithoutCmdName(work_.get(), long_text.c_str(), "rest");
+  EXPECT_EQ(work_->ParaBuf, std::string(1024, 'l'));
+}
+
+TEST_F(Parser, TakesNulls) {
+  char text[] = "\r\nOK\r\n";
+  char* head = nullptr;
+  int32_t row = -1;
+  AtRes* const res = record_.get();
+  AtParseBuf* const work = work_.get();
+  EXPECT_EQ(_Find_Sub_Str(nullptr, "x"), nullptr);
+  ParseCmdLineWithoutCmdName(nullptr, text, text);
+  // clang-format off
+  for (const auto& [result, expected] : {
+           std::pair{_Find_Cmd_By_ID(nullptr, 7), 19}, {_Find_Cmd_By_Name(nullptr, "D"), 19},
+           {_Find_Cmd_By_Name(&row, nullptr), 19}, {_Parse_At_PreProcess(text, &head, nullptr), 19},
+           {_Parse_At_End_Flag(text, res, nullptr, work, 0), 19},
+           {_Parse_At_End_Flag(text, res, nullptr, work, 1), 19},
+           {_Parse_At_End_Flag(text, res, &head, work, 0), 19},
+           {_Parse_At_End_Flag(text, res, &head, work, 1), 19},
+           {_First_Parse_At_OK_Res(text, nullptr, work), 19}, {_Parse_At_Ok_Res(res, nullptr), 20},
+           {Bk_Parse_At_Res(text, nullptr), 20}, {Bk_Parse_At_COPS5_Res(nullptr, res), 20},
+           {Bk_Parse_At_COPS5_Res(text, nullptr), 20},
+           {_Parse_At_ParaOfTheEndColon(text, text, nullptr, res), 20},
+           {ParseCmdLineWithCmdName(work, text, nullptr), 0},
+           {ProcessClipCmd(text, nullptr, res, work), 0}}) {
+    // clang-format on
+    EXPECT_EQ(result, expected);
+  }
+}
+
+}  // namespace
