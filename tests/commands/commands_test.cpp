@@ -1,0 +1,308 @@
+// The command functions: line, time-out and result of each, the values read from answers, and what
+// is refused before anything is sent.
+#include "qalt_at/commands.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "qalt_at/phonebook.h"
+#include "tests/support/recorder.h"
+#include "tests/support/scripted_modem.h"
+
+namespace {
+
+using test::information;
+using test::ScriptedModem;
+using Call = std::function<uint32_t()>;
+using Lines = std::vector<std::string>;
+
+template <size_t kSize>
+void put(char (&member)[kSize], const std::string& text) {
+  text.copy(member, kSize);  // may fill the member to its last byte
+}
+
+Call cpbw(int32_t index, const std::string& number, int32_t type, const std::string& text) {
+  CpbwRecord record = {};
+  record.storageIndex = index;
+  put(record.number, number);
+  record.numberType = type;
+  put(record.text, text);
+  return [record] { return CPBW_Set(&record); };
+}
+
+Call vendor(uint32_t (*write)(const JcpbwRecord*), int32_t index, int32_t type,
+            const Lines& texts) {
+  JcpbwRecord record = {};
+  record.storageIndex = index;
+  record.numberType = type;
+  put(record.number, texts[0]);
+  put(record.text, texts[1]);
+  put(record.number2, texts[2]);
+  put(record.number3, texts[3]);
+  put(record.email, texts[4]);
+  put(record.extraText, texts[5]);
+  return [=] { return write(&record); };
+}
+
+Call read(uint32_t (*command)(int32_t, int32_t, PbItemList*), int32_t first, int32_t last) {
+  return [=] {
+    const auto list = std::make_unique<PbItemList>();
+    return command(first, last, list.get());
+  };
+}
+
+int32_t g_values[9];  // what the queries store
+
+const Call kCpbsRead = [] { return CPBS_Read(g_values, g_values + 1); };
+const Call kCpbrTest = [] { return CPBR_Test(g_values); };
+const Call kJcpbrTest = [] { return JCPBR_Test(g_values + 8, g_values); };
+const Call kScpbrTest = [] { return SCPBR_Test(g_values + 8, g_values); };
+const Call kJcpbq = [] { return JCPBQ_Set(1, g_values); };
+const Call kJusim = [] { return JUSIM_Test(g_values); };
+const Call kCardmode = [] { return CARDMODE_Test(g_values); };
+const Call kEusim = [] { return EUSIM_Read(g_values); };
+
+TEST(Commands, LinesTimeoutsAndResults) {
+  const std::string d100(100, '1'), t64(64, 't'), m132(132, 'm');
+  const Lines full = {d100, t64, d100, d100, m132, t64};
+  const Lines lee = {"+111", "Lee", "222", "+333", "lee-mail", "note"};
+  const struct {
+    Call call;
+    std::string line;
+    uint32_t timeout_ms;
+    uint32_t refused = 1;  // the result of an ERROR
+  } cases[] = {
+      // clang-format off
+      {[] { return CPBS_Set("SM"); }, "AT+CPBS=\"SM\"", 5000},
+      {[] { return CSCS_Set({"UCS2"}); }, "AT+CSCS=\"UCS2\"", 5000},
+      {kCpbsRead, "AT+CPBS?", 5000},
+      {kCpbrTest, "AT+CPBR=?", 10000},
+      {kJcpbrTest, "AT+JCPBR=?", 5000},
+      {kScpbrTest, "AT+CPBR=?", 10000},
+      {kJcpbq, "AT+CPBR=1", 5000},
+      {kJusim, "AT+JUSIM=?", 5000},
+      {kCardmode, "AT^CARDMODE=?", 5000},
+      {kEusim, "AT+EUSIM?", 5000},
+      {read(CPBR_Set, 1, 250), "AT+CPBR=1,250", 249000, 9},
+      {read(CPBR_Set, 7, 7), "AT+CPBR=7,7", 20000, 9},
+      {read(CPBR_Set, 9, 7), "AT+CPBR=9,7", 20000, 9},
+      {read(CPBR_Set, INT32_MIN, INT32_MAX), "AT+CPBR=-2147483648,2147483647", UINT32_MAX, 9},
+      {read(JCPBR_Set, 1, 9), "AT+JCPBR=1,9", 5000, 9},
+      {read(SCPBR_Set, 1, 9), "AT^SCPBR=1,9", 5000},
+      {cpbw(5, "+4930", 145, "Ann"), R"(AT+CPBW=5,"+4930",145,"Ann")", 10000},
+      {cpbw(0, "+4930", 145, "Ann"), R"(AT+CPBW=,"+4930",,"Ann")", 10000},
+      {cpbw(5, "", 0, "Ann"), R"(AT+CPBW=5,"",,"Ann")", 10000},
+      {cpbw(5, "1", -1, ""), R"(AT+CPBW=5,"1",-1,"")", 10000},
+      {cpbw(5, "", 145, ""), "AT+CPBW=5", 10000},
+      {vendor(JCPBW_Set, 2, 7, lee),
+       R"(AT+JCPBW=2,"+111",7,"Lee","222","+333","lee-mail","note")", 5000},
+      // Members filled to their last byte are not read past.
+      {vendor(JCPBW_Set, 9, 129, full),
+       "AT+JCPBW=9,\"" + d100 + "\",129,\"" + t64 + "\",\"" + d100 + "\",\"" + d100 + "\",\"" +
+           m132 + "\",\"" + t64 + "\"", 5000},
+      {vendor(SCPBW_Set, 2, 7, lee),
+       R"(AT^SCPBW=2,"+111",145,"+333",145,"222",129,"222",129,"Lee",1,"lee-mail")", 5000},
+      {vendor(SCPBW_Set, 2, 0, {"", "", "9", "", "", ""}), "AT^SCPBW=2", 5000},
+      // clang-format on
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.line);
+    ScriptedModem modem;
+    modem.on("AT", test::kOk);
+    EXPECT_EQ(c.call(), 0u);
+    EXPECT_EQ(modem.sent(), (std::vector<test::SentCommand>{{c.line, c.timeout_ms}}));
+    modem.on("AT", test::kError);
+    EXPECT_EQ(c.call(), c.refused);
+    for (const char* answer : {"\r\n+CME ERROR: 20\r\n", "", "\r\nnot support\r\n"}) {
+      modem.on("AT", std::string(answer));
+      EXPECT_EQ(c.call(), 1u) << answer;
+    }
+  }
+}
+
+TEST(Commands, ValuesThatAnswersGive) {
+  const struct {
+    Call call;
+    std::string line;    // of information; without one the modem answers ERROR
+    std::string values;  // "-" where nothing is stored
+  } cases[] = {
+      // clang-format off
+      {kCpbrTest, "+CPBR: (1-250),40,18", "1 250 40 18 - - - - -"},
+      {kCpbrTest, "+CPBR: (1-500),40,18,0,0,64", "1 500 40 18 0 0 64 - -"},
+      {kCpbrTest, "+CPBR: 1-250", "- - - - - - - - -"},
+      {kJcpbrTest, "+JCPBR: (1-250),40,60,40,41,128,61", "1 250 40 60 40 41 128 61 1"},
+      {kJcpbrTest, "", "- - - - - - - - -"},
+      {kScpbrTest, "+CPBR: (1-300),40,16,0,64", "1 300 40 16 - - 64 - 1"},
+      {kScpbrTest, "+CPBR: (1-300),40,16,64", "1 300 40 16 - - 64 - 1"},
+      {kScpbrTest, "+CPBR: (1-300),40,16", "1 300 40 16 - - - - 1"},
+      {kCpbsRead, "+CPBS: \"SM\",12,250", "12 250 - - - - - - -"},
+      {kCpbsRead, "+CPBS: \"A storage with a very long name\",3,4", "3 4 - - - - - - -"},
+      {kCpbsRead, "+CPBS: \"SM\",99999999999", "2147483647 - - - - - - - -"},
+      {kJusim, "+JUSIM: 1", "1 - - - - - - - -"},
+      {kJusim, "+JUSIM: (0-1)", "- - - - - - - - -"},
+      {kCardmode, "^CARDMODE: 2", "2 - - - - - - - -"},
+      // "+EUSIM: " is also a report's beginning, and a report comes first.
+      {kEusim, "+EUSIM: 1", "- - - - - - - - -"},
+      {kEusim, "1", "1 - - - - - - - -"},
+      {kJcpbq, "+CPBR: 1,2,3", "3 - - - - - - - -"},
+      {kJcpbq, "+CPBR: 1,\"123\",129,\"A\"", "- - - - - - - - -"},
+      // clang-format on
+  };
+  for (const auto& c : cases) {
+    ScriptedModem modem;
+    if (!c.line.empty()) modem.on("AT", information({c.line}));
+    std::fill(std::begin(g_values), std::end(g_values), -77);
+    c.call();
+    std::string values;
+    for (int32_t value : g_values) values += (value == -77 ? "-" : std::to_string(value)) + " ";
+    EXPECT_EQ(values, c.values + " ") << c.line;
+  }
+  ScriptedModem modem;
+  modem.on("AT", test::kNotSupport);
+  kJcpbrTest();
+  EXPECT_EQ(g_values[8], 0);
+}
+
+TEST(Commands, NothingIsSentThatWouldBeAnotherCommand) {
+  ScriptedModem modem;
+  modem.on("AT", test::kOk);
+  test::clear_records();
+  for (const char* text : {"A\"B", "A\rAT+CFUN=0", "A\nB", "A\x1A", "A\x1B"}) {
+    EXPECT_EQ(cpbw(1, "1", 129, text)(), 1u);
+    EXPECT_EQ(vendor(JCPBW_Set, 1, 129, {"1", "A", "", "", text, ""})(), 1u);
+    EXPECT_EQ(vendor(SCPBW_Set, 1, 129, {"1", "A", "", "", text, ""})(), 1u);
+    EXPECT_EQ(CPBS_Set(text), 1u);
+  }
+  CharsetName name;
+  std::memset(&name, 'U', sizeof name);
+  EXPECT_EQ(CSCS_Set(name), 1u);
+  EXPECT_EQ(CPBS_Set(std::string(90, 'x').c_str()), 1u);
+  EXPECT_EQ(test::logged("AtCodec/PB_AtWrapper", 3).size(), 22u);
+  int32_t value = 0;
+  EXPECT_EQ(JCPBM_Test(), 1u);
+  EXPECT_EQ(cpbw(-1, "", 0, "")(), 1u);
+  for (uint32_t result :
+       {CPBS_Set(nullptr), CPBS_Read(nullptr, &value), CPBS_Read(&value, nullptr),
+        CPBR_Test(nullptr), JCPBR_Test(nullptr, g_values), SCPBR_Test(&value, nullptr),
+        JCPBQ_Set(1, nullptr), JUSIM_Test(nullptr), CPBR_Set(1, 2, nullptr), CPBW_Set(nullptr)}) {
+    EXPECT_EQ(result, 1u);
+  }
+  EXPECT_TRUE(modem.sent().empty());
+  EXPECT_EQ(CPBS_Set(std::string(89, 'x').c_str()), 0u);
+}
+
+TEST(Commands, LogWhenNobodyAnswersOrNothingCanBeRead) {
+  test::clear_records();
+  EXPECT_EQ(kCpbrTest(), 1u);  // no server: 300 attempts, one second apart
+  EXPECT_EQ(test::sleeps().size(), 300u);
+  EXPECT_TRUE(test::has_logged(3, "CPBR_Test cmd return Error"));
+
+  ScriptedModem modem;
+  const std::string unreadable = "Bk_Parse_At_Res return UNI_ERROR_FALSE\n";
+  modem.on("AT", std::string("\r\ngarbage\r\n"));
+  test::clear_records();
+  CPBS_Set("SM");
+  kEusim();
+  kCardmode();
+  cpbw(1, "1", 129, "A")();
+  EXPECT_TRUE(test::has_logged(7, "AT+CPBS=\"SM\" send to at server\n"));
+  EXPECT_TRUE(test::has_logged(7, "###K47D LOG### CPBS_Set return \n"));
+  EXPECT_TRUE(test::has_logged(7, "###K47D LOG###   " + unreadable));
+  EXPECT_EQ(test::logged("AtCodec/PB_AtWrapper", 3),
+            (Lines{"###K47D LOG###   " + unreadable, "###K47D LOG###  " + unreadable}));
+  testing::internal::CaptureStdout();
+  kJusim();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "###K47D LOG###   " + unreadable);
+  modem.on("AT", test::kError);
+  read(CPBR_Set, 1, 2)();
+  read(JCPBR_Set, 1, 2)();
+  EXPECT_TRUE(test::has_logged(3, "###K47D LOG###   CPBR read return ERROR\n"));
+  EXPECT_TRUE(test::has_logged(3, "###K47D LOG###   JCPBR read return ERROR\n"));
+}
+
+// Every entry as "index|number|type|text|number2|number3|email|extra|coding ".
+std::string processed(uint32_t (*processor)(AtRes*, PbItemList*), int platform,
+                      const std::string& payload) {
+  QL_setCurrentPlatform(platform);
+  const auto answer = std::make_unique<AtRes>();
+  const auto list = std::make_unique<PbItemList>();
+  payload.copy(answer->Paras, sizeof answer->Paras - 1);
+  EXPECT_EQ(processor(answer.get(), list.get()), 0u);
+  std::string all;
+  for (int32_t k = 0; k < list->count; ++k) {
+    const PbItem& i = list->items[k];
+    all += std::to_string(i.storageIndex) + "|" + i.number + "|" + std::to_string(i.numberType);
+    for (const char* text : {i.text, i.number2, i.number3, i.email, i.extraText}) {
+      all += std::string("|") + text;
+    }
+    all += "|" + std::to_string(i.coding) + " ";
+  }
+  QL_setCurrentPlatform(0);
+  return all;
+}
+
+TEST(AnswerProcessors, Lines) {
+  const auto cpbr = CPBR_SetATResProcess;
+  const auto jcpbr = JCPBR_SetATResProcess;
+  const auto scpbr = SCPBR_SetATResProcess;
+  const std::string d40(40, '7'), w60(60, 'A'), wide(300, 'W');
+  const struct {
+    uint32_t (*processor)(AtRes*, PbItemList*);
+    int platform;
+    std::string payload, items;
+    size_t cut = 0;  // entries with a text wider than its member, each logged
+  } cases[] = {
+      // clang-format off
+      {cpbr, 0, R"(1,"+49",145,"A";3,"5 5",129,"Smith; Mary, Ann")",
+       "1|+49|145|A|||||0 3|5 5|129|Smith; Mary, Ann|||||0 "},
+      {cpbr, 0, R"(4,"666",129,"Eve",0)", "4|666|129|Eve 0|||||0 "},
+      {cpbr, 1, R"(4,"666",129,"Eve",0)", "4|666|129|Eve|||||0 "},
+      {cpbr, 0, R"(5,"",129,"";6,"1",129)", "5||129||||||0 6|1|129||||||0 "},
+      {cpbr, 0, "junk", "0||0||||||0 "},
+      // More digits than the format takes spill into the type; the text still starts at the third
+      // separator, unless it lies behind the first 399 characters.
+      {cpbr, 0, "7,\"" + d40 + "7\",129,\"Kim\"", "7|" + d40 + "|7|Kim|||||0 "},
+      {cpbr, 1, "7,\"" + d40 + "7\",129,\"Kim\"", "7|" + d40 + "7|129|Kim|||||0 "},
+      {cpbr, 0, "8,\"" + std::string(395, '7') + "\",9,\"F\"", "8|" + d40 + "|2147483647||||||0 "},
+      {cpbr, 8, R"(6,"777",129,"Kim, Al";7,"",129,"";8,"9)",
+       "6|777|129|Ki|||||0 7||129||||||0 8||0||||||0 "},
+      {jcpbr, 0, R"(7,"123","Ann A","456","789","mail","x y";8,"1","","","","","")",
+       "7|123|0|Ann A|456|789|mail|x y|0 8|1|0||||||0 "},
+      {jcpbr, 0, "9,\"1\",\"" + w60 + "AA\",\"2\"", "9|1|0|" + w60 + "|AA|2|||0 "},
+      {scpbr, 4, R"(8,"111",129,"222",129,"333",129,"",129,"Lee B",1,"mail")",
+       "8|111|129|Lee B|333|222|mail||1 "},
+      {scpbr, 4, R"(8,"111",129,"222",0,"333",129,"",129,"Lee",1,"")", "8|111|129|Lee|333||||1 "},
+      {scpbr, 4, R"(7,"1",129,"2",129,"3",129;8,"1",129,"2",129;9,"1",129,"2")",
+       "7|1|129||3|2|||0 8|1|129|||2|||0 9|1|129||||||0 "},
+      {cpbr, 0, "1,\"2\",129,\"" + wide + "\"", "1|2|129|" + wide.substr(0, 127) + "|||||0 ", 1},
+      {cpbr, 1, "1,\"2\",129,\"" + wide + "\"", "1|2|129|" + wide.substr(0, 127) + "|||||0 ", 1},
+      {cpbr, 8, "1,\"" + wide + "\",129,\"b\"", "1|" + wide.substr(0, 98) + "|129|b|||||0 ", 1},
+      {scpbr, 4, "1,\"2\",129,\"" + wide.substr(0, 120) + "\",129,\"3\",129,\"\",129,\"" +
+       wide.substr(0, 140) + "\",2,\"m\"",
+       "1|2|129|" + wide.substr(0, 127) + "|3|" + wide.substr(0, 99) + "|m||2 ", 1},
+      // clang-format on
+  };
+  for (const auto& c : cases) {
+    test::clear_records();
+    EXPECT_EQ(processed(c.processor, c.platform, c.payload), c.items) << c.platform;
+    EXPECT_EQ(test::logged("lib_pb", 3).size(), c.cut) << c.payload;
+  }
+}
+
+TEST(AnswerProcessors, AtMostAHundredLinesOfOneAnswer) {
+  ScriptedModem modem;
+  modem.on("AT+CPBR=", information(Lines(150, "+CPBR: 7,\"1\",129,\"N\"")));
+  const auto list = std::make_unique<PbItemList>();
+  EXPECT_EQ(CPBR_Set(1, 150, list.get()), 0u);
+  EXPECT_EQ(list->count, 100);
+  EXPECT_EQ(list->items[99].storageIndex, 7);
+  EXPECT_EQ(list->items[100].storageIndex, 0);
+  EXPECT_TRUE(test::has_logged(7, "tParasList.nCount is 100\n"));
+}
+
+}  // namespace
