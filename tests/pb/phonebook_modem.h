@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -17,48 +16,37 @@ namespace test {
 
 using Lines = std::vector<std::string>;
 
-class PhonebookModem : public ScriptedModem {
- public:
-  PhonebookModem() {
-    on("AT+CPBS=", kOk);
-    on("AT+CSCS=", kOk);
-    on("AT+CPBS?", information({"+CPBS: \"SM\",12,250"}));
-    on("AT+CPBR=?", information({"+CPBR: (1-250),40,18"}));
-    on("AT+JCPBR=?", kNotSupport);
-  }
-
-  void offer_vendor(bool usim) {
-    on("AT+JCPBR=?", information({"+JCPBR: (1-250),40,60,41,42,128,61"}));
-    on("AT+JUSIM=?", information({usim ? "1" : "0"}));
-  }
-
-  // Discovers on `platform`; the commands of it are forgotten.
-  PbParam discover(int platform) {
-    QL_setCurrentPlatform(platform);
-    PbParam param = {};
-    EXPECT_EQ(0, QL_getPhonebookInfo(0, &param));
-    forget();
-    clear_records();
-    return param;
-  }
-};
-
-// A contact for a write, or room for one of a read.
-struct Contact {
-  Contact() = default;
-  Contact(int32_t index, const std::vector<std::pair<int32_t, std::string>>& texts) {
-    entry.storageIndex = index;
-    entry.FieldCount = static_cast<int32_t>(texts.size());
-    for (size_t k = 0; k != texts.size(); ++k) {
-      fields[k].fieldType = texts[k].first;
-      texts[k].second.copy(fields[k].pField, sizeof fields[k].pField);
+class Phonebook : public testing::Test {
+ protected:
+  Phonebook() {
+    for (const char* start : {"AT+CPBS=", "AT+CSCS=", "AT+CPBW=", "AT+JCPBW=", "AT^SCPBW="}) {
+      modem.on(start, kOk);
     }
+    modem.on("AT+CPBS?", information({"+CPBS: \"SM\",12,250"}));
+    modem.on("AT+CPBR=?", information({"+CPBR: (1-250),40,18,0,0,0,0"}));
+    modem.on("AT+JCPBR=?", kNotSupport);
   }
-  Contact(const Contact&) = delete;
-  Contact& operator=(const Contact&) = delete;
+  void offer_vendor(bool usim) {
+    modem.on("AT+JCPBR=?", information({"+JCPBR: (1-300),40,60,41,42,128,61"}));
+    modem.on("AT+JUSIM=?", information({usim ? "1" : "0"}));
+  }
+  // Discovers on `platform`; returns the commands of it, which are forgotten.
+  Lines discover(int platform) {
+    clear_records();
+    modem.forget();
+    QL_setCurrentPlatform(platform);
+    EXPECT_EQ(QL_getPhonebookInfo(0, &param), 0);
+    return sent();
+  }
+  // The lines since the last call.
+  Lines sent() {
+    const Lines lines = modem.lines();
+    modem.forget();
+    return lines;
+  }
 
-  PbField fields[PB_FIELD_TYPES] = {};
-  PhonebookEntry entry = {0, 0, fields, 0};
+  ScriptedModem modem;
+  PbParam param = {};
 };
 
 }  // namespace test
