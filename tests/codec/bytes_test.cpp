@@ -13,14 +13,6 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 using namespace std::string_literals;
 
-TEST(Septets, KnownText) {
-  const std::string text = "hellohello";
-  const std::vector<uint32_t> septets(text.begin(), text.end());
-  Bytes packed(9);
-  EXPECT_EQ(CODE_Encode7bit(septets.data(), packed.data(), 10), 9);
-  EXPECT_EQ(packed, (Bytes{0xE8, 0x32, 0x9B, 0xFD, 0x46, 0x97, 0xD9, 0xEC, 0x37}));
-}
-
 // Every length over three groups, against the position of each bit in the packed stream.
 TEST(Septets, EveryLengthBitByBit) {
   for (int32_t count = 0; count <= 25; ++count) {
@@ -38,112 +30,89 @@ TEST(Septets, EveryLengthBitByBit) {
     const int32_t unpacked = CODE_Decode7bit(packed.data(), out.data(), bytes);
     ASSERT_EQ(unpacked, bytes + bytes / 7);
     for (int32_t i = 0; i < unpacked; ++i) EXPECT_EQ(out[i], i < count ? septets[i] & 0x7F : 0);
-    EXPECT_EQ(out[unpacked], 0);
-    EXPECT_EQ(out[unpacked + 1], 0xEE);
+    EXPECT_EQ(out[unpacked] | out[unpacked + 1] << 8, 0xEE00);
   }
 }
 
-TEST(SemiOctets, SwapAndBack) {
-  const struct {
-    std::string plain;
-    std::string swapped;
-  } cases[] = {{"", ""}, {"1", "F1"}, {"12", "21"}, {"12345", "2143F5"}, {"123456", "214365"}};
-  for (const auto& c : cases) {
+TEST(SemiOctets, SwapAndBackAlsoInPlace) {
+  for (const auto& [plain, swapped] : std::vector<std::pair<std::string, std::string>>{
+           {"", ""}, {"1", "F1"}, {"12345", "2143F5"}, {"123456", "214365"}}) {
     char out[9] = "########";
-    EXPECT_EQ(CODE_InvertNumbers(c.plain.c_str(), out, c.plain.size()), c.swapped.size());
-    EXPECT_EQ(out, c.swapped);
-    EXPECT_EQ(out[c.swapped.size() + 1], '#');
-    EXPECT_EQ(CODE_SerializeNumbers(out, out, c.swapped.size()), c.plain.size()) << "in place";
-    EXPECT_EQ(out, c.plain);
-    EXPECT_EQ(CODE_InvertNumbers(out, out, c.plain.size()), c.swapped.size()) << "in place";
-    EXPECT_EQ(out, c.swapped);
+    EXPECT_EQ(CODE_InvertNumbers(plain.c_str(), out, plain.size()), swapped.size());
+    EXPECT_EQ(out, swapped);
+    EXPECT_EQ(out[swapped.size() + 1], '#');
+    EXPECT_EQ(CODE_SerializeNumbers(out, out, swapped.size()), plain.size());
+    EXPECT_EQ(out, plain);
+    CODE_InvertNumbers(out, out, plain.size());
+    EXPECT_EQ(out, swapped);
   }
   char out[7] = "######";
   EXPECT_EQ(CODE_SerializeNumbers("21f", out, 3), 2) << "a digit without partner is ignored";
-  EXPECT_STREQ(out, "12");
-  EXPECT_EQ(out[3], '#');
+  EXPECT_EQ(std::string(out, 4), "12\0#"s);
   EXPECT_EQ(CODE_SerializeNumbers("f1", out, 2), 2) << "only the upper-case filler is dropped";
 }
 
 TEST(Hex, BytesAndDigits) {
-  char text[6] = "#####";
+  char text[16] = "###############";
   const uint8_t bytes[] = {0x0A, 0xFF};
   EXPECT_EQ(CODE_Bytes2String(bytes, text, 2), 4);
-  EXPECT_STREQ(text, "0AFF");
-  EXPECT_EQ(CODE_StringtoHex(bytes, text, 0), 1);
-  EXPECT_STREQ(text, "0AFF");
-  char appended[12] = "x:";
-  EXPECT_EQ(CODE_StringtoHex(bytes, appended, 2), 1);
-  EXPECT_STREQ(appended, "x:0AFF");
-  EXPECT_EQ(CODE_Stringto2Bytes(L"\x1F4AF", appended, 1), 1) << "an odd length is rounded up";
-  EXPECT_STREQ(appended, "x:0AFFF4AF");
-  CODE_UCS2toASC(appended, L"Aé");
-  EXPECT_STREQ(appended, "004100E9");
-  CODE_UCS2toASC(appended, L"");
-  EXPECT_STREQ(appended, "");
-
+  EXPECT_EQ(CODE_StringtoHex(bytes, text, 1), 1);
+  EXPECT_EQ(CODE_Stringto2Bytes(L"\x1F4AF", text, 1), 1) << "an odd length is rounded up";
+  EXPECT_EQ(std::string(text, 12), "0AFF0AF4AF\0#"s);
+  CODE_UCS2toASC(text, L"Aé");
+  EXPECT_STREQ(text, "004100E9");
   const struct {
-    const char* hex;
-    int32_t count;
+    std::string hex;
     Bytes either;  // of CODE_String2Bytes
     Bytes upper;   // of CODE_AscToHex
   } cases[] = {
       // clang-format off
-      {"0AFF", 4, {0x0A, 0xFF}, {0x0A, 0xFF}}, {"0aff", 4, {0x0A, 0xFF}, {0x2A, 0xFF}},
-      {"12345", 5, {0x12, 0x34}, {0x12, 0x34, 0x50}}, {"/:", 2, {0x83}, {0xF3}},
-      {"\xB1\x32", 2, {0xA2}, {0xA2}}, {"", 0, {}, {}},
+      {"0AFF", {0x0A, 0xFF}, {0x0A, 0xFF}}, {"0aff", {0x0A, 0xFF}, {0x2A, 0xFF}},
+      {"12345", {0x12, 0x34}, {0x12, 0x34, 0x50}}, {"/:", {0x83}, {0xF3}},
+      {"\xB1\x32", {0xA2}, {0xA2}}, {"", {}, {}},
       // clang-format on
   };
   for (const auto& c : cases) {
-    uint8_t out[4] = {0xEE, 0xEE, 0xEE, 0xEE};
-    EXPECT_EQ(CODE_String2Bytes(c.hex, out, c.count), c.either.size()) << c.hex;
-    EXPECT_EQ(Bytes(out, out + c.either.size()), c.either) << c.hex;
+    Bytes out(4, 0xEE), zeros(4);
+    const auto count = static_cast<int32_t>(c.hex.size());
+    EXPECT_EQ(CODE_String2Bytes(c.hex.c_str(), out.data(), count), c.either.size());
     EXPECT_EQ(out[c.either.size()], 0xEE);
-    uint8_t zeros[4] = {};
-    EXPECT_EQ(CODE_AscToHex(zeros, c.hex, c.count), 1);
-    EXPECT_EQ(Bytes(zeros, zeros + c.upper.size()), c.upper) << c.hex;
+    out.resize(c.either.size());
+    EXPECT_EQ(out, c.either) << c.hex;
+    EXPECT_EQ(CODE_AscToHex(zeros.data(), c.hex.c_str(), count), 1);
     EXPECT_EQ(zeros[c.upper.size()], 0);
+    zeros.resize(c.upper.size());
+    EXPECT_EQ(zeros, c.upper) << c.hex;
   }
   uint8_t held[1] = {0x01};
   CODE_AscToHex(held, "8", 1);
   EXPECT_EQ(held[0], 0x81);
 }
 
-TEST(Ucs2, BytesAndWideText) {
+TEST(Ucs2, BytesAndTheLocalesTextToWideText) {
   wchar_t text[300];
   std::fill(std::begin(text), std::end(text), L'#');
   const uint8_t ended[] = {0x00, 0x41, 0x00, 0x00, 0x00, 0x42};
   EXPECT_EQ(CODE_DecodeUcs2(ended, text, 6), 1);
-  EXPECT_STREQ(text, L"A");
-  EXPECT_EQ(text[2], L'#');
+  EXPECT_EQ(std::wstring(text, 3), L"A\0#"s);
   EXPECT_EQ(CODE_DecodeUcs2(ended, text, 1), 0) << "half a pair";
   EXPECT_STREQ(text, L"");
-  const Bytes many(600, 0x4E);
-  EXPECT_EQ(CODE_DecodeUcs2(many.data(), text, 600), 255);
-  EXPECT_EQ(text[254], L'\x4E4E');
-  EXPECT_EQ(text[255], 0);
-  EXPECT_EQ(text[256], L'#');
+  EXPECT_EQ(CODE_DecodeUcs2(Bytes(600, 0x4E).data(), text, 600), 255);
+  EXPECT_EQ(std::wstring(text + 254, 3), L"\x4E4E\0#"s);
 
-  uint8_t out[400] = {};
-  EXPECT_EQ(CODE_EncodeUcs2(L"Aé", out, 0), 4);
-  EXPECT_EQ(Bytes(out, out + 4), (Bytes{0x00, 0x41, 0x00, 0xE9}));
-  EXPECT_EQ(CODE_EncodeUcs2(std::wstring(200, L'中').c_str(), out, 0), 400);
-  EXPECT_EQ(out[399], 0x2D);
-}
-
-TEST(Ucs2, EightBitTextInTheLocale) {
-  wchar_t text[7];
-  std::fill(std::begin(text), std::end(text), L'#');
   EXPECT_EQ(CODE_DecodeGSM8("abc", text, 5), 5);
-  EXPECT_EQ(std::wstring(text, 7), L"abc\0\0\0#"s);
+  EXPECT_EQ(std::wstring(text, 7), L"abc\0\0\0\x4E4E"s);
   EXPECT_EQ(CODE_DecodeGSM8("abc", text, 2), 2);
   EXPECT_STREQ(text, L"ab");
   ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
-  EXPECT_EQ(CODE_DecodeGSM8("\xC3\xA9x", text, 5), 5);
-  EXPECT_STREQ(text, L"éx");
-  EXPECT_EQ(CODE_DecodeGSM8("a\xFFz", text, 5), 5);
-  EXPECT_STREQ(text, L"a") << "ends at the byte that is no character";
+  EXPECT_EQ(CODE_DecodeGSM8("\xC3\xA9\xFFz", text, 5), 5);
+  EXPECT_STREQ(text, L"é") << "ends at the byte that is no character";
   std::setlocale(LC_ALL, "C");
+
+  uint8_t out[400] = {};
+  EXPECT_EQ(CODE_EncodeUcs2((L"é" + std::wstring(199, L'中')).c_str(), out, 0), 400);
+  EXPECT_EQ(Bytes(out, out + 3), (Bytes{0x00, 0xE9, 0x4E}));
+  EXPECT_EQ(out[399], 0x2D);
 }
 
 TEST(Bytes, NullPointersAndNegativeCounts) {
@@ -170,43 +139,38 @@ TEST(Bytes, NullPointersAndNegativeCounts) {
   refuses(CODE_DecodeGSM8, digits, wide, -1);
   CODE_UCS2toASC(nullptr, wide);
   CODE_UCS2toASC(digits, nullptr);
+  EXPECT_EQ(CODE_DecodePduTimeToQaltTime(nullptr).timeZone, 0);
 }
 
 TEST(TimeStamp, DatesAndZones) {
+  const std::string date = "212112413500";
+  using Time = std::array<int, 7>;  // year to second, zone
+  const auto at = [](int zone) { return Time{2012, 12, 21, 14, 53, 0, zone}; };
   const struct {
     std::string digits;
-    std::array<int, 7> time;  // year to second, zone
-    const char* printed;
+    Time time;
+    std::string zone, value;  // as printed
   } cases[] = {
       // clang-format off
-      {"21211241350023", {2012, 12, 21, 14, 53, 0, 32}, "timezone str 23\ntimezone 23\n"},
-      {"2121124135008A", {2012, 12, 21, 14, 53, 0, -28}, "timezone str 8A\ntimezone 8a\n"},
-      {"21211241350095", {2012, 12, 21, 14, 53, 0, 0}, "timezone str 95\ntimezone 95\n"},
-      {"21211241350084", {2012, 12, 21, 14, 53, 0, 48}, "timezone str 84\ntimezone 84\n"},
-      {"2121124135009C", {2012, 12, 21, 14, 53, 0, 0}, "timezone str 9C\ntimezone 9c\n"},
-      {"212112413500", {2012, 12, 21, 14, 53, 0, 0}, "timezone str \ntimezone 0\n"},
-      {"2121124135002", {2012, 12, 21, 14, 53, 0, 0}, "timezone str \ntimezone 0\n"},
-      {"80808090808000", {2008, 8, 8, 9, 8, 8, 0}, "timezone str 00\ntimezone 0\n"},
-      {"xy21124135", {}, "timezone str \ntimezone 0\n"},
-      {"21xx1241350023", {2012, 0, 0, 0, 0, 0, 32}, "timezone str 23\ntimezone 23\n"},
+      {date + "23", at(32), "23", "23"}, {date + "8A", at(-28), "8A", "8a"},
+      {date + "95", at(0), "95", "95"}, {date + "84", at(48), "84", "84"},
+      {date + "9C", at(0), "9C", "9c"}, {date, at(0), "", "0"}, {date + "2", at(0), "", "0"},
+      {"80808090808000", {2008, 8, 8, 9, 8, 8, 0}, "00", "0"}, {"xy21124135", {}, "", "0"},
+      {"21xx1241350023", {2012, 0, 0, 0, 0, 0, 32}, "23", "23"},
       // of a long zone text the last octet counts, of nine digits the last eight
-      {"2121124135001111223", {2012, 12, 21, 14, 53, 0, 32},
-       "timezone str 1111223\ntimezone 1111223\n"},
-      {"212112413500" + std::string(27, '1'), {2012, 12, 21, 14, 53, 0, 11},
-       "timezone str 111111111\ntimezone 11111111\n"},
-      {"212112413500" + std::string(28, '1'), {}, ""},
+      {date + "1111223", at(32), "1111223", "1111223"},
+      {date + std::string(27, '1'), at(11), "111111111", "11111111"},
       // clang-format on
   };
   for (const auto& c : cases) {
     testing::internal::CaptureStdout();
     const QaltTime t = CODE_DecodePduTimeToQaltTime(c.digits.c_str());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), c.printed) << c.digits;
-    const std::array<int, 7> time = {t.year,   t.month,  t.day,     t.hour,
-                                     t.minute, t.second, t.timeZone};
-    EXPECT_EQ(time, c.time) << c.digits;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "timezone str " + c.zone + "\ntimezone " + c.value + "\n");
+    EXPECT_EQ((Time{t.year, t.month, t.day, t.hour, t.minute, t.second, t.timeZone}), c.time);
     EXPECT_EQ(t.reserved, 0);
   }
-  EXPECT_EQ(CODE_DecodePduTimeToQaltTime(nullptr).timeZone, 0);
+  EXPECT_EQ(CODE_DecodePduTimeToQaltTime((date + std::string(28, '1')).c_str()).year, 0);
 }
 
 }  // namespace

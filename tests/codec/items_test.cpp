@@ -1,29 +1,18 @@
-// A contact's texts: the forms, the choice between them, the bounds of every buffer, the log.
+// Texts as modem and contact have them: hex texts, SIM alpha identifiers, the forms of a contact's
+// text, the choice between them, the bounds of every buffer, the log.
 #include <gtest/gtest.h>
 #include <syslog.h>
 
 #include <string>
+#include <vector>
 
 #include "qalt_at/text.h"
 #include "tests/support/recorder.h"
 
 namespace {
 
-class Items : public testing::Test {
- protected:
-  void SetUp() override {
-    QL_808182CodeSupportSet(0);
-    test::clear_records();
-  }
-  void TearDown() override { QL_808182CodeSupportSet(0); }
-};
-
-struct Encoding {
-  std::wstring text;
-  int flag;
-  int extended;
-  std::string hex;
-};
+using Bytes = std::vector<uint8_t>;
+using Text = std::u16string;
 
 std::wstring wide(size_t count, wchar_t c) {
   return std::wstring(count, c);
@@ -35,42 +24,146 @@ std::string digits(size_t count, const std::string& each) {
   return all;
 }
 
-const Encoding kEncodings[] = {
-    // clang-format off
-    {L"ab{", 0, 1, "61621B28"}, {L"ab{", 0, 2, "61621B28"}, {L"Aé", 0, 1, "4105"},
-    {L"中", 0, 1, "804E2D"}, {L"ò", 0, 1, "8000F2"}, {L"", 0, 1, ""}, {L"", 0, 0, ""},
-    {L"", 1, 0, ""}, {L"AB", 0, 0, "00410042"}, {L"AB", 1, 0, "00410042"},
-    {L"a{", 0, 0, "0061007B"}, {L"Пр", 0, 0, "041F0440"}, {L"Пр", 1, 0, "8102089FC0"},
-    {L"Пр", 1, 1, "80041F0440"}, {L"Пa", 1, 0, "8102089F61"}, {L"П^", 1, 0, "8102089F1B14"},
-    {L"^П", 1, 0, "8102081B149F"}, {L"éā", 1, 0, "00E90101"}, {L"é中", 1, 0, "00E94E2D"},
-    {L"a^", 1, 0, "0061005E"}, {L"a`", 1, 0, "8102006120"}, {L"`a", 1, 0, "8102002061"},
-    {L"`a}", 1, 0, "00600061007D"}, {L"\x80\xFF", 1, 0, "81020180FF"},
-    {L"\x7FFF", 1, 0, "8101FFFF"}, {L"\x8000", 1, 0, "8000"},
-    {L"Город", 1, 0, "81050893BEC0BEB4"},  // 17 bytes, yet the estimate asks for 22
-    // up to the limits of each form
-    {wide(160, L'a'), 0, 1, digits(160, "61")}, {wide(80, L'{'), 0, 1, digits(80, "1B28")},
-    {wide(39, L'中'), 0, 1, "80" + digits(39, "4E2D")},
-    {wide(79, L'П'), 1, 0, "814F08" + digits(79, "9F")},
-    {L"П" + wide(39, L'{'), 1, 0, "8128089F" + digits(39, "1B28")},
-    {wide(260, L'é') + L"中", 0, 0, digits(260, "00E9") + "4E2D"},
-    // clang-format on
+TEST(HexText, SizesAndCharacters) {
+  const struct {
+    std::string hex;
+    TextCoding coding;
+    int32_t count;  // as estimated
+    std::wstring text;
+    int32_t result = 1;
+    int32_t language = 0;
+  } cases[] = {
+      // clang-format off
+      {"", 0, 0, L"", 0}, {"4", 0, 0, L"", 0}, {"8", 0, 0, L"", 0}, {"41424", 0, 2, L"AB"},
+      {"80", 1, 0, L""}, {"801", 1, 0, L""}, {"00", 0, 1, L"@"}, {"8341", 0, 2, L" A"},
+      {"80004100420043", 1, 3, L"ABC"}, {"800041000000420043", 1, 4, L"A"},
+      {"81", 2, -2, L""}, {"8103", 2, -1, L""}, {"8102089FC0", 2, 2, L"Пр"},
+      {"82", 3, -3, L""}, {"820204108081", 3, 2, L"АБ"},
+      {"8102008041", 2, 2, L""},  // the base's own code point is U+0000
+      {"1B61", 0, 2, L"á", 1, 2}, {"1B61", 0, 2, L"\x1B"},
+      {"4a", 0, 1, L"j"},  // read as 0x40 | 0x2A: only upper case is a digit
+      {digits(512, "4"), 0, 256, wide(256, L'D')}, {digits(513, "4"), 0, 256, L"", 0},
+      {"80" + digits(510, "4"), 1, 127, wide(127, L'\x4444')},
+      {"81FF08" + digits(504, "4"), 2, 252, wide(160, L'D')},
+      // clang-format on
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.hex);
+    TextCoding coding = -1;
+    int32_t count = -9;
+    EXPECT_EQ(CODE_GetDecodeType(c.hex.c_str(), &coding), 1);
+    EXPECT_EQ(coding, c.coding);
+    EXPECT_EQ(CODE_PreDecodeGsmUcs(c.hex.c_str(), &count), 1);
+    EXPECT_EQ(count, c.count);
+    std::wstring out(c.hex.size() / 2 + 2, L'#');
+    EXPECT_EQ(CODE_Usc2orGsm7ToAscDecode(c.hex.c_str(), out.data(), c.language), c.result);
+    EXPECT_EQ(out.back(), L'#');
+    const std::wstring written = c.result == 1 ? c.text + L'\0' : L"#";
+    EXPECT_EQ(out.substr(0, written.size()), written);
+  }
+}
+
+// The decoded text; the values behind it must have stayed as they were.
+Text identifier(const Bytes& id, uint16_t max) {
+  Text out(200, u'\xEEEE');
+  EXPECT_EQ(CODE_utAlphaIdToUcs2(reinterpret_cast<uint16_t*>(out.data()), max, id.data(),
+                                 static_cast<uint16_t>(id.size())),
+            1);
+  return out.substr(0, out.find(u'\xEEEE'));
+}
+
+TEST(Identifier, Codings) {
+  const struct {
+    Bytes id;
+    Text text;
+  } cases[] = {
+      // clang-format off
+      {{}, u""}, {{0x80}, u""}, {{0x81, 0x05}, u""}, {{0x82, 0x02, 0x04}, u""},
+      {{0x80, 0x00, 0x41, 0xFF, 0xFF}, u"A"}, {{0x80, 0x00, 0x41, 0x00}, u"A"},
+      {{0x80, 0x00, 0x41, 0x00, 0x00, 0x00, 0x42}, u"A"},
+      {{0x81, 0x03, 0x08, 0x90, 0x41, 0x91}, u"\u0410A\u0411"},
+      {{0x81, 0x02, 0x00, 0x1B, 0x28, 0x41, 0x42}, u"{A"}, {{0x81, 0xFF, 0xFF, 0xFF}, u"\u7FFF"},
+      {{0x81, 0x05, 0x08, 0x1B}, u" "}, {{0x81, 0x05, 0x08, 0x1B, 0x90}, u" \u0410"},
+      {{0x81, 0x00, 0x08, 0x90}, u""}, {{0x82, 0x02, 0x04, 0x10, 0x80, 0x81}, u"\u0410\u0411"},
+      {{0x82, 0x02, 0xFF, 0xF0, 0x80, 0x91}, u"\uFFF0\u0001"}, {{0x41, 0x1B, 0x28, 0x42}, u"A{B"},
+      {{0x41, 0x1B}, u"A "}, {{0x1B, 0x0A}, u" \n"}, {{0x1B, 0x1B, 0x41}, u" A"},
+      {{0x5B, 0x5D, 0x10, 0x11, 0x08, 0xFF}, u"[]\u0394_\u00F2 "},
+      {{0x90, 0x41}, Text(1, 0)}, {Bytes(190, 0x41), Text(160, 'A')},
+      // clang-format on
+  };
+  for (const auto& c : cases) EXPECT_EQ(identifier(c.id, 190), c.text) << c.id.size();
+  EXPECT_EQ(identifier({0x90, 0x41}, 0), u"");
+  EXPECT_EQ(identifier({1, 2, 3, 4, 5}, 2).size(), 2u);
+
+  uint16_t out[4] = {0xEEEE, 0xEEEE, 0xEEEE, 0xEEEE};
+  const uint8_t ended[] = {0x80, 0x00, 0x41, 0xFF, 0xFF};
+  EXPECT_EQ(CODE_utAlphaId80ToUcs2(out, 1, ended, 5), 1);
+  EXPECT_EQ(out[1], 0xEEEE);
+  EXPECT_EQ(CODE_utAlphaId80ToUcs2(out, 4, ended, 5), 1);
+  EXPECT_EQ(out[1] | out[2], 0xEEEE) << "the end of the text is stored, not counted";
+  const uint8_t based[] = {0x81, 0x03, 0x08, 0x90, 0x91, 0x92};
+  EXPECT_EQ(CODE_utAlphaId81ToUcs2(out, 2, based, 6), 2);
+  EXPECT_EQ(CODE_utAlphaId82ToUcs2(out, 4, based, 6), 2);
+  EXPECT_EQ(out[0], 0x0890 + 0x11);
+  for (auto decoder : {CODE_utAlphaIdGsmToUcs2, CODE_utAlphaId80ToUcs2, CODE_utAlphaId81ToUcs2,
+                       CODE_utAlphaId82ToUcs2}) {
+    EXPECT_EQ(decoder(nullptr, 4, based, 6) + decoder(out, 4, nullptr, 6), 0);
+    EXPECT_EQ(decoder(out, 4, based, 0), 0);
+  }
+  uint16_t used = 0;
+  int result = 0;
+  EXPECT_EQ(CODE_mapEGsmToUcs2(0x1B, 0x65, out, &used), 2);
+  EXPECT_EQ(out[0], 0x20AC);
+  EXPECT_EQ(CODE_mapEGsmToUcs2(0x90, 0x65, out, &used), 1);
+  CODE_mapEGsmToUcs2_EXTENDED_ALPHABET(0x1B, 0x3C, out, &used, &result);
+  EXPECT_EQ(out[0], u'[');
+  EXPECT_EQ(result + used, 4);
+}
+
+class Items : public testing::Test {
+ protected:
+  ~Items() override { QL_808182CodeSupportSet(0); }
+};
+
+struct Encoding {
+  std::wstring text;
+  int flag;
+  int extended;
+  std::string hex;
 };
 
 TEST_F(Items, EncodeIntoEveryBufferSize) {
-  for (const Encoding& c : kEncodings) {
+  const Encoding cases[] = {
+      // clang-format off
+      {L"ab{", 0, 2, "61621B28"}, {L"Aé", 0, 1, "4105"}, {L"中", 0, 1, "804E2D"},
+      {L"ò", 0, 1, "8000F2"}, {L"", 0, 1, ""}, {L"", 1, 0, ""}, {L"AB", 1, 0, "00410042"},
+      {L"a{", 0, 0, "0061007B"}, {L"Пр", 0, 0, "041F0440"}, {L"Пр", 1, 1, "80041F0440"},
+      {L"Пa", 1, 0, "8102089F61"}, {L"П^", 1, 0, "8102089F1B14"}, {L"^П", 1, 0, "8102081B149F"},
+      {L"éā", 1, 0, "00E90101"}, {L"é中", 1, 0, "00E94E2D"}, {L"a^", 1, 0, "0061005E"},
+      {L"`a", 1, 0, "8102002061"}, {L"`a}", 1, 0, "00600061007D"},
+      {L"\x80\xFF", 1, 0, "81020180FF"}, {L"\x7FFF", 1, 0, "8101FFFF"}, {L"\x8000", 1, 0, "8000"},
+      {L"Город", 1, 0, "81050893BEC0BEB4"},  // 17 bytes, yet the estimate asks for 22
+      // up to the limits of each form
+      {wide(160, L'a'), 0, 1, digits(160, "61")}, {wide(80, L'{'), 0, 1, digits(80, "1B28")},
+      {wide(39, L'中'), 0, 1, "80" + digits(39, "4E2D")},
+      {wide(79, L'П'), 1, 0, "814F08" + digits(79, "9F")},
+      {L"П" + wide(39, L'{'), 1, 0, "8128089F" + digits(39, "1B28")},
+      {wide(260, L'é') + L"中", 0, 0, digits(260, "00E9") + "4E2D"},
+      // clang-format on
+  };
+  for (const Encoding& c : cases) {
     SCOPED_TRACE(c.hex);
     QL_808182CodeSupportSet(c.flag);
     uint32_t estimate = 0;
     CODE_PreEncodeGsmUcs(c.text.c_str(), &estimate);
     const size_t needed = std::max<size_t>(estimate, c.hex.size() + 1);
-    const int expected_pure = estimate == 2 * c.text.size();
     for (size_t size = 0; size <= needed + 1; ++size) {
       std::string buffer(size + 8, '#');
       int pure = 7;
       const int result =
           QL_encodePBItem(c.text.c_str(), buffer.data(), static_cast<int>(size), &pure, c.extended);
       ASSERT_EQ(result, size < needed) << size;
-      EXPECT_EQ(pure, expected_pure);
+      EXPECT_EQ(pure, estimate == 2 * c.text.size());
       const std::string written = result == 0 ? c.hex + '\0' : "";
       ASSERT_EQ(buffer, written + std::string(buffer.size() - written.size(), '#'));
     }
@@ -86,18 +179,16 @@ TEST_F(Items, WhatExceedsAFormIsRefused) {
       // clang-format off
       {wide(161, L'a'), 0, 1, ""}, {wide(80, L'{') + L"a", 0, 1, ""}, {wide(40, L'中'), 0, 1, ""},
       {wide(80, L'П'), 1, 0, ""}, {L"П" + wide(40, L'{'), 1, 0, ""}, {wide(261, L'中'), 1, 0, ""},
-      {L"\x1F600", 0, 0, ""}, {L"\x1F600", 1, 0, ""}, {L"a\x1F600", 0, 1, ""},
-      {wide(1, static_cast<wchar_t>(0xFFFFFFFF)), 0, 0, ""},
+      {L"\x1F600", 1, 0, ""}, {wide(1, static_cast<wchar_t>(0xFFFFFFFF)), 0, 0, ""},
       // clang-format on
   };
   for (const Encoding& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.text));
     QL_808182CodeSupportSet(c.flag);
     test::clear_records();
     std::string buffer(5000, '#');
     int pure = 0;
     EXPECT_EQ(QL_encodePBItem(c.text.c_str(), buffer.data(), 4000, &pure, c.extended), 1);
-    EXPECT_EQ(test::logged("lib_pb", LOG_ERR).size(), 1u);
+    EXPECT_EQ(test::logged("lib_pb", LOG_ERR).size(), 1u) << testing::PrintToString(c.text);
     EXPECT_EQ(PB_EncodeItem(c.text.c_str(), buffer.data(), c.extended), 0);
     EXPECT_EQ(c.flag == 1 && PB808182EncodeItem(c.text.c_str(), buffer.data()), 0);
     EXPECT_EQ(buffer, std::string(5000, '#'));
@@ -112,10 +203,9 @@ TEST_F(Items, ChoiceOfTheCoding) {
   } cases[] = {
       // clang-format off
       {L"", 0, 99}, {L"abc", 0, 99}, {L"ab|", 1, 99}, {L"`", 2, 0}, {L"`{", 1, 99},
-      {L"\x7F", 0, 99}, {L"\x80", 2, 1}, {L"é中", 1, 99}, {L"ПaЯ`", 2, 8}, {L"éā", 3, 99},
-      {L"\xFF\x17F", 1, 99}, {L"\xFF\x17E", 3, 99}, {L"\x400\x47F", 2, 8},
-      {L"\x7F80\x7FFF", 2, 255}, {L"\x8000\x8001", 3, 99}, {L"abП{", 2, 8},
-      {wide(260, L'П'), 2, 8}, {wide(261, L'П'), 1, 99},
+      {L"\x7F", 0, 99}, {L"\x80", 2, 1}, {L"ПaЯ`", 2, 8}, {L"éā", 3, 99}, {L"\xFF\x17F", 1, 99},
+      {L"\xFF\x17E", 3, 99}, {L"\x400\x47F", 2, 8}, {L"\x7F80\x7FFF", 2, 255},
+      {L"\x8000\x8001", 3, 99}, {wide(260, L'П'), 2, 8}, {wide(261, L'П'), 1, 99},
       // clang-format on
   };
   for (const auto& c : cases) {
@@ -124,14 +214,10 @@ TEST_F(Items, ChoiceOfTheCoding) {
         << testing::PrintToString(c.text);
     EXPECT_EQ(base, c.base) << testing::PrintToString(c.text);
   }
-  uint16_t max = L'm';
-  uint16_t min = L'm';
+  uint16_t max = L'm', min = L'm';
   EXPECT_EQ(GetMaxMinCharFromString(L"max中", &max, &min), 4);
-  EXPECT_EQ(max, L'中');
-  EXPECT_EQ(min, L'a');
-  EXPECT_EQ(GetMaxMinCharFromString(L"", &max, &min), 0);
   EXPECT_EQ(GetMaxMinCharFromString(nullptr, &max, &min), 0);
-  EXPECT_EQ(max, L'中');
+  EXPECT_EQ((std::wstring{max, min}), L"中a");
 }
 
 struct Decoding {
@@ -148,8 +234,7 @@ TEST_F(Items, DecodeIntoEveryBufferSize) {
       {"804E2D", 1, L"中", 1}, {"8102089FC0", 1, L"Пр", 2}, {"820204108081", 1, L"АБ", 2},
       {"00410042", 2, L"AB", 4},  // only 1 is a vendor contact to the decoder
       // sized by the tag that they seem to have
-      {"80014E2D", 0, L"\x8001中", 1}, {"81024E2D", 0, L"\x8102中", 1},
-      {"82014E2D4E2D", 0, L"\x8201中中", 2},
+      {"80014E2D", 0, L"\x8001中", 1}, {"82014E2D4E2D", 0, L"\x8201中中", 2},
       {digits(127, "41") + "4", 1, wide(127, L'A'), 127},
       {digits(63, "4E2D") + "4", 0, wide(63, L'中'), 126},
       // clang-format on
@@ -169,99 +254,76 @@ TEST_F(Items, DecodeIntoEveryBufferSize) {
     EXPECT_EQ(PB_DecodeItem(c.hex.c_str(), unbounded.data(), c.extended), 1);
     EXPECT_STREQ(unbounded.c_str(), c.text.c_str());
   }
-  // clang-format off
-  for (const Decoding& c : {Decoding{"", 1, L"", 0}, {"4", 1, L"", 0},
-                            {digits(128, "41"), 1, L"", 0}, {digits(127, "00"), 0, L"", 0}}) {
-    // clang-format on
-    wchar_t buffer[400] = L"#";
+  wchar_t buffer[400] = L"#";
+  for (const auto& [hex, extended] :
+       {std::pair{std::string("4"), 1}, {digits(128, "41"), 1}, {digits(127, "00"), 0}}) {
     test::clear_records();
-    EXPECT_EQ(QL_decodePBItem(c.hex.c_str(), buffer, 400, c.extended), 1) << c.hex;
+    EXPECT_EQ(QL_decodePBItem(hex.c_str(), buffer, 400, extended), 1) << hex;
     EXPECT_EQ(test::logged("lib_pb", LOG_ERR).size(), 1u);
-    EXPECT_EQ(PB_DecodeItem(c.hex.c_str(), buffer, c.extended), 0);
-    EXPECT_STREQ(buffer, L"#");
+    EXPECT_EQ(PB_DecodeItem(hex.c_str(), buffer, extended), 0);
   }
-  wchar_t buffer[4];
   EXPECT_EQ(QL_decodePBItem("81", buffer, -3, 1), 1) << "a count below 0 is no room";
+  EXPECT_STREQ(buffer, L"#");
 }
 
-TEST_F(Items, Sizes) {
-  int size = 0;
-  for (const auto& [text, wanted] : {std::pair{L"abc{", 4}, {L"ab中", 12}, {L"", 0}}) {
-    EXPECT_EQ(PB_PreEncodeItem(text, &size), 0);
-    EXPECT_EQ(size, wanted);
-  }
-  for (const auto& [hex, wanted] : {std::pair{"00410042", 5}, {"804E2D", 2}, {"", 1}, {"81", -1}}) {
-    EXPECT_EQ(PB_PreDecodeItem(hex, &size), 0);
-    EXPECT_EQ(size, wanted);
-  }
-}
-
-// The debug lines since the last call, in one text without the name that each begins with.
-std::string log_of(const std::string& function) {
-  std::string all;
-  for (const std::string& line : test::logged("lib_pb", LOG_DEBUG)) {
-    EXPECT_EQ(line.substr(0, function.size() + 1), function + " ");
-    all += line.substr(function.size() + 1);
-  }
-  test::clear_records();
-  return all;
-}
-
-TEST_F(Items, Log) {
+TEST_F(Items, SizesAndLog) {
   char hex[20];
   wchar_t text[20];
   int value = 0;
   test::clear_records();
   QL_encodePBItem(L"A", hex, 20, &value, 1);
-  EXPECT_EQ(log_of("QL_encodePBItem"),
-            "input para pSrcPbItem is A\ninput para DstBufSize is 20\n"
-            "input para bIsQaltExtendContact is 1\noutput para *pbPureGsm7 is 1\n"
-            "output para pDstEncodeItem is 41\noutput para result is 0\n");
   QL_encodePBItem(L"A", hex, 1, &value, 0);
-  EXPECT_EQ(log_of("QL_encodePBItem"),
-            "input para pSrcPbItem is A\ninput para DstBufSize is 1\n"
-            "input para bIsQaltExtendContact is 0\noutput para result is 1\n");
   QL_decodePBItem("41", text, 20, 1);
-  EXPECT_EQ(log_of("QL_decodePBItem"),
-            "input para pSrEncodeItem is 41\ninput para DstBufSize is 20\n"
-            "input para bIsQaltExtendContact is 1\noutput para pDstPbItem is A\n");
   QL_decodePBItem("", text, 20, 1);
-  EXPECT_EQ(log_of("QL_decodePBItem"),
-            "input para pSrEncodeItem is \ninput para DstBufSize is 20\n"
-            "input para bIsQaltExtendContact is 1\noutput para result is 1\n");
-  QL_preEncodePBItem(L"A", &value);
-  EXPECT_EQ(log_of("QL_preEncodePBItem"),
-            "input para pSrcPbItem is A\noutput para pEncodeBufSize is 1\n"
-            "output para result is 0\n");
-  QL_preDecodePBItem("41", &value);
+  QL_preEncodePBItem(L"ab中", &value);
+  QL_preDecodePBItem("804E2D", &value);
   QL_preDecodePBItem(nullptr, &value);
-  EXPECT_EQ(log_of("QL_preDecodePBItem"),
-            "input para pSrEncodeItem is 41\noutput para pDecodeBufSize is 2\n"
-            "input para pSrEncodeItem is (null)\noutput para result is 1\n");
   QL_808182CodeSupportSet(1);
   QL_808182CodeSupportSet(2);
   EXPECT_EQ(is808182CodeSupport, 1);
-  EXPECT_EQ(log_of("QL_808182CodeSupportSet"),
-            "input para value is 1\ninput para value is 2\ninput para  is out of range\n");
+  EXPECT_EQ(test::logged("lib_pb", LOG_DEBUG).size(), 28u);
+  const std::string encode = "QL_encodePBItem ", decode = "QL_decodePBItem ";
+  const std::string pre_encode = "QL_preEncodePBItem ", pre_decode = "QL_preDecodePBItem ";
+  const std::string set = "QL_808182CodeSupportSet input para ";
+  for (const std::string& line :
+       {encode + "input para pSrcPbItem is A", encode + "input para DstBufSize is 20",
+        encode + "input para bIsQaltExtendContact is 1", encode + "output para *pbPureGsm7 is 1",
+        encode + "output para pDstEncodeItem is 41", encode + "output para result is 0",
+        encode + "output para result is 1", decode + "input para pSrEncodeItem is 41",
+        decode + "output para pDstPbItem is A", decode + "output para result is 1",
+        pre_encode + "output para pEncodeBufSize is 12", pre_encode + "output para result is 0",
+        pre_decode + "output para pDecodeBufSize is 2", pre_decode + "output para result is 1",
+        pre_decode + "input para pSrEncodeItem is (null)", set + "value is 2",
+        set + " is out of range"}) {
+    EXPECT_TRUE(test::has_logged(LOG_DEBUG, line + "\n")) << line;
+  }
 }
 
 TEST_F(Items, NullPointers) {
   char hex[20];
   wchar_t text[20];
-  int pure = 0;
+  int value = 0;
   uint32_t base = 0;
-  for (int result :
-       {QL_encodePBItem(nullptr, hex, 20, &pure, 0), QL_encodePBItem(L"a", nullptr, 20, &pure, 0),
-        QL_encodePBItem(L"a", hex, 20, nullptr, 0), QL_decodePBItem(nullptr, text, 20, 0),
-        QL_decodePBItem("41", nullptr, 20, 0), QL_preEncodePBItem(nullptr, &pure),
-        QL_preEncodePBItem(L"a", nullptr), QL_preDecodePBItem("41", nullptr)}) {
-    EXPECT_EQ(result, 1);
+  // clang-format off
+  for (const auto& [result, expected] : {
+           std::pair{QL_encodePBItem(nullptr, hex, 20, &value, 0), 1},
+           {QL_encodePBItem(L"a", nullptr, 20, &value, 0), 1},
+           {QL_encodePBItem(L"a", hex, 20, nullptr, 0), 1},
+           {QL_decodePBItem(nullptr, text, 20, 0), 1}, {QL_decodePBItem("41", nullptr, 20, 0), 1},
+           {QL_preEncodePBItem(nullptr, &value), 1}, {QL_preEncodePBItem(L"a", nullptr), 1},
+           {QL_preDecodePBItem("41", nullptr), 1}, {PB_EncodeItem(nullptr, hex, 0), 0},
+           {PB808182EncodeItem(L"a", nullptr), 0}, {PB_DecodeItem(nullptr, text, 0), 0},
+           {ChoosePhoneBookTextCodecType(nullptr, &base), 0},
+           {ChoosePhoneBookTextCodecType(L"П", nullptr), 0},
+           {CODE_GetDecodeType(nullptr, &value), 0}, {CODE_PreDecodeGsmUcs(nullptr, &value), 0},
+           {CODE_Usc2orGsm7ToAscDecode(nullptr, text, 0), 0},
+           {CODE_Usc2orGsm7ToAscDecode("41", nullptr, 0), 0},
+           {CODE_utAlphaIdToUcs2(nullptr, 4, nullptr, 6), 1},
+           {CODE_mapEGsmToUcs2(0x41, 0, nullptr, nullptr), 0}, {PB_PreEncodeItem(L"abc{", &value), 0}}) {
+    // clang-format on
+    EXPECT_EQ(result, expected);
   }
-  for (int result : {PB_EncodeItem(nullptr, hex, 0), PB808182EncodeItem(L"a", nullptr),
-                     PB_DecodeItem(nullptr, text, 0), ChoosePhoneBookTextCodecType(nullptr, &base),
-                     ChoosePhoneBookTextCodecType(L"П", nullptr)}) {
-    EXPECT_EQ(result, 0);
-  }
+  EXPECT_EQ(value, 4);
 }
 
 }  // namespace
