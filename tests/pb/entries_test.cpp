@@ -95,11 +95,11 @@ TEST_F(Entries, ReadIntoTheCallersRecordsAndTheIndexBuffer) {
   entries[2].storageIndex = -1;
   EXPECT_EQ(QL_getPhonebookEntry(0, 5, 7, entries), 0);
   EXPECT_EQ(entries[0].storageIndex, 5);
-  EXPECT_EQ(std::string(contacts[0].fields[1].pField, PB_FIELD_SIZE),
-            std::string(PB_FIELD_SIZE, '\0'));
+  EXPECT_EQ(entries[2].storageIndex, -1);
+  const PbField& empty = contacts[0].fields[1];
+  EXPECT_EQ(std::string(empty.pField, PB_FIELD_SIZE), std::string(PB_FIELD_SIZE, '\0'));
   EXPECT_EQ(contacts[0].fields[2].pField[0], 'z');
   EXPECT_STREQ(contacts[1].fields[1].pField, "C D");
-  EXPECT_EQ(entries[2].storageIndex, -1);
   PbItem item;
   EXPECT_EQ(PBB_ReadPB(7, &item), 1);
   EXPECT_EQ(item.numberType, 145);
@@ -110,10 +110,8 @@ TEST_F(Entries, ReadIntoTheCallersRecordsAndTheIndexBuffer) {
 
 TEST_F(Entries, ARefusedReadIsRepeatedThreeTimes) {
   discover(99);
-  for (const auto& [refusals, reads, result] :
-       {std::tuple{3, 4u, 0}, std::tuple{4, 4u, 9}, std::tuple{1, 2u, 0}}) {
-    int left = refusals;
-    modem.on("AT+CPBR=1,", [&left](auto&) {
+  for (const auto& [refusals, reads, result] : {std::tuple{3, 4u, 0}, {4, 4u, 9}, {1, 2u, 0}}) {
+    modem.on("AT+CPBR=1,", [left = refusals](auto&) mutable {
       return left-- > 0 ? test::kError : information({"+CPBR: 1,\"1\",129,\"A\""});
     });
     test::clear_records();
