@@ -4,6 +4,7 @@
 #include <syslog.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "qalt_at/text.h"
@@ -123,17 +124,26 @@ TEST(Identifier, Codings) {
 class Items : public testing::Test {
  protected:
   ~Items() override { QL_808182CodeSupportSet(0); }
-};
 
-struct Encoding {
-  std::wstring text;
-  int flag;
-  int extended;
-  std::string hex;
+  // A text is whole in a buffer of `needed` units, and refused in any smaller one, which stays.
+  template <typename String, typename Call>
+  static void expect_whole_or_untouched(const String& text, size_t needed, Call call) {
+    for (size_t size = 0; size <= needed + 1; ++size) {
+      String buffer(size + 8, '#');
+      const int result = call(buffer.data(), static_cast<int>(size));
+      ASSERT_EQ(result, size < needed) << size;
+      const String written = result == 0 ? String(text.c_str(), text.size() + 1) : String();
+      ASSERT_EQ(buffer, written + String(buffer.size() - written.size(), '#'));
+    }
+  }
 };
 
 TEST_F(Items, EncodeIntoEveryBufferSize) {
-  const Encoding cases[] = {
+  const struct {
+    std::wstring text;
+    int flag, extended;
+    std::string hex;
+  } cases[] = {
       // clang-format off
       {L"ab{", 0, 2, "61621B28"}, {L"Aé", 0, 1, "4105"}, {L"中", 0, 1, "804E2D"},
       {L"ò", 0, 1, "8000F2"}, {L"", 0, 1, ""}, {L"", 1, 0, ""}, {L"AB", 1, 0, "00410042"},
@@ -151,23 +161,17 @@ TEST_F(Items, EncodeIntoEveryBufferSize) {
       {wide(260, L'é') + L"中", 0, 0, digits(260, "00E9") + "4E2D"},
       // clang-format on
   };
-  for (const Encoding& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.hex);
     QL_808182CodeSupportSet(c.flag);
     uint32_t estimate = 0;
     CODE_PreEncodeGsmUcs(c.text.c_str(), &estimate);
     const size_t needed = std::max<size_t>(estimate, c.hex.size() + 1);
-    for (size_t size = 0; size <= needed + 1; ++size) {
-      std::string buffer(size + 8, '#');
-      int pure = 7;
-      const int result =
-          QL_encodePBItem(c.text.c_str(), buffer.data(), static_cast<int>(size), &pure, c.extended);
-      ASSERT_EQ(result, size < needed) << size;
-      EXPECT_EQ(pure, estimate == 2 * c.text.size());
-      const std::string written = result == 0 ? c.hex + '\0' : "";
-      ASSERT_EQ(buffer, written + std::string(buffer.size() - written.size(), '#'));
-    }
-    test::clear_records();
+    int pure = 7;
+    expect_whole_or_untouched(c.hex, needed, [&](char* out, int size) {
+      return QL_encodePBItem(c.text.c_str(), out, size, &pure, c.extended);
+    });
+    EXPECT_EQ(pure, estimate == 2 * c.text.size());
     std::string unbounded(4 * c.text.size() + 8, '#');
     EXPECT_EQ(PB_EncodeItem(c.text.c_str(), unbounded.data(), c.extended), 1);
     EXPECT_STREQ(unbounded.c_str(), c.hex.c_str());
@@ -175,22 +179,20 @@ TEST_F(Items, EncodeIntoEveryBufferSize) {
 }
 
 TEST_F(Items, WhatExceedsAFormIsRefused) {
-  const Encoding cases[] = {
-      // clang-format off
-      {wide(161, L'a'), 0, 1, ""}, {wide(80, L'{') + L"a", 0, 1, ""}, {wide(40, L'中'), 0, 1, ""},
-      {wide(80, L'П'), 1, 0, ""}, {L"П" + wide(40, L'{'), 1, 0, ""}, {wide(261, L'中'), 1, 0, ""},
-      {L"\x1F600", 1, 0, ""}, {wide(1, static_cast<wchar_t>(0xFFFFFFFF)), 0, 0, ""},
-      // clang-format on
-  };
-  for (const Encoding& c : cases) {
-    QL_808182CodeSupportSet(c.flag);
+  // clang-format off
+  for (const auto& [text, flag, extended] : std::vector<std::tuple<std::wstring, int, int>>{
+           {wide(161, L'a'), 0, 1}, {wide(80, L'{') + L"a", 0, 1}, {wide(40, L'中'), 0, 1},
+           {wide(80, L'П'), 1, 0}, {L"П" + wide(40, L'{'), 1, 0}, {wide(261, L'中'), 1, 0},
+           {L"\x1F600", 1, 0}, {wide(1, static_cast<wchar_t>(0xFFFFFFFF)), 0, 0}}) {
+    // clang-format on
+    QL_808182CodeSupportSet(flag);
     test::clear_records();
     std::string buffer(5000, '#');
     int pure = 0;
-    EXPECT_EQ(QL_encodePBItem(c.text.c_str(), buffer.data(), 4000, &pure, c.extended), 1);
-    EXPECT_EQ(test::logged("lib_pb", LOG_ERR).size(), 1u) << testing::PrintToString(c.text);
-    EXPECT_EQ(PB_EncodeItem(c.text.c_str(), buffer.data(), c.extended), 0);
-    EXPECT_EQ(c.flag == 1 && PB808182EncodeItem(c.text.c_str(), buffer.data()), 0);
+    EXPECT_EQ(QL_encodePBItem(text.c_str(), buffer.data(), 4000, &pure, extended), 1);
+    EXPECT_EQ(test::logged("lib_pb", LOG_ERR).size(), 1u) << testing::PrintToString(text);
+    EXPECT_EQ(PB_EncodeItem(text.c_str(), buffer.data(), extended), 0);
+    EXPECT_EQ(flag == 1 && PB808182EncodeItem(text.c_str(), buffer.data()), 0);
     EXPECT_EQ(buffer, std::string(5000, '#'));
   }
 }
@@ -220,15 +222,13 @@ TEST_F(Items, ChoiceOfTheCoding) {
   EXPECT_EQ((std::wstring{max, min}), L"中a");
 }
 
-struct Decoding {
-  std::string hex;
-  int extended;
-  std::wstring text;
-  size_t count;  // as CODE_PreDecodeGsmUcs has it
-};
-
 TEST_F(Items, DecodeIntoEveryBufferSize) {
-  const Decoding cases[] = {
+  const struct {
+    std::string hex;
+    int extended;
+    std::wstring text;
+    size_t count;  // as CODE_PreDecodeGsmUcs has it
+  } cases[] = {
       // clang-format off
       {"00410042", 0, L"AB", 4}, {"", 0, L"", 0}, {"80", 1, L"", 0}, {"611B28", 1, L"a{", 3},
       {"804E2D", 1, L"中", 1}, {"8102089FC0", 1, L"Пр", 2}, {"820204108081", 1, L"АБ", 2},
@@ -239,17 +239,12 @@ TEST_F(Items, DecodeIntoEveryBufferSize) {
       {digits(63, "4E2D") + "4", 0, wide(63, L'中'), 126},
       // clang-format on
   };
-  for (const Decoding& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.hex);
-    const size_t needed = std::max(c.count, c.text.size() + 1);
-    for (size_t size = 0; size <= needed + 1; ++size) {
-      std::wstring buffer(size + 4, L'#');
-      const int result =
-          QL_decodePBItem(c.hex.c_str(), buffer.data(), static_cast<int>(size), c.extended);
-      ASSERT_EQ(result, size < needed) << size;
-      const std::wstring written = result == 0 ? c.text + L'\0' : L"";
-      ASSERT_EQ(buffer, written + wide(buffer.size() - written.size(), L'#'));
-    }
+    expect_whole_or_untouched(c.text, std::max(c.count, c.text.size() + 1),
+                              [&](wchar_t* out, int size) {
+                                return QL_decodePBItem(c.hex.c_str(), out, size, c.extended);
+                              });
     std::wstring unbounded(130, L'#');
     EXPECT_EQ(PB_DecodeItem(c.hex.c_str(), unbounded.data(), c.extended), 1);
     EXPECT_STREQ(unbounded.c_str(), c.text.c_str());
