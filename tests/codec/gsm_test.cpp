@@ -192,8 +192,8 @@ TEST(Gsm, StepsAndLookUpsOfClients) {
            {more(L"Δ", 0, 0, nullptr), 0}, {portuguese(nullptr, 0, 0, pt, wide), 0},
            {value(nullptr, 0, 0x7B, 10), -1}, {CODE_FindFromCodecTable(nullptr, 0, 0), 0},
            {CODE_FindFromCodecTable(L"中", -1, 0), 1}, {CODE_IsPureGsm7Code(nullptr, 0, &found), 0},
-           {CODE_IsPureGsm7Code(L"a", 0, nullptr), 0}, {CODE_PreEncodeGsmUcs(nullptr, &position), 1},
-           {CODE_PreEncodeGsmUcs(L"a", nullptr), 1}, {CODE_Gsm7ToUcs2(nullptr, out, 4, 0), -1},
+           {CODE_IsPureGsm7Code(L"a", 0, nullptr), 0}, {CODE_PreEncodeGsmUcs(L"a", nullptr), 1},
+           {CODE_PreEncodeGsmUcs(nullptr, &position), 1}, {CODE_Gsm7ToUcs2(nullptr, out, 4, 0), -1},
            {CODE_Gsm7ToUcs2(text, nullptr, 4, 0), -1}, {CODE_Gsm7ToUcs2(text, out, 0, 0), -1},
            {CODE_Ucs2ToGsm7(nullptr, text, 4, 0), 0}, {CODE_Ucs2ToGsm7(out, nullptr, 4, 0), 0}}) {
     // clang-format on

@@ -314,7 +314,8 @@ TEST_F(Items, NullPointers) {
            {CODE_Usc2orGsm7ToAscDecode(nullptr, text, 0), 0},
            {CODE_Usc2orGsm7ToAscDecode("41", nullptr, 0), 0},
            {CODE_utAlphaIdToUcs2(nullptr, 4, nullptr, 6), 1},
-           {CODE_mapEGsmToUcs2(0x41, 0, nullptr, nullptr), 0}, {PB_PreEncodeItem(L"abc{", &value), 0}}) {
+           {CODE_mapEGsmToUcs2(0x41, 0, nullptr, nullptr), 0},
+           {PB_PreEncodeItem(L"abc{", &value), 0}}) {
     // clang-format on
     EXPECT_EQ(result, expected);
   }
