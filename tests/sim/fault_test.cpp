@@ -1,6 +1,4 @@
 // What the simulated modem does wrong on demand.
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 
 #include "tests/sim/terminal.h"
@@ -8,11 +6,6 @@
 namespace qalt::sim {
 namespace {
 
-using std::chrono::milliseconds;
-using test::cme;
-using test::info;
-using test::kError;
-using test::kOk;
 using test::Terminal;
 
 Config with_rules(std::initializer_list<const char*> rules) {
@@ -22,76 +15,70 @@ Config with_rules(std::initializer_list<const char*> rules) {
 }
 
 TEST(Faults, RulesCountTheLinesTheyMatch) {
-  Terminal terminal(with_rules({"2:AT+CSQ:never", "3-:at+csq:answer=\\r\\nBUSY\\\\\\r\\n",
-                                "*:AT+CPIN:report-before=+CMTI: \"SM\",1"}));
-  const std::string csq = info("+CSQ: 20,99");
-  EXPECT_EQ(terminal.send("AT+CSQ"), csq);
-  EXPECT_EQ(terminal.send("AT+CPIN?"), "\r\n+CMTI: \"SM\",1\r\n" + info("+CPIN: READY"));
-  EXPECT_EQ(terminal.send("AT+CSQ"), "");
-  EXPECT_EQ(terminal.send("AT+CSQ"), "\r\nBUSY\\\r\n");
-  EXPECT_EQ(terminal.send("AT+CSQ"), "\r\nBUSY\\\r\n");
-  EXPECT_EQ(terminal.send("AT"), kOk);
-}
-
-TEST(Faults, ReportsAndTheAnswer) {
-  Terminal terminal(with_rules({"*:AT+CPBR:report-inside=+CDS: 5\n0011",
-                                "*:AT+CSQ:report-after=RING", "*:AT+CPBW:report-inside=RING"}));
-  EXPECT_EQ(terminal.send("AT+CPBR=19,20"),
-            "\r\n+CPBR: 19,\"\",129,\"No number yet\"\r\n\r\n+CDS: 5\r\n0011\r\n"
-            "+CPBR: 20,\"112\",129,\"\"\r\n" +
-                kOk);
-  EXPECT_EQ(terminal.send("AT+CSQ"), info("+CSQ: 20,99") + "\r\nRING\r\n");
-  EXPECT_EQ(terminal.send("AT+CPBW=250"), "\r\nRING\r\n" + kOk);
+  Terminal terminal(
+      with_rules({"2:AT+CSQ:never", "3-:at+csq:answer=\\r\\nBUSY\\\\\\r\\n",
+                  "*:AT+CPIN:report-before=+A: 1", "*:AT+CPBR:report-inside=+CDS: 5\n0011",
+                  "*:AT+CPAS:report-after=RING", "*:AT+CPBW:report-inside=RING"}));
+  terminal.expect({
+      {"AT+CSQ", "+CSQ: 20,99"},
+      {"AT+CPIN?", "/+A: 1//+CPIN: READY//OK/"},
+      {"AT+CSQ", ""},
+      {"AT+CSQ", "/BUSY\\/"},
+      {"AT+CSQ", "/BUSY\\/"},
+      {"AT", "OK"},
+      {"AT+CPBR=19,20",
+       "+CPBR: 19,\"\",129,\"No number yet\"//+CDS: 5/0011/+CPBR: 20,\"112\",129,\"\""},
+      {"AT+CPAS", "/+CPAS: 0//OK//RING/"},
+      {"AT+CPBW=250", "/RING//OK/"},
+  });
   terminal.modem.inject_report("+CMTI: \"SM\",2");
-  EXPECT_EQ(terminal.taken(), "\r\n+CMTI: \"SM\",2\r\n");
+  EXPECT_EQ(terminal.send(""), "\r\n+CMTI: \"SM\",2\r\n");
 }
 
 TEST(Faults, Schedule) {
   Config config = with_rules({"1:AT+CSQ:delay=300", "2:AT+CSQ:cut=9", "3:AT+CSQ:hang-up=4"});
-  config.faults.delay = milliseconds(20);
-  Terminal terminal(config);
-  const auto outputs = [&] {
-    terminal.modem.receive("AT+CSQ\r");
-    return terminal.modem.take();
+  config.faults.delay = std::chrono::milliseconds(20);
+  // The outputs as one text, with the delay before each.
+  const auto outputs = [](Modem& modem, const char* command) {
+    modem.receive(command);
+    std::string text;
+    for (const Output& output : modem.take()) {
+      text += std::to_string(output.delay.count()) + ":" + output.bytes + "|";
+      if (output.kind == Output::Kind::kHangUp) text += "hang-up";
+    }
+    return text;
   };
-  auto first = outputs();
-  ASSERT_EQ(first.size(), 1u);
-  EXPECT_EQ(first[0].delay, milliseconds(320));
-  EXPECT_EQ(outputs()[0].bytes, "\r\n+CSQ: 2");
-  auto third = outputs();
-  ASSERT_EQ(third.size(), 2u);
-  EXPECT_EQ(third[0].bytes, "\r\n+C");
-  EXPECT_EQ(third[1].kind, Output::Kind::kHangUp);
-
+  Modem modem(config);
+  EXPECT_EQ(outputs(modem, "ATE0\r"), "0:ATE0\r|20:\r\nOK\r\n|");
+  EXPECT_EQ(outputs(modem, "AT+CSQ\r"), "320:\r\n+CSQ: 20,99\r\n\r\nOK\r\n|");
+  EXPECT_EQ(outputs(modem, "AT+CSQ\r"), "20:\r\n+CSQ: 2|");
+  EXPECT_EQ(outputs(modem, "AT+CSQ\r"), "20:\r\n+C|0:|hang-up");
   config.faults.single_bytes = true;
-  Terminal bytewise(config);
-  bytewise.modem.receive("AT\r");
-  const auto bytes = bytewise.modem.take();
-  ASSERT_EQ(bytes.size(), kOk.size());
-  EXPECT_EQ(bytes[0].delay, milliseconds(20));
-  EXPECT_EQ(bytes[1].delay, milliseconds(0));
+  Modem bytewise(config);
+  outputs(bytewise, "ATE0\r");
+  EXPECT_EQ(outputs(bytewise, "AT\r"), "20:\r|0:\n|0:O|0:K|0:\r|0:\n|");
 }
 
 TEST(Faults, StatesOfThePhonebook) {
   Config config;
   config.faults.busy = 2;
   config.faults.refused_reads = 1;
-  config.faults.always_echo = true;
   config.faults.drop_writes = true;
   Terminal terminal(config);
-  EXPECT_EQ(terminal.send("AT+CPBS=\"SM\""), "AT+CPBS=\"SM\"\r" + cme(14));
-  EXPECT_EQ(terminal.send("AT+CPBS?"), "AT+CPBS?\r" + info("+CPBS: \"SM\",15,250"));
-  EXPECT_EQ(terminal.send("AT+CPBR=?"), "AT+CPBR=?\r" + cme(14));
-  EXPECT_EQ(terminal.send("AT+CPBR=1"), "AT+CPBR=1\r" + kError);
-  EXPECT_EQ(terminal.send("AT+CPBW=1"), "AT+CPBW=1\r" + kOk);
-  EXPECT_NE(terminal.send("AT+CPBR=1"), "AT+CPBR=1\r" + kOk);
-
+  terminal.expect({
+      {"AT+CPBS=\"SM\"", "14"},
+      {"AT+CPBS?", "+CPBS: \"SM\",15,250"},
+      {"AT+CPBR=?", "14"},
+      {"AT+CPBR=20", "ERROR"},
+      {"AT+CPBW=20", "OK"},
+      {"AT+CPBR=20", "+CPBR: 20,\"112\",129,\"\""},
+  });
   Config full;
-  full.faults.memory_full = true;
+  full.faults.memory_full = full.faults.always_echo = true;
   Terminal crowded(full);
-  EXPECT_EQ(crowded.send("AT+CPBW=,\"1\""), cme(20));
-  EXPECT_EQ(crowded.send("AT+CPBW=4,\"1\""), cme(20));
-  EXPECT_EQ(crowded.send("AT+CPBW=1,\"1\""), kOk);
+  EXPECT_EQ(crowded.send("AT+CPBW=,\"1\"\r"), "AT+CPBW=,\"1\"\r" + test::bytes_of("20"));
+  EXPECT_EQ(crowded.send("AT+CPBW=4,\"1\"\r"), "AT+CPBW=4,\"1\"\r" + test::bytes_of("20"));
+  EXPECT_EQ(crowded.send("AT+CPBW=1,\"1\"\r"), "AT+CPBW=1,\"1\"\r" + test::bytes_of("OK"));
 }
 
 TEST(Faults, RefusedRules) {

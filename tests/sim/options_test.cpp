@@ -2,11 +2,11 @@
 #include "sim/options.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <fstream>
 
-#include "tests/sim/terminal.h"
+#include "sim/modem.h"
+#include "tests/link/private_server.h"
 
 namespace qalt::sim {
 namespace {
@@ -19,26 +19,11 @@ Config parsed(const std::string& line) {
   return make_config(options);
 }
 
-// A file with the given text that is gone at the end of the test.
-struct ContactsFile {
-  explicit ContactsFile(const std::string& text) {
-    char name[] = "/tmp/qalt_contacts_XXXXXX";
-    ::close(::mkstemp(name));
-    path = name;
-    std::ofstream(path) << text;
-  }
-  ~ContactsFile() { ::unlink(path.c_str()); }
-  std::string path;
-};
-
-std::string error_of(const std::string& text) {
-  const ContactsFile file(text);
-  try {
-    parsed("--sim-size 5 --sim-name-length 4 --sim-contacts " + file.path);
-  } catch (const std::exception& error) {
-    return error.what();
-  }
-  return "";
+// The configuration with a contacts file of the given text.
+Config with_contacts(const std::string& text) {
+  const test::PrivateDirectory directory;
+  std::ofstream(directory.file("contacts")) << text;
+  return parsed("--sim-size 5 --sim-name-length 4 --sim-contacts " + directory.file("contacts"));
 }
 
 TEST(SimOptions, ReachTheConfiguration) {
@@ -63,11 +48,11 @@ TEST(SimOptions, ReachTheConfiguration) {
 }
 
 TEST(SimOptions, ContactsFromAFile) {
-  const ContactsFile file(R"({"SM": [{"number": "+49", "name": "Zoë"}, {"index": 4, "name": "中"},
-                                     {"number": "5", "type": 161}],
-                              "ME": [{"index": 2, "number": "1", "email": "a@b"}]})");
-  test::Terminal terminal(parsed("--sim-size 5 --sim-contacts " + file.path));
-  const State& state = terminal.modem.state();
+  const Modem modem(with_contacts(R"({"SM": [{"number": "+49", "name": "Zoë"},
+                                             {"index": 4, "name": "中"},
+                                             {"number": "5", "type": 161}],
+                                      "ME": [{"index": 2, "number": "1", "email": "a@b"}]})"));
+  const State& state = modem.state();
   EXPECT_EQ(state.sim.used(), 3);
   EXPECT_EQ(state.sim.find(1)->name, u"Zoë");
   EXPECT_EQ(state.sim.find(1)->type, kTypeInternational);
@@ -76,10 +61,7 @@ TEST(SimOptions, ContactsFromAFile) {
 }
 
 TEST(SimOptions, ContactsFileErrorsSayWhere) {
-  const struct {
-    const char* text;
-    const char* said;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"{", "parse error"},
       {"3", "neither an object nor an array"},
       {R"({"FD": []})", "\"FD\" is no storage"},
@@ -92,9 +74,13 @@ TEST(SimOptions, ContactsFileErrorsSayWhere) {
       {R"([{"index": "5"}])", "\"index\" is not a whole number"},
       {R"([{"name": "five5"}])", "more than 4 characters"},
   };
-  for (const auto& row : rows) {
-    EXPECT_NE(error_of(row.text).find(row.said), std::string::npos)
-        << row.text << ": " << error_of(row.text);
+  for (const auto& [text, said] : rows) {
+    try {
+      with_contacts(text);
+      ADD_FAILURE() << text;
+    } catch (const std::exception& error) {
+      EXPECT_NE(std::string(error.what()).find(said), std::string::npos) << error.what();
+    }
   }
   EXPECT_THROW(parsed("--sim-contacts /nowhere/at/all"), std::runtime_error);
 }

@@ -20,10 +20,7 @@ TEST(Text, EachCharacterSet) {
       {"", "", "", "", "", ""},
       {"Ab", "Ab", "Ab", "00410062", "00410062", "4162"},
       {"é@", "?@", "\x05\0"s, "00E90040", "810201E900", "0500"},
-      {"{€}", "{?}", "\x1B(\x1B\x65\x1B)", "007B20AC007D",
-       "810341"
-       "1B28AC1B29",
-       "1B281B651B29"},
+      {"{€}", "{?}", "\x1B(\x1B\x65\x1B)", "007B20AC007D", "8103411B28AC1B29", "1B281B651B29"},
       {"Пp", "?p", "?p", "041F0070", "8102089F70", "8102089F70"},
       {"中", "?", "?", "4E2D", "81019CAD", "804E2D"},
       // One character on each side of a half page: no base of 0x81, but one of 0x82.
@@ -47,18 +44,16 @@ TEST(Text, EachCharacterSet) {
 
 TEST(Text, EveryCodeOfTheAlphabetComesBack) {
   for (int code = 0; code < 128; ++code) {
-    if (code == 0x1B) continue;
-    for (const std::string& codes :
-         {std::string(1, char(code)), "\x1B" + std::string(1, char(code))}) {
-      const auto text = gsm_text(codes);
-      ASSERT_TRUE(text && text->size() == 1) << code;
+    const std::string codes(1, char(code));
+    for (const std::string& sent : {codes, "\x1B" + codes}) {
+      const auto text = gsm_text(sent);
+      EXPECT_EQ(text.has_value(), code != 0x1B);
+      if (!text) continue;
       // An escape before a code without an extension is that code alone.
-      const std::string back = gsm_codes(text->front());
-      EXPECT_TRUE(back == codes || back == codes.substr(1)) << code;
+      const std::string back = gsm_codes(text->at(0));
+      EXPECT_TRUE(text->size() == 1 && (back == sent || back == codes)) << code;
     }
   }
-  EXPECT_EQ(gsm_text("\x1B"), std::nullopt);
-  EXPECT_EQ(gsm_text("\x1B\x1B"), std::nullopt);
   EXPECT_EQ(gsm_text("\x80"), std::nullopt);
 }
 
@@ -66,22 +61,20 @@ TEST(Text, RefusesWhatIsNoText) {
   for (const char* wire : {"004", "00G1", "0041006"}) {
     EXPECT_EQ(decode(Charset::kUcs2, wire), std::nullopt) << wire;
   }
-  for (const char* wire : {"80", "8004", "81", "810208", "8103089F70", "82010", "83", "1B", "4"}) {
-    EXPECT_EQ(decode_item(wire), wire == "80"s ? std::optional<Text>(u"") : std::nullopt) << wire;
+  for (const char* wire : {"8004", "81", "810208", "8103089F70", "82010", "83", "1B", "4"}) {
+    EXPECT_EQ(decode_item(wire), std::nullopt) << wire;
   }
+  EXPECT_EQ(decode_item("80"), Text());
   EXPECT_EQ(decode(Charset::kIra, "\xE9"), std::nullopt);
   // U+8102 U+089F as a text of its own, where the tag would promise another number of characters.
   EXPECT_EQ(decode(Charset::kUcs2With81, "8105089F"), (Text{0x8105, 0x089F}));
 }
 
 TEST(Text, Utf8) {
-  for (const char* text : {"", "a", "é", "中", "\U0001F600x", "\uFFFF"}) {
+  for (const char* text : {"aé中", "\U0001F600x", "\uFFFF"})
     EXPECT_EQ(to_utf8(from_utf8(text)), text);
-  }
   EXPECT_EQ(from_utf8("\U0001F600"), (Text{0xD83D, 0xDE00}));
-  for (const char16_t lone : {u'\xD83D', u'\xDE00'}) {
-    EXPECT_EQ(to_utf8({lone, u'x'}), "\uFFFDx");
-  }
+  for (const char16_t lone : {u'\xD83D', u'\xDE00'}) EXPECT_EQ(to_utf8({lone, u'x'}), "\uFFFDx");
   for (const char* bad : {"\x80", "\xC3", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xF8\x88",
                           "\xF4\x90\x80\x80", "\xC3(", "\xE2\x82"}) {
     EXPECT_THROW(from_utf8(bad), std::invalid_argument);
