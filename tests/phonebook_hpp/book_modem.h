@@ -27,7 +27,6 @@ class Book : public testing::Test, public ScriptedModem {
     on("AT+CSCS=", kOk);
     on("AT+CSCS?", information({"+CSCS: \"UCS2\""}));
     on("AT+JCPBR=?", kNotSupport);
-    on("AT+CPBR=?", information({"+CPBR: (1-250),40,18"}));
     on("AT+CPBS?", [this](const std::string&) {
       return information({"+CPBS: \"SM\"," + std::to_string(lines.size() + hidden) + ",250"});
     });

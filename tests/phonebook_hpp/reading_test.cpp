@@ -45,15 +45,10 @@ TEST_F(Book, AStepThatIsTooLargeIsHalved) {
             Lines(all.begin() + 5, all.end()));
 }
 
-struct SingleAnswer {
-  std::string answer;
-  bool unreadable;
-};
-
 // Every way in which a modem says that it has nothing there, and those which say that something is
 // wrong. Index 2 spoils each step that it is in.
 TEST_F(Book, OneBadIndexCostsOnlyItself) {
-  const SingleAnswer cases[] = {
+  const std::pair<std::string, bool> cases[] = {
       {kOk, false},
       {cme(22), false},
       {cme(21), false},
@@ -66,22 +61,20 @@ TEST_F(Book, OneBadIndexCostsOnlyItself) {
       {information({"+CPBR: two,\"1\",129,\"\""}), true},
       {"\r\n+CPBR: 2,\"1\",12", true},
   };
-  for (const SingleAnswer& c : cases) {
-    SCOPED_TRACE(c.answer);
+  for (const auto& [answer, unreadable] : cases) {
+    SCOPED_TRACE(answer);
     lines = {{1, kAnn}, {3, kAnn}, {100, kAnn}};
     on("AT+CPBR=1,", [&](const std::string& line) {
       const int last = std::stoi(line.substr(10));
       return last >= 2 ? kError : range(1, last);
     });
-    on("AT+CPBR=2,2", c.answer);
+    on("AT+CPBR=2,2", answer);
     open();
     const auto read = book.read(1, 120);
     ASSERT_TRUE(read);
     EXPECT_EQ(3u, read->contacts.size());
-    ASSERT_EQ(c.unreadable ? 1u : 0u, read->unreadable.size());
-    if (c.unreadable) {
-      EXPECT_EQ(2, read->unreadable[0].index);
-    }
+    EXPECT_EQ(unreadable ? 1u : 0u, read->unreadable.size());
+    for (const auto& one : read->unreadable) EXPECT_EQ(2, one.index);
   }
 }
 
@@ -95,13 +88,8 @@ TEST_F(Book, ARefusedReadIsNotAnEmptyIndex) {
   open();
   EXPECT_EQ(2u, book.read_all()->contacts.size());
   EXPECT_GT(pauses, 0);
-
-  on("AT+CPBR=1,", kError);
-  const auto read = book.read_all();
-  ASSERT_TRUE(read) << read.error().what;
-  EXPECT_EQ(1u, read->contacts.size());
-  ASSERT_EQ(1u, read->unreadable.size());
-  EXPECT_EQ(1, read->unreadable[0].index);
+  refused = 1000;
+  EXPECT_EQ(1, book.read_all()->unreadable.at(0).index);
   qalt::Contact contact;
   contact.name = "B";
   EXPECT_EQ(3, book.add(contact)->index) << "what could not be read may be occupied";
@@ -111,38 +99,32 @@ TEST_F(Book, EndsWhenTheModemIsGoneOrTheClientAsks) {
   lines = {{1, kAnn}};
   open();
   on("AT+CPBR=", kSilence);
-  const auto silent = book.read_all();
-  EXPECT_EQ(qalt::Cause::kNoAnswer, silent.error().cause);
+  EXPECT_EQ(qalt::Cause::kNoAnswer, book.read_all().error().cause);
   EXPECT_EQ(3, count("AT+CPBR="));
   EXPECT_EQ(kIra, sent().back().line);
 
   int left = 2;
   options.stop = [&left] { return left-- <= 0; };
   open();
-  const auto stopped = book.read_all();
-  EXPECT_EQ(qalt::Cause::kInterrupted, stopped.error().cause);
+  EXPECT_EQ(qalt::Cause::kInterrupted, book.read_all().error().cause);
   EXPECT_EQ(kIra, sent().back().line);
 }
 
 TEST_F(Book, TextsOfEveryKind) {
-  std::string sixty;
+  std::string seventy;
   std::string digits;
-  for (int i = 0; i != 70; ++i) sixty += "é", digits += "00E9";
+  for (int i = 0; i != 70; ++i) seventy += "é", digits += "00E9";
   lines = {{1, "\"1\",129,\"80014E2D\""},          // begins like a tag, is none
            {2, "\"2\",129,\"" + digits + "\",1"},  // longer than a record, and a parameter more
            {3, "\"3\",129,\"D83DDE0041\""},        // no whole characters
            {4, "\"4\",129,\"D83DDE000041\""},      // a pair of surrogates
-           {5, "\"5\",129,\"0041000000420020\""},  // a NUL and a blank
-           {6, "\"(1;2,3)\",129,\"\""}};
+           {5, "\"(1;2,3)\",129,\"0041000000420020\""}};  // a NUL and a blank
   open();
   const auto read = book.read_all();
-  ASSERT_TRUE(read) << read.error().what;
-  ASSERT_EQ(5u, read->contacts.size());
-  EXPECT_EQ("\u8001\u4E2D", read->contacts[0].name);
-  EXPECT_EQ(sixty, read->contacts[1].name);
-  EXPECT_EQ("😀A", read->contacts[2].name);
-  EXPECT_EQ(std::string("A\0B ", 4), read->contacts[3].name);
-  EXPECT_EQ("(1;2,3)", read->contacts[4].number);
+  Lines names;
+  for (const qalt::Contact& contact : read->contacts) names.push_back(contact.name);
+  EXPECT_EQ((Lines{"\u8001\u4E2D", seventy, "😀A", std::string("A\0B ", 4)}), names);
+  EXPECT_EQ("(1;2,3)", read->contacts.back().number);
   EXPECT_EQ(3, read->unreadable.at(0).index);
   PbItem item = {};
   EXPECT_EQ(0, _PBB_GetIndexIsEmpty(2)) << "used, although no record holds its text";
@@ -157,9 +139,7 @@ TEST_F(Book, OpeningWaitsForAStartingCard) {
   EXPECT_EQ(3, pauses);
   busy = 3;
   options.wait_seconds = 1;
-  const auto info = book.open(options);
-  EXPECT_EQ(qalt::Cause::kRefused, info.error().cause);
-  EXPECT_NE("", info.error().advice);
+  EXPECT_EQ(qalt::Cause::kRefused, book.open(options).error().cause);
   on("AT+CPBS=", cme(10));
   pauses = 0;
   EXPECT_FALSE(book.open(options));

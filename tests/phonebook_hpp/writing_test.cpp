@@ -12,49 +12,36 @@ using test::kError;
 using test::kOk;
 using test::kSilence;
 
-const std::string kIra = "AT+CSCS=\"IRA\"";
+constexpr char kIra[] = "AT+CSCS=\"IRA\"";
 
 Contact contact(int index, const std::string& name, const std::string& number = "") {
-  Contact result;
-  result.index = index;
-  result.name = name;
-  result.number = number;
-  return result;
+  return {index, name, number, "", "", "", "", 0};
 }
 
 TEST_F(Book, AddTakesTheLowestFreeIndex) {
   lines = {{1, "\"1\",129,\"0041\""}, {3, "\"1\",129,\"0041\""}};
   open();
-  const auto added = book.add(contact(qalt::kNoIndex, "Ж", "+49"));
-  ASSERT_TRUE(added) << added.error().what;
-  EXPECT_EQ(2, added->index);
+  EXPECT_EQ(2, book.add(contact(qalt::kNoIndex, "Ж", "+49"))->index);
   EXPECT_EQ("\"+49\",145,\"0416\"", lines[2]);
   EXPECT_EQ(kIra, sent().back().line);
   EXPECT_EQ(Cause::kUsage, book.add(contact(3, "B")).error().cause);
-  EXPECT_EQ(1, count("AT+CPBW"));
   hidden = 247;
   EXPECT_EQ(Cause::kFull, book.add(contact(qalt::kNoIndex, "B")).error().cause);
+  // Between the read and the write another client may be faster.
+  hidden = 0;
+  on("AT+CPBR=4,4", information({"+CPBR: 4,\"1\",129,\"0041\""}));
+  EXPECT_EQ(Cause::kUsage, book.add(contact(qalt::kNoIndex, "B")).error().cause);
   EXPECT_EQ(1, count("AT+CPBW"));
 }
-
-// Between the read and the write another client may be faster.
-TEST_F(Book, AnIndexTakenMeanwhileIsNotOverwritten) {
-  open();
-  on("AT+CPBR=1,1", information({"+CPBR: 1,\"1\",129,\"0041\""}));
-  EXPECT_EQ(Cause::kUsage, book.add(contact(qalt::kNoIndex, "B")).error().cause);
-  EXPECT_EQ(0, count("AT+CPBW"));
-}
-
-struct Outcome {
-  std::string answer;  // to the write
-  std::string left;    // what stands there afterwards
-  std::optional<Cause> cause;
-  const char* said;
-};
 
 TEST_F(Book, EveryWriteIsReadBack) {
   const std::string good = "\"+49\",145,\"0416\"";
-  const Outcome cases[] = {
+  const struct {
+    std::string answer;  // to the write
+    std::string left;    // what stands there afterwards
+    std::optional<Cause> cause;
+    const char* said;
+  } cases[] = {
       {kOk, good, std::nullopt, ""},
       {kOk, "\"49\",145,\"0416\"", std::nullopt, ""},  // the "+" is in the type
       {kSilence, good, std::nullopt, ""},
@@ -69,7 +56,7 @@ TEST_F(Book, EveryWriteIsReadBack) {
       {cme(20), "", Cause::kFull, "memory full"},
   };
   open();
-  for (const Outcome& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.answer + c.left);
     on("AT+CPBW=", [&](const std::string&) {
       lines.clear();
@@ -88,7 +75,7 @@ TEST_F(Book, EveryWriteIsReadBack) {
 
 // What is not named keeps the very digits that the modem gave, even those that no text has.
 TEST_F(Book, ChangeKeepsTheOtherFields) {
-  lines = {{1, "\"5\",129,\"D83D0041\""}, {2, "\"1\"2\",129,\"0041\""}};
+  lines = {{1, "\"5\",129,\"D83D0041\""}};
   open();
   qalt::Changes changes;
   changes.fields[PB_FIELD_NUMBER] = "+7";
@@ -143,23 +130,17 @@ TEST_F(Book, AJobSwitchesOnce) {
     EXPECT_TRUE(book.put(contact(2, "B")));
     EXPECT_EQ(0, count(kIra));
   }
-  EXPECT_EQ(1, count("AT+CSCS=\"UCS2\""));
-  EXPECT_EQ(1, count(kIra));
-  EXPECT_EQ(1, count("AT+CPBS"));
+  for (const char* once : {"AT+CSCS=\"UCS2\"", kIra, "AT+CPBS"}) EXPECT_EQ(1, count(once));
 }
 
 // The vendors' lines: places of the fields, types of numbers, and the coding that fits.
 TEST_F(Book, VendorLines) {
   on("AT+JCPBR=?", information({"+JCPBR: (1-250),40,30,40,40,64,30"}));
   on("AT+JUSIM=?", information({"1"}));
-  on("AT+CPBR=?", information({"+CPBR: (1-250),40,30,40,64"}));
   on("AT^CARDMODE=?", information({"2"}));
   on("AT+CPBR=1", information({"1,1,0"}));
   on("AT+CPBR=?", information({"+CPBR: (1-250),40,30,40,64"}));
-  Contact full = contact(2, "Привет, привет, привет, при", "+1");
-  full.number2 = "2";
-  full.number3 = "+3";
-  full.email = "a@b";
+  Contact full = {2, "Привет, привет, привет, при", "+1", "2", "+3", "a@b", "", 0};
   const std::string name =
       "811B089FC0B8B2B5C22C20BFC0B8B2B5C22C20BFC0B8B2B5C22C20BFC0B8";  // 0x80 needs 110 digits
   open();
@@ -167,10 +148,8 @@ TEST_F(Book, VendorLines) {
             book.write_line(full));
   on("AT+JCPBR=2,2",
      information({"+JCPBR: 2,\"+1\",\"" + name + "\",\"2\",\"+3\",\"a@b\",\"820204109FC0\""}));
-  const auto read = book.get(2);
-  ASSERT_TRUE(read) << read.error().what;
-  EXPECT_EQ(full.name, read->name);
-  EXPECT_EQ("\u042F\u0450", read->extra);
+  EXPECT_EQ(full.name, book.get(2)->name);
+  EXPECT_EQ("\u042F\u0450", book.get(2)->extra);
   EXPECT_EQ(0, count("AT+CSCS")) << "vendor texts do not depend on it";
 
   options.platform = PB_PLATFORM_4;
@@ -181,10 +160,7 @@ TEST_F(Book, VendorLines) {
   EXPECT_EQ(Cause::kUsage, book.check(full).error().cause);
   on("AT^SCPBR=2,2", information({"^SCPBR: 2,\"1\",145,\"3\",145,\"\",0,\"9\",129,\"41\",7,\"\""}));
   const auto scpbr = book.get(2);
-  EXPECT_EQ("+1", scpbr->number);
-  EXPECT_EQ("", scpbr->number2);
-  EXPECT_EQ("+3", scpbr->number3);
-  EXPECT_EQ("A", scpbr->name);
+  EXPECT_TRUE(same_fields({2, "A", "+1", "", "+3", "", "", 7}, *scpbr));
   EXPECT_EQ(7, scpbr->coding);
 }
 
