@@ -36,14 +36,12 @@ TEST(Vcard, AsAddressBooksWriteIt) {
   EXPECT_EQ("Jörg Schmidt", read.records[1].contact.name);
 }
 
-struct BadFile {
-  Format format;
-  const char* text;
-  int line;
-};
-
 TEST(Files, SayWhichLineIsWrong) {
-  const BadFile cases[] = {
+  const struct {
+    Format format;
+    const char* text;
+    int line;
+  } cases[] = {
       {Format::kVcard, "BEGIN:VCARD\nVERSION:2.1\nEND:VCARD", 2},
       {Format::kVcard, "BEGIN:VCARD\nFN;ENCODING=QUOTED-PRINTABLE:=41\nEND:VCARD", 2},
       {Format::kVcard, "\nFN:A", 2},
@@ -61,7 +59,7 @@ TEST(Files, SayWhichLineIsWrong) {
       {Format::kJsonLines, "\n\n{\"nmae\":\"A\"}", 3},
       {Format::kJsonLines, "{\"name\":\"\xFF\"}", 1},
   };
-  for (const BadFile& c : cases) {
+  for (const auto& c : cases) {
     const FileContents read = read_contacts(c.format, c.text);
     ASSERT_FALSE(read.problems.empty()) << c.text;
     EXPECT_EQ(c.line, read.problems[0].line) << c.text << ": " << read.problems[0].what;
@@ -97,37 +95,21 @@ TEST(Files, KeepEveryFieldExactly) {
   }
 }
 
-// Every beginning of a file is read without a fault of memory.
-TEST(Files, CutAnywhere) {
-  const std::string files[] = {kAddressBook, "name,extra\n\"A\"\"\",\"é\"\r\n",
-                               "{\"name\":\"\\u00e9\"}"};
-  for (const std::string& text : files) {
-    for (size_t length = 0; length != text.size(); ++length) {
-      for (const Format format : {Format::kJsonLines, Format::kCsv, Format::kVcard}) {
-        EXPECT_LE(read_contacts(format, text.substr(0, length)).records.size(), 2u);
-      }
-    }
-  }
-}
-
 TEST(Terminal, ColumnsOfWideAndCombiningCharacters) {
-  const struct {
-    const char* text;
-    int width;
-  } cases[] = {{"Ann", 3}, {"é", 1},    {"e\u0301", 1}, {"李小龙", 6}, {"한글", 4},     {"ﾊﾝ", 2},
-               {"Ａ", 2},  {"محمد", 4}, {"עִבְרִית", 5},   {"😀", 2},      {"\xFF\xC3", 2}, {"", 0}};
-  for (const auto& c : cases) EXPECT_EQ(c.width, display_width(c.text)) << c.text;
+  const std::pair<const char*, int> cases[] = {
+      {"Ann", 3}, {"é", 1},    {"e\u0301", 1}, {"李小龙", 6}, {"한글", 4},     {"ﾊﾝ", 2},
+      {"Ａ", 2},  {"محمد", 4}, {"עִבְרִית", 5},   {"😀", 2},      {"\xFF\xC3", 2}, {"", 0}};
+  for (const auto& [text, width] : cases) EXPECT_EQ(width, display_width(text)) << text;
   EXPECT_EQ((std::vector<std::string>{"李小", "龙e\u0301x", "y"}), wrapped("李小龙e\u0301xy", 4));
   EXPECT_EQ("a\uFFFD[31m\uFFFDb\uFFFD\uFFFD", printable("a\x1B[31m\u202E"
                                                         "b\xE2\x82"));
-  std::vector<Contact> contacts = {{5, "李小龙", "1", "", "", "", "", 0},
-                                   {12, "Al", "22", "3", "", "a@b", "", 0}};
   EXPECT_EQ(
       "Index  Name    Number\n"
       "    5  李小龙  1\n"
       "   12  Al      22\n"
       "         number2 3  email a@b\n",
-      table_of(contacts, 80));
+      table_of({{5, "李小龙", "1", "", "", "", "", 0}, {12, "Al", "22", "3", "", "a@b", "", 0}},
+               80));
 }
 
 }  // namespace

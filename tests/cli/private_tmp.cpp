@@ -3,16 +3,10 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
 
 namespace test {
-namespace {
-
-const std::string kOut = "/tmp/out";
-const std::string kErr = "/tmp/err";
 
 // A build folder below /tmp is shown again in the new one.
 bool mount_tmp(const std::string& build_folder) {
@@ -28,34 +22,17 @@ bool mount_tmp(const std::string& build_folder) {
   return ::mount(source.c_str(), build_folder.c_str(), nullptr, MS_BIND, nullptr) == 0;
 }
 
-}  // namespace
-
-bool enter_private_tmp(const std::string& build_folder) {
-  static const bool entered = mount_tmp(build_folder);
-  return entered;
+void Tool::SetUp() {
+  static const bool mounted = mount_tmp(BUILD_FOLDER);
+  if (!mounted) GTEST_SKIP() << "no mount namespaces here";
 }
 
-pid_t Tool::begin(const std::vector<std::string>& arguments) {
-  std::vector<std::string> all = {PB_PROGRAM};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (std::string& argument : all) argv.push_back(argument.data());
-  argv.push_back(nullptr);
-  const pid_t process = ::fork();
-  if (process != 0) return process;
-  const int flags = O_WRONLY | O_CREAT | O_TRUNC;
-  ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
-  ::dup2(::open(kOut.c_str(), flags, 0600), STDOUT_FILENO);
-  ::dup2(::open(kErr.c_str(), flags, 0600), STDERR_FILENO);
-  ::execv(argv[0], argv.data());
-  ::_exit(127);
-}
-
-Ran Tool::finish(pid_t process) {
-  int status = 0;
-  ::waitpid(process, &status, 0);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status), contents(kOut),
-          contents(kErr)};
+void Tool::start(std::vector<std::string> options) {
+  server.reset();
+  ::unlink(log.c_str());
+  options.insert(options.end(), {"--log", log});
+  server = std::make_unique<Program>(ATD_PROGRAM, options);
+  ASSERT_TRUE(server->ready());
 }
 
 int Tool::sent(const std::string& start) const {

@@ -4,9 +4,9 @@
 #define QALT_TESTS_CLI_PRIVATE_TMP_H_
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -14,33 +14,23 @@
 
 namespace test {
 
-// Once for the process; false where the system does not allow it.
-bool enter_private_tmp(const std::string& build_folder);
-
-// How a run of the tool ended.
-struct Ran {
-  int status = 0;
-  std::string out;
-  std::string err;
-};
-
 // The tool, in front of a server with the given options.
 class Tool : public testing::Test {
  protected:
-  void SetUp() override {
-    if (!enter_private_tmp(BUILD_FOLDER)) GTEST_SKIP() << "no mount namespaces here";
-  }
-  void start(std::vector<std::string> options = {}) {
-    server.reset();
-    ::unlink(log.c_str());
-    options.insert(options.end(), {"--log", log});
-    server = std::make_unique<Program>(ATD_PROGRAM, options);
-    ASSERT_TRUE(server->ready()) << server->said();
-  }
+  void SetUp() override;
+  void start(std::vector<std::string> options = {});
   // Runs the tool to its end, without a terminal.
-  Ran run(const std::vector<std::string>& arguments) { return finish(begin(arguments)); }
-  pid_t begin(const std::vector<std::string>& arguments);
-  Ran finish(pid_t process);
+  static Ended run(const std::vector<std::string>& arguments) {
+    return Program(PB_PROGRAM, arguments, false).end(0);
+  }
+  static nlohmann::json json_of(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "--json");
+    return nlohmann::json::parse(run(arguments).out);
+  }
+  static void expect(int status, const std::string& said, const Ended& ended) {
+    EXPECT_EQ(status, ended.status) << said;
+    EXPECT_NE(ended.err.npos, ended.err.find(said)) << ended.err;
+  }
   // Lines of the modem's transcript that the server sent with this beginning.
   int sent(const std::string& start) const;
 

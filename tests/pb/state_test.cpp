@@ -176,6 +176,12 @@ TEST(IndexBuffer, KeepsTheLastEntryWholeAndRefusesIndicesItDoesNotHave) {
     _PBB_SetEmptyIndex(index);
   }
   EXPECT_EQ(PBB_WritePB(nullptr) + PBB_ReadPB(1, nullptr) + PBB_GetFirstEmptyIndex(), 0);
+  // A discovery leaves nothing of an entry, not even where its index is marked used again.
+  PBB_InitPbBuffer(1, 250, 250);
+  _PBB_UseEmptyIndex(7);
+  EXPECT_EQ(PBB_ReadPB(7, &read), 1);
+  const PbItem nothing = {};
+  EXPECT_EQ(std::memcmp(&nothing, &read, sizeof read), 0);
 }
 
 }  // namespace

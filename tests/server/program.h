@@ -2,29 +2,25 @@
 #ifndef QALT_TESTS_SERVER_PROGRAM_H_
 #define QALT_TESTS_SERVER_PROGRAM_H_
 
-#include <sys/types.h>
-
 #include <csignal>
 #include <string>
 #include <vector>
 
+#include "tests/link/private_server.h"
+
 namespace test {
 
-// A folder of the test's own, gone with everything in it at the end.
-class Folder {
- public:
-  Folder();
-  ~Folder();
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
+// How a program ended: its exit status, or 1000 and the signal, and what it wrote.
+struct Ended {
+  int status;
+  std::string out;
+  std::string err;
 };
 
 class Program {
  public:
-  // Starts a program with "--ready-fd" and waits until it says so or ends.
-  Program(const std::string& program, std::vector<std::string> arguments);
+  // Starts a program; one that tells when it is ready, by "--ready-fd", has said so or ended then.
+  Program(const std::string& program, std::vector<std::string> arguments, bool tells_ready = true);
   // Kills it if it still runs.
   ~Program();
   Program(const Program&) = delete;
@@ -32,15 +28,14 @@ class Program {
 
   bool ready() const { return ready_; }
   void signal(int number) const { ::kill(process_, number); }
-  // Sends the signal, if any, and waits for the end; the exit status.
-  int end(int signal = SIGTERM);
-  // After the end: what it said on standard error.
-  std::string said() const;
+  // Sends the signal, if any, and waits for the end.
+  Ended end(int signal = SIGTERM);
 
  private:
   pid_t process_ = -1;
   bool ready_ = false;
-  int errors_ = -1;
+  int output_;
+  int errors_;
 };
 
 // A connection to a Unix-domain socket; -1 if nobody listens.

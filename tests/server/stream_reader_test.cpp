@@ -1,152 +1,113 @@
-// The modem's bytes cut into answers and reports: whole, in single bytes and cut at every place,
-// with the same events each time.
+// The modem's bytes cut into answers and reports, whole and in single bytes.
 #include "server/stream_reader.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace qalt::server {
 namespace {
 
+// In the tables "/" stands for a line end and "~" for a NUL.
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  for (size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+std::string wire(const std::string& text) {
+  return replaced(replaced(text, "/", "\r\n"), "~", std::string(1, '\0'));
+}
+
 std::string described(const StreamEvent& event) {
-  static constexpr const char* kNames[] = {"answer", "prompt", "report", "line"};
-  std::string text = kNames[int(event.kind)];
+  std::string text = std::array{"answer", "prompt", "report", "line"}[size_t(event.kind)];
   if (event.too_long) text += " too-long";
   if (event.unfit) text += " unfit";
   if (event.open_quote) text += " open";
-  return text + ":" + event.text + "|";
+  return text + ":" + replaced(event.text, "\r\n", "/");
 }
 
-// What a reader that awaits the answer to `command` makes of the pieces.
-std::string events_of(const std::string& command, const std::vector<std::string>& pieces) {
+// What a reader makes of the bytes; after an answer or a prompt it awaits nothing.
+std::string events_of(const std::string& command, const std::string& bytes, size_t piece) {
   StreamReader reader;
   if (!command.empty()) reader.expect_answer(command);
   std::string text;
-  for (const std::string& piece : pieces) {
-    reader.feed(piece);
+  for (size_t start = 0; start < bytes.size(); start += piece) {
+    reader.feed(bytes.substr(start, piece));
     while (const auto event = reader.next()) {
-      text += described(*event);
+      text += (text.empty() ? "" : " | ") + described(*event);
       if (event->kind <= StreamEvent::Kind::kPrompt) reader.expect_nothing();
     }
   }
   return text;
 }
 
-struct Row {
-  const char* command;
-  std::string bytes;
-  std::string events;
-};
-
-void expect_rows(const std::vector<Row>& rows) {
-  for (const Row& row : rows) {
-    EXPECT_EQ(events_of(row.command, {row.bytes}), row.events) << row.bytes;
-    for (size_t cut = 0; cut <= row.bytes.size(); ++cut) {
-      EXPECT_EQ(events_of(row.command, {row.bytes.substr(0, cut), row.bytes.substr(cut)}),
-                row.events)
-          << row.bytes << " cut at " << cut;
-    }
-    std::vector<std::string> bytes;
-    for (char byte : row.bytes) bytes.emplace_back(1, byte);
-    EXPECT_EQ(events_of(row.command, bytes), row.events) << row.bytes << " byte by byte";
-  }
-}
-
-const std::string kOk = "\r\nOK\r\n";
-const std::string kCsq = "\r\n+CSQ: 20,99\r\n";
-
-TEST(StreamReader, Answers) {
-  expect_rows({
-      {"AT", kOk, "answer:" + kOk + "|"},
-      {"AT+CSQ", kCsq + kOk, "answer:" + kCsq + kOk + "|"},
-      {"AT+CSQ", "\r\nERROR\r\n", "answer:\r\nERROR\r\n|"},
-      {"AT+CSQ", "\r\n+CME ERROR: SIM busy\r\n", "answer:\r\n+CME ERROR: SIM busy\r\n|"},
-      {"AT+JUSIM=?", "\r\nnot support\r\n", "answer:\r\nnot support\r\n|"},
-      {"AT+CMGS=\"1\"", "\r\n> ", "prompt:\r\n> |"},
-      {"ATD1;", "\r\nNO CARRIER\r\n", "answer:\r\nNO CARRIER\r\n|"},
-      {"ATD1", "\r\nCONNECT 9600\r\n", "answer:\r\nCONNECT 9600\r\n|"},
-      {"AT+CGSN", "\r\n12 OK\r\nOKAY\r\n" + kOk, "answer:\r\n12 OK\r\nOKAY\r\n" + kOk + "|"},
+TEST(StreamReader, AnswersAndReports) {
+  const struct {
+    const char* command;
+    const char* bytes;
+    const char* events;
+  } rows[] = {
+      {"AT+CSQ", "/+CSQ: 20,99//OK/", "answer:/+CSQ: 20,99//OK/"},
+      {"AT+CSQ", "/+CME ERROR: SIM busy/", "answer:/+CME ERROR: SIM busy/"},
+      {"AT+JUSIM=?", "/not support/", "answer:/not support/"},
+      {"AT+CMGS=\"1\"", "/> ", "prompt:/> "},
+      {"ATD1;", "/NO CARRIER/", "answer:/NO CARRIER/"},
+      {"ATD1", "/CONNECT 9600/", "answer:/CONNECT 9600/"},
+      {"AT+CGSN", "/12 OK/OKAY//OK/", "answer:/12 OK/OKAY//OK/"},
+      {"AT", "\nOK\n", "answer:\nOK\n"},
       // An odd quote hides nothing, but is told.
-      {"AT+CPBR=1", "\r\n+CPBR: 1,\"5\",129,\"a\"b\"\r\n" + kOk,
-       "answer open:\r\n+CPBR: 1,\"5\",129,\"a\"b\"\r\n" + kOk + "|"},
-  });
-}
-
-TEST(StreamReader, EchoAndNoise) {
-  const std::string nuls("\0\0", 2);
-  expect_rows({
-      {"AT", "AT\r" + kOk, "answer:" + kOk + "|"},
-      {"AT+CSQ", "AT+CSQ\r" + kCsq + kOk, "answer:" + kCsq + kOk + "|"},
-      {"AT+CSQ", "AT+CSQ\r\r\n+CMTI: \"SM\",1\r\n" + kCsq + kOk,
-       "report:\r\n+CMTI: \"SM\",1\r\n|answer:" + kCsq + kOk + "|"},
-      {"AT+CSQ", "\r\n+CMTI: \"SM\",1\r\nAT+CSQ\r" + kCsq + kOk,
-       "report:\r\n+CMTI: \"SM\",1\r\n|answer:" + kCsq + kOk + "|"},
-      {"AT", nuls + kOk, "answer:" + kOk + "|"},
-      {"AT+CPBR=1", "\r\n+CPBR: 1,\"" + nuls + "\"\r\n" + kOk, "answer unfit:|"},
-      {"AT", "\nOK\n", "answer:\nOK\n|"},
-  });
-}
-
-TEST(StreamReader, ReportsBetweenInsideAndAfter) {
-  const std::string first = "\r\n+CPBR: 1,\"5\",129,\"a\"\r\n";
-  const std::string second = "+CPBR: 2,\"6\",129,\"b\"\r\n";
-  const std::string answer = "answer:" + first + second + kOk + "|";
-  const std::string cmti = "\r\n+CMTI: \"SM\",3\r\n";
-  expect_rows({
-      {"AT+CPBR=1,2", cmti + first + second + kOk, "report:" + cmti + "|" + answer},
-      {"AT+CPBR=1,2", first + cmti + second + kOk, "report:" + cmti + "|" + answer},
-      {"AT+CPBR=1,2", first + cmti.substr(2) + second + kOk, "report:" + cmti + "|" + answer},
-      {"AT+CPBR=1,2", first + second + cmti + kOk, "report:" + cmti + "|" + answer},
-      {"AT+CPBR=1,2", first + second + cmti + cmti + kOk + cmti,
-       "report:" + cmti + "|report:" + cmti + "|" + answer + "report:" + cmti + "|"},
+      {"AT+CPBR=1", "/+CPBR: 1,\"a\"b\"//OK/", "answer open:/+CPBR: 1,\"a\"b\"//OK/"},
+      // Echo and noise.
+      {"AT+CSQ", "AT+CSQ\r/+CSQ: 20,99//OK/", "answer:/+CSQ: 20,99//OK/"},
+      {"AT", "/RING/AT\r/OK/", "report:/RING/ | answer:/OK/"},
+      {"AT", "~~/OK/", "answer:/OK/"},
+      {"AT+CPBR=1", "/+CPBR: 1,\"~~\"//OK/", "answer unfit:"},
+      // Reports before, inside and after an answer.
+      {"AT+A", "/RING//+A: 1/+A: 2//OK//RING/",
+       "report:/RING/ | answer:/+A: 1/+A: 2//OK/ | report:/RING/"},
+      {"AT+A", "/+A: 1//RING/+A: 2//OK/", "report:/RING/ | answer:/+A: 1/+A: 2//OK/"},
+      {"AT+A", "/+A: 1/RING/+A: 2//OK/", "report:/RING/ | answer:/+A: 1/+A: 2//OK/"},
+      {"AT+A", "/+A: 1//RING//RING//OK/", "report:/RING/ | report:/RING/ | answer:/+A: 1//OK/"},
       // Unframed, in the empty line before the result: the parser needs that line back.
-      {"AT+CSQ", kCsq + "\r\n+CMTI: \"SM\",3\r\nOK\r\n",
-       "report:" + cmti + "|answer:" + kCsq + kOk + "|"},
+      {"AT+A", "/+A: 1//+CMTI: \"SM\",3/OK/", "report:/+CMTI: \"SM\",3/ | answer:/+A: 1//OK/"},
       // The command's own name is its answer, also in a line of several commands.
-      {"AT+CGREG?", "\r\n+CGREG: 0,1\r\n" + kOk, "answer:\r\n+CGREG: 0,1\r\n" + kOk + "|"},
-      {"AT+CSQ;+CGREG?", kCsq + "\r\n+CGREG: 0,1\r\n" + kOk,
-       "answer:" + kCsq + "\r\n+CGREG: 0,1\r\n" + kOk + "|"},
-      {"AT+CGREG?", "\r\n+CEREG: 5\r\n\r\n+CGREG: 0,1\r\n" + kOk + "\r\n+CGREG: 2\r\n",
-       "report:\r\n+CEREG: 5\r\n|answer:\r\n+CGREG: 0,1\r\n" + kOk + "|report:\r\n+CGREG: 2\r\n|"},
-      {"AT", "\r\nRING\r\n" + kOk, "report:\r\nRING\r\n|answer:" + kOk + "|"},
-      {"AT", "\r\nNO CARRIER\r\n" + kOk, "report:\r\nNO CARRIER\r\n|answer:" + kOk + "|"},
-      {"AT", "\r\n+JEND\r\n" + kOk, "report:\r\n+JEND\r\n|answer:" + kOk + "|"},
-      {"", "\r\n+CREG: 1\r\n\r\nOK\r\n", "line:+CREG: 1|line:OK|"},
-  });
-}
-
-TEST(StreamReader, ReportsOfTwoLines) {
-  const std::string cds = "\r\n+CDS: 25\r\n0791\r\n";
-  expect_rows({
-      {"AT", cds + kOk, "report:" + cds + "|answer:" + kOk + "|"},
-      {"AT+CSQ", kCsq + "\r\n+CMT: ,5\r\nOK\r\n" + kOk,
-       "report:\r\n+CMT: ,5\r\nOK\r\n|answer:" + kCsq + kOk + "|"},
-      // The data never came.
-      {"AT", "\r\n+CBM: 8\r\n\r\nOK\r\n", "report:\r\n+CBM: 8\r\n|answer:" + kOk + "|"},
-      // In text mode a status report is one line.
-      {"AT", "\r\n+CDS: 2,5\r\n" + kOk, "report:\r\n+CDS: 2,5\r\n|answer:" + kOk + "|"},
-      {"", cds, "report:" + cds + "|"},
-  });
+      {"AT+CSQ;+CGREG?", "/+CSQ: 1//+CGREG: 0//OK/", "answer:/+CSQ: 1//+CGREG: 0//OK/"},
+      {"AT+CGREG?", "/+CEREG: 5//+CGREG: 0//OK//+CGREG: 2/",
+       "report:/+CEREG: 5/ | answer:/+CGREG: 0//OK/ | report:/+CGREG: 2/"},
+      {"AT", "/NO CARRIER//+JEND//OK/", "report:/NO CARRIER/ | report:/+JEND/ | answer:/OK/"},
+      {"", "/+CREG: 1//OK/", "line:+CREG: 1 | line:OK"},
+      // Reports of two lines; one whose data never came; in text mode a status report is one line.
+      {"AT", "/+CDS: 25/0791//OK/", "report:/+CDS: 25/0791/ | answer:/OK/"},
+      {"AT+A", "/+A: 1//+CMT: ,5/OK//OK/", "report:/+CMT: ,5/OK/ | answer:/+A: 1//OK/"},
+      {"", "/+CDS: 25/0791/", "report:/+CDS: 25/0791/"},
+      {"AT", "/+CBM: 8//OK/", "report:/+CBM: 8/ | answer:/OK/"},
+      {"AT", "/+CDS: 2,5//OK/", "report:/+CDS: 2,5/ | answer:/OK/"},
+  };
+  for (const auto& row : rows) {
+    const std::string bytes = wire(row.bytes);
+    EXPECT_EQ(events_of(row.command, bytes, bytes.size()), row.events) << row.bytes;
+    EXPECT_EQ(events_of(row.command, bytes, 1), row.events) << row.bytes << " byte by byte";
+  }
 }
 
 TEST(StreamReader, NothingGrowsWithoutBound) {
-  const std::string long_line = "\r\n+CPBR: " + std::string(100'000, 'x') + "\r\n";
-  EXPECT_EQ(events_of("AT+CPBR=1", {long_line, kOk, "\r\nRING\r\n"}),
-            "answer too-long:|report:\r\nRING\r\n|");
-  EXPECT_EQ(events_of("", {long_line}), "line too-long:|");
-  EXPECT_EQ(events_of("AT", {"\r\n+CMTI: " + std::string(30'000, 'x') + "\r\n" + kOk}),
-            "report too-long:|answer:" + kOk + "|");
-  EXPECT_EQ(events_of("", {"\r\n+CMTI: " + std::string(15'000, 'x') + "\r\n"}),
-            "report too-long:|");
-
-  // One byte more than fits, and exactly what fits.
-  const size_t room = StreamReader::kLongestAnswer - kOk.size();
-  for (const size_t length : {room, room + 1}) {
-    std::string text;
-    while (length - text.size() > 200) text += "\r\n" + std::string(96, 'y') + "\r\n";
-    text += "\r\n" + std::string(length - text.size() - 4, 'z') + "\r\n";
-    EXPECT_EQ(events_of("AT", {text + kOk}),
-              length == room ? "answer:" + text + kOk + "|" : "answer too-long:|");
-  }
+  const size_t room = StreamReader::kLongestAnswer - 6;
+  const struct {
+    const char* command;
+    std::string bytes;
+    std::string events;
+  } rows[] = {
+      {"AT", "/+A: " + std::string(100'000, 'x') + "//OK//RING/",
+       "answer too-long: | report:/RING/"},
+      {"", "/+A: " + std::string(100'000, 'x') + "/", "line too-long:"},
+      {"AT", "/+CMTI: " + std::string(30'000, 'x') + "//OK/", "report too-long: | answer:/OK/"},
+      {"", "/+CMTI: " + std::string(15'000, 'x') + "/", "report too-long:"},
+      // Exactly what fits, and one byte more.
+      {"AT", std::string(room, 'z') + "/OK/", "answer:" + std::string(room, 'z') + "/OK/"},
+      {"AT", std::string(room + 1, 'z') + "/OK/", "answer too-long:"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(events_of(row.command, wire(row.bytes), 999), row.events);
 }
 
 TEST(StreamReader, ResyncLeavesOutTheRestOfALine) {
@@ -155,14 +116,13 @@ TEST(StreamReader, ResyncLeavesOutTheRestOfALine) {
   reader.feed("\r\n+CGREG: 0");
   EXPECT_FALSE(reader.next());
   reader.expect_resync("AT");
-  reader.feed(",1\r\n" + kOk);
-  EXPECT_EQ(described(*reader.next()), "answer:" + kOk + "|");
+  reader.feed(wire(",1//OK//+CGREG: 0,1/"));
+  EXPECT_EQ(described(*reader.next()), "answer:/OK/");
   // Late lines of the command before are no reports until the next one.
-  reader.feed("\r\n+CGREG: 0,1\r\n");
-  EXPECT_EQ(described(*reader.next()), "line:+CGREG: 0,1|");
+  EXPECT_EQ(described(*reader.next()), "line:+CGREG: 0,1");
   reader.expect_nothing();
-  reader.feed("\r\n+CGREG: 0,1\r\n");
-  EXPECT_EQ(described(*reader.next()), "report:\r\n+CGREG: 0,1\r\n|");
+  reader.feed(wire("/+CGREG: 0,1/"));
+  EXPECT_EQ(described(*reader.next()), "report:/+CGREG: 0,1/");
 }
 
 }  // namespace
