@@ -8,12 +8,12 @@ using Decoder = uint16_t (*)(uint16_t*, uint16_t, const uint8_t*, uint16_t);
 
 // A decoder stays within its room and the data, and a smaller room gives the start of the same.
 void check_decoder(Decoder decode, const uint8_t* id, uint16_t length, uint16_t room) {
-  fuzz::Guarded<uint16_t> some(room), all(length + 1u);
+  const auto enough = static_cast<uint16_t>(length + 1);
+  fuzz::Guarded<uint16_t> some(room), all(enough);
   const uint16_t count = decode(some.data(), room, id, length);
-  const uint16_t whole = decode(all.data(), static_cast<uint16_t>(length + 1), id, length);
-  FUZZ_CHECK(whole <= length);
-  FUZZ_CHECK(count == std::min(room, whole));
-  FUZZ_CHECK(std::equal(some.data(), some.data() + count, all.data()));
+  const uint16_t whole = decode(all.data(), enough, id, length);
+  FUZZ_CHECK(whole <= length && count == std::min(room, whole));
+  FUZZ_CHECK(std::equal(some.begin(), some.begin() + count, all.begin()));
 }
 
 void check_identifier(const uint8_t* bytes, uint16_t length, uint16_t room) {
@@ -26,29 +26,26 @@ void check_identifier(const uint8_t* bytes, uint16_t length, uint16_t room) {
   fuzz::Guarded<uint16_t> out(room), again(room);
   FUZZ_CHECK(CODE_utAlphaIdToUcs2(out.data(), room, id.data(), length) == 1);
   CODE_utAlphaIdToUcs2(again.data(), room, id.data(), length);
-  FUZZ_CHECK(std::equal(out.data(), out.data() + room, again.data()));
-  for (size_t i = 160; i < room; ++i) FUZZ_CHECK(out.untouched(i));
+  FUZZ_CHECK(std::equal(out.begin(), out.end(), again.begin()) && out.untouched(160));
 }
 
 // The same bytes as hex text: the identifier's characters up to its first U+0000.
 void check_as_hex(const uint8_t* bytes, uint16_t length) {
   fuzz::Guarded<char> hex(2u * length + 1);
-  CODE_Bytes2String(bytes, hex.data(), length);
   fuzz::Guarded<wchar_t> out(length + 1u);
+  CODE_Bytes2String(bytes, hex.data(), length);
   const int32_t result = CODE_Usc2orGsm7ToAscDecode(hex.data(), out.data(), CODEC_LANG_DEFAULT);
   FUZZ_CHECK(result == (length != 0 && length <= 256));
-  if (result == 0) return;
-  const bool tagged = bytes[0] >= 0x80 && bytes[0] <= 0x82;
-  const size_t count = std::wcslen(out.data());
+  if (result == 0 || bytes[0] < 0x80 || bytes[0] > 0x82) return;
+  const std::wstring text = out.data();
   int32_t estimate = 0;
   CODE_PreDecodeGsmUcs(hex.data(), &estimate);
-  if (!tagged) return;
-  FUZZ_CHECK(count <= static_cast<size_t>(std::max(estimate, 0)));
+  FUZZ_CHECK(text.size() <= static_cast<size_t>(std::max(estimate, 0)));
   fuzz::Guarded<uint16_t> characters(160);
   characters.clear();
   CODE_utAlphaIdToUcs2(characters.data(), 160, bytes, length);
-  FUZZ_CHECK(std::equal(out.data(), out.data() + count, characters.data()));
-  FUZZ_CHECK(count == 160 || characters[count] == 0);
+  FUZZ_CHECK(std::equal(text.begin(), text.end(), characters.begin()));
+  FUZZ_CHECK(text.size() == 160 || characters[text.size()] == 0);
 }
 
 // Any text where hex digits should stand: bounded by its length, whatever the characters.
@@ -57,8 +54,7 @@ void check_hex_text(const std::string& text) {
   for (const int32_t language : {0, 2, 3}) {
     fuzz::Guarded<wchar_t> out(text.size() / 2 + 1);
     if (CODE_Usc2orGsm7ToAscDecode(hex.data(), out.data(), language) == 1) {
-      FUZZ_CHECK(text.size() <= 512);
-      FUZZ_CHECK(std::find(out.data(), out.data() + out.size(), L'\0') != out.data() + out.size());
+      FUZZ_CHECK(text.size() <= 512 && out.terminated());
     }
   }
 }

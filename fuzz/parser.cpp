@@ -2,33 +2,26 @@
 #include "qalt_at/parser.h"
 
 #include "fuzz/property.h"
-#include "tests/exhaustive/literal_parser.h"
+#include "tests/exhaustive/literal.h"
 
 namespace {
 
-// Made once: memory of this size that is new for every call would cost most of the time.
-AtRes g_record, g_again;
+// Calls the parser on a text and a zeroed record; returns what is left of the text.
+std::string parse(const std::string& before, AtRes& record, int& result) {
+  fuzz::GuardedText text(before);
+  std::memset(&record, 0, sizeof record);
+  result = Bk_Parse_At_Res(text.data(), &record);
+  return text.str();
+}
 
-// One call on the text and a zeroed record.
-struct Call {
-  Call(const std::string& before, AtRes* answer) : text(before), record(answer) {
-    std::memset(answer, 0, sizeof *answer);
-    result = Bk_Parse_At_Res(text.data(), answer);
-  }
-  fuzz::GuardedText text;
-  AtRes* record;
-  int result;
-};
-
-void check_against_literal(const std::string& before, Call& call) {
+void check_against_literal(const std::string& before, const AtRes& record, int result,
+                           const std::string& after) {
   const literal::Parsed expected = literal::parse(before);
-  FUZZ_CHECK(call.result == expected.result);
-  FUZZ_CHECK(call.text.str() == expected.rest);
-  FUZZ_CHECK(call.record->CmdId == expected.command);
-  FUZZ_CHECK(call.record->ResType == expected.type);
-  FUZZ_CHECK(call.record->ParaLen == expected.para_length);
-  FUZZ_CHECK(fuzz::terminated(call.record->Paras));
-  FUZZ_CHECK(call.record->Paras == expected.payload);
+  FUZZ_CHECK(result == expected.result);
+  FUZZ_CHECK(after == expected.rest);
+  FUZZ_CHECK(record.CmdId == expected.command && record.ResType == expected.type);
+  FUZZ_CHECK(record.ParaLen == expected.para_length);
+  FUZZ_CHECK(fuzz::terminated(record.Paras) && record.Paras == expected.payload);
 }
 
 // What was cut out is one piece, as long as the counter says, and only debris went before it.
@@ -36,31 +29,28 @@ void check_cut(const std::string& before, const std::string& after) {
   const std::string text = before.substr(literal::find_unquoted(before, "\r\n"));
   FUZZ_CHECK(g_iProcDataLen > 0);
   FUZZ_CHECK(after.size() + static_cast<size_t>(g_iProcDataLen) == text.size());
-  const size_t head = static_cast<size_t>(
-      std::mismatch(after.begin(), after.end(), text.begin()).first - after.begin());
-  const size_t tail = static_cast<size_t>(
-      std::mismatch(after.rbegin(), after.rend(), text.rbegin()).first - after.rbegin());
-  FUZZ_CHECK(head + tail >= after.size());
+  const auto head = std::mismatch(after.begin(), after.end(), text.begin()).first - after.begin();
+  const auto tail =
+      std::mismatch(after.rbegin(), after.rend(), text.rbegin()).first - after.rbegin();
+  FUZZ_CHECK(static_cast<size_t>(head + tail) >= after.size());
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
+  // Made once: memory of this size that is new for every call would cost most of the time.
+  static AtRes record, again;
   std::string text = fuzz::Input(bytes, size).text();
   for (size_t calls = 0;; ++calls) {
     FUZZ_CHECK(calls <= size);
-    Call call(text, &g_record);
-    check_against_literal(text, call);
-    const std::string after = call.text.str();
+    int result = -1;
+    const std::string after = parse(text, record, result);
+    check_against_literal(text, record, result, after);
     FUZZ_CHECK(after.size() <= text.size());
-    if (call.result == AT_PARSE_NOT_FOUND) break;
-    FUZZ_CHECK(call.result == AT_PARSE_OK);
+    if (result == AT_PARSE_NOT_FOUND) return 0;
     check_cut(text, after);
-    if (calls == 0) {
-      Call again(text, &g_again);
-      FUZZ_CHECK(again.text.str() == after && fuzz::same_bytes(*again.record, *call.record));
-    }
+    if (calls == 0)
+      FUZZ_CHECK(parse(text, again, result) == after && fuzz::same_bytes(again, record));
     text = after;
   }
-  return 0;
 }

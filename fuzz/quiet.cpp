@@ -6,33 +6,22 @@
 #include <cstdarg>
 #include <cstdio>
 
-namespace {
-
-char g_line[512 * 1024];
-
-__attribute__((format(printf, 1, 0))) void format_line(const char* format, va_list arguments) {
-  std::vsnprintf(g_line, sizeof g_line, format, arguments);
-}
-
-}  // namespace
-
 extern "C" {
 
-void syslog(int, const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  format_line(format, arguments);
-  va_end(arguments);
-}
+#define FORMAT_LINE(format)                             \
+  static char line[512 * 1024];                         \
+  va_list arguments;                                    \
+  va_start(arguments, format);                          \
+  std::vsnprintf(line, sizeof line, format, arguments); \
+  va_end(arguments)
 
+void syslog(int, const char* format, ...) {
+  FORMAT_LINE(format);
+}
 // What a build with _FORTIFY_SOURCE calls instead.
 __attribute__((format(printf, 3, 4))) void __syslog_chk(int, int, const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  format_line(format, arguments);
-  va_end(arguments);
+  FORMAT_LINE(format);
 }
-
 unsigned sleep(unsigned) {
   return 0;
 }

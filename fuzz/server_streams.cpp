@@ -1,7 +1,5 @@
 // The server's two inputs: the modem's bytes, whose events do not depend on how they were cut, and
 // the request frames of clients.
-#include <string>
-
 #include "fuzz/property.h"
 #include "server/frame.h"
 #include "server/stream_reader.h"
@@ -11,14 +9,8 @@ namespace {
 using qalt::server::StreamEvent;
 using qalt::server::StreamReader;
 
-constexpr const char* kCommands[] = {"AT",        "AT+CPBR=1,5", "AT+CSQ",      "ATD123;",
-                                     "AT+CGREG?", "AT+CMGS=5",   "AT^SCPBR=1,2"};
-
-void check_event(const StreamEvent& event) {
-  FUZZ_CHECK(event.text.size() <= StreamReader::kLongestAnswer);
-  FUZZ_CHECK(event.text.find('\0') == event.text.npos);
-  FUZZ_CHECK((!event.too_long && !event.unfit) || event.text.empty());
-}
+constexpr const char* kCommands[] = {"AT",        "AT+CPBR=1,5", "AT+CSQ",       "ATD123;",
+                                     "AT+CGREG?", "AT+CMGS=5",   "AT^SCPBR=1,2", nullptr};
 
 // The events as one text. After an answer the next command is sent.
 class Session {
@@ -28,7 +20,9 @@ class Session {
   void feed(std::string_view bytes) {
     reader_.feed(bytes);
     while (const auto event = reader_.next()) {
-      check_event(*event);
+      FUZZ_CHECK(event->text.size() <= StreamReader::kLongestAnswer);
+      FUZZ_CHECK(event->text.find('\0') == event->text.npos);
+      FUZZ_CHECK((!event->too_long && !event->unfit) || event->text.empty());
       events_ += std::to_string(static_cast<int>(event->kind)) + (event->too_long ? "L" : "") +
                  (event->unfit ? "U" : "") + (event->open_quote ? "Q" : "") + event->text + '\n';
       if (event->kind == StreamEvent::Kind::kAnswer || event->kind == StreamEvent::Kind::kPrompt) {
@@ -41,12 +35,9 @@ class Session {
 
  private:
   void expect() {
-    const size_t turn = command_ % (std::size(kCommands) + 1);
-    if (turn == std::size(kCommands)) {
-      reader_.expect_nothing();
-    } else {
-      reader_.expect_answer(kCommands[turn]);
-    }
+    const char* command = kCommands[command_ % std::size(kCommands)];
+    if (command != nullptr) return reader_.expect_answer(command);
+    reader_.expect_nothing();
   }
 
   StreamReader reader_;
@@ -54,35 +45,21 @@ class Session {
   size_t command_;
 };
 
-// A prompt has no line end: that nothing follows it is what makes it one, so no cut behind it.
-bool may_cut(const std::string& bytes, size_t place) {
-  return place < 2 || bytes.compare(place - 2, 2, "> ") != 0;
-}
-
+// In pieces of 1 to 16 bytes; all of one byte with seed 0.
 std::string events_in_pieces(const std::string& bytes, size_t command, uint32_t seed) {
   Session session(command);
-  for (size_t start = 0; start < bytes.size();) {
-    size_t end = start + 1;
-    if (seed != 0) {
-      seed = seed * 1664525 + 1013904223;
-      end += seed >> 28;
-    }
-    while (end < bytes.size() && !may_cut(bytes, end)) ++end;
+  for (size_t start = 0, end = 0; start < bytes.size(); start = end) {
+    if (seed != 0) seed = seed * 1664525 + 1013904223;
+    end = std::min<size_t>(start + 1 + (seed >> 28), bytes.size());
+    // A prompt has no line end: that nothing follows it is what makes it one, so no cut behind it.
+    while (end < bytes.size() && end >= 2 && bytes.compare(end - 2, 2, "> ") == 0) ++end;
     session.feed(std::string_view(bytes).substr(start, end - start));
-    start = end;
   }
   return session.events();
 }
 
-void check_stream(const std::string& bytes, size_t command, uint32_t seed) {
-  Session whole(command);
-  whole.feed(bytes);
-  FUZZ_CHECK(events_in_pieces(bytes, command, 0) == whole.events());
-  FUZZ_CHECK(events_in_pieces(bytes, command, seed + 1) == whole.events());
-}
-
 void check_frame(const std::string& bytes) {
-  AtMsg frame;
+  AtMsg frame, copy;
   std::memset(&frame, bytes.empty() ? 0 : bytes.back(), sizeof frame);
   std::memcpy(&frame, bytes.data(), std::min(bytes.size(), sizeof frame));
   const auto request = qalt::server::read_request(frame);
@@ -93,7 +70,6 @@ void check_frame(const std::string& bytes) {
   for (const char c : request.command) {
     FUZZ_CHECK(static_cast<unsigned char>(c) >= 0x20 && c != 0x7F);
   }
-  AtMsg copy;
   qalt::server::fill_frame(copy, request.command);
   FUZZ_CHECK(copy.aucDataBuf == request.command && copy.usParaLen == request.command.size());
 }
@@ -102,9 +78,13 @@ void check_frame(const std::string& bytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   fuzz::Input input(bytes, size);
+  check_frame(fuzz::Input(input).rest());
   const uint8_t command = input.byte();
-  const uint16_t seed = input.word();
-  check_frame(std::string(reinterpret_cast<const char*>(bytes), size));
-  check_stream(input.rest(), command, seed);
+  const uint32_t seed = input.word();
+  const std::string stream = input.rest();
+  Session whole(command);
+  whole.feed(stream);
+  FUZZ_CHECK(events_in_pieces(stream, command, 0) == whole.events());
+  FUZZ_CHECK(events_in_pieces(stream, command, seed + 1) == whole.events());
   return 0;
 }
