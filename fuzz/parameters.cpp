@@ -2,6 +2,8 @@
 // each beside the literal version.
 #include "qalt_at/parameters.h"
 
+#include <set>
+
 #include "fuzz/property.h"
 #include "qalt_at/parser.h"
 #include "tests/exhaustive/literal.h"
@@ -45,7 +47,7 @@ void check_pieces(const string& source, const string& separator) {
   FUZZ_CHECK(count < 0 || count + 1u == literal::split(source, ",", 1).size());
   FUZZ_CHECK(ATCodec_GetSubStrCountByToken(text.data(), separator.c_str()) >= 0);
   const Pieces all = separator.empty() ? Pieces{source} : literal::split(source, separator, 1);
-  for (const int32_t index : {-1, 0, 1, 2, 3, 99, 100}) {
+  for (const int32_t index : {0, 1, 2, 99, 100}) {
     fuzz::GuardedText out("", std::max<size_t>(ATCODEC_PARA_LEN, source.size() + 1));
     out.clear();
     const char* result =
@@ -72,7 +74,7 @@ void check_rewrites(const string& line) {
   const string special = changed(line, ATCodec_PreProc_Res_ParaLine_Special, ATCODEC_PARA_LEN);
   FUZZ_CHECK(plain == literal::rewritten(line, false));
   FUZZ_CHECK(special == literal::rewritten(line, true));
-  for (const string& field : {line, plain, special}) {
+  for (const string& field : std::set<string>{line, plain, special}) {
     FUZZ_CHECK(changed(field, ATCodec_Restore_String_Para) == literal::restored(field, false));
     FUZZ_CHECK(changed(field, ATCodec_Restore_String_Para_Special) ==
                literal::restored(field, true));

@@ -1,6 +1,7 @@
 #include "tests/exhaustive/literal.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "qalt_at/parameters.h"
 #include "qalt_at/parser.h"
@@ -13,8 +14,12 @@ constexpr size_t kLongestLine = 1023;
 constexpr size_t kLongestName = QALT_AT_NAME_SIZE - 1;
 const string kLineEnd = "\r\n";
 
-string flag_of(const AtEndFlgEntry& row) {
-  return string(row.EndFlag, std::find(row.EndFlag, row.EndFlag + sizeof row.EndFlag, '\0'));
+std::vector<string> end_flags() {
+  std::vector<string> flags;
+  for (const AtEndFlgEntry& row : QaltWcdma_AtEndFlgTable) {
+    flags.emplace_back(row.EndFlag, strnlen(row.EndFlag, sizeof row.EndFlag));
+  }
+  return flags;
 }
 
 // The payload of an OK with the lines `text` before it.
@@ -72,21 +77,23 @@ Parsed parse(string text) {
   text.erase(0, line_end);
   parsed.rest = text;
   size_t head = text.size();
-  const AtEndFlgEntry* row = nullptr;
-  for (int i = 0; i < QaltWcdma_AtEndFlgTableSize; ++i) {
-    const size_t place = find_unquoted(text, flag_of(QaltWcdma_AtEndFlgTable[i]));
+  static const std::vector<string> kFlags = end_flags();
+  size_t found = kFlags.size();
+  for (size_t i = 0; i < kFlags.size(); ++i) {
+    const size_t place = find_unquoted(text, kFlags[i]);
     if (place >= head) continue;
     head = place;
-    row = &QaltWcdma_AtEndFlgTable[i];
+    found = i;
   }
-  if (row == nullptr) return parsed;
+  if (found == kFlags.size()) return parsed;
 
+  const AtEndFlgEntry& row = QaltWcdma_AtEndFlgTable[found];
   parsed.result = 0;
-  parsed.command = row->CmdId;
-  parsed.type = row->ResType;
+  parsed.command = row.CmdId;
+  parsed.type = row.ResType;
   size_t cut_from = head;
-  size_t cut_to = head + flag_of(*row).size();
-  if (row->HavePara == 1) {
+  size_t cut_to = head + kFlags[found].size();
+  if (row.HavePara == 1) {
     bool to_end = false;
     for (const char* mark : {"CBM:", "CMT:", "CDS:", "JCLAS:"}) {
       to_end = to_end || text.find(mark) != string::npos;
@@ -97,7 +104,7 @@ Parsed parse(string text) {
       parsed.para_length = uint16_t(parsed.payload.size());
       cut_to = std::min(text.size(), end + (to_end ? 0 : 2));
     }
-  } else if (row->ResType == AT_RES_OK && head != 0) {
+  } else if (row.ResType == AT_RES_OK && head != 0) {
     const string before = text.substr(0, std::min(head, kLongestPayload));
     parsed.payload = joined(before.substr(std::min<size_t>(2, before.size())));
     cut_from = 0;

@@ -43,7 +43,8 @@ TEST(AllTexts, OfWordsThroughTheParser) {
 TEST(AllTexts, ThroughTheParameterCodec) {
   const std::string separator(",\"\0", 3);
   for (const Words& words : {Words{";", ",", "\"", "\r\n", "a"},
-                             {",", "\"", " ", "\t", "\r", "\n", "\xFD", "a"},
+                             {",", "\"", " ", "\n", "\xFD", "a"},
+                             {",", "\"", "\t", "\r"},
                              {"\xFA", "\xFB", "\xFC", "\xFD", "\xFE", "a"},
                              {"(", ")", ",", "a"}}) {
     try_all(try_parameters, separator, words);

@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <mutex>
 
 namespace test {
@@ -12,22 +13,16 @@ std::vector<LogLine> g_logs;
 std::vector<unsigned> g_sleeps;
 
 [[gnu::format(printf, 2, 0)]] void record(int priority, const char* format, va_list arguments) {
-  va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, again);
-  va_end(again);
-  std::string text(length < 0 ? 0 : static_cast<size_t>(length) + 1, '\0');
-  std::vsnprintf(text.data(), text.size(), format, arguments);
-  if (!text.empty()) text.pop_back();
+  char* text = nullptr;
+  if (vasprintf(&text, format, arguments) == -1) return;
   const std::lock_guard lock(g_mutex);
   g_logs.push_back({priority, text});
+  free(text);
 }
 
 // "module, 123 message" -> message
 std::string message_of(const LogLine& line) {
-  const size_t comma = line.text.find(", ");
-  const size_t blank = line.text.find(' ', comma + 2);
-  return line.text.substr(blank + 1);
+  return line.text.substr(line.text.find(' ', line.text.find(", ") + 2) + 1);
 }
 
 }  // namespace
