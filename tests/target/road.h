@@ -2,8 +2,9 @@
  * road.h - a test program for any C library, in C99: every exported function is taken once or more,
  * each on a painted thread stack of 512 KB, against an AT server inside the program.
  *
- * A road is a function that returns 1 when the library did what it should. Its name is the name of
- * the exported function that it takes. ROAD_AFTER runs a preparation first, outside the paint.
+ * ROAD(f, (x) == 0 && check) is right when f(x) == 0 && check. STEP(f, (x), check) calls f(x), then
+ * checks. In front of each, outside the paint, the records in `g` are cleared and an ordinary
+ * phonebook is discovered; then comes the road's own preparation.
  */
 #ifndef QALT_TESTS_TARGET_ROAD_H
 #define QALT_TESTS_TARGET_ROAD_H
@@ -16,25 +17,50 @@
 
 void road_add(const char* name, int (*body)(void), void (*preparation)(void));
 
-#define ROAD_AFTER(preparation, name)                              \
-  static int road_to_##name(void);                                 \
+#define REGISTERED(preparation, name, ...)                         \
+  static int road_to_##name(void) {                                \
+    __VA_ARGS__;                                                   \
+  }                                                                \
   __attribute__((constructor)) static void road_add_##name(void) { \
     road_add(#name, road_to_##name, preparation);                  \
   }                                                                \
-  static int road_to_##name(void)
-#define ROAD(name) ROAD_AFTER(NULL, name)
+  extern struct Records g
+#define ROAD_AFTER(preparation, name, ...) REGISTERED(preparation, name, return name __VA_ARGS__)
+#define ROAD(name, ...) ROAD_AFTER(NULL, name, __VA_ARGS__)
+#define STEP_AFTER(preparation, name, arguments, ...) \
+  REGISTERED(preparation, name, name arguments; return __VA_ARGS__)
+#define STEP(name, arguments, ...) STEP_AFTER(NULL, name, arguments, __VA_ARGS__)
 
-/* The AT server's answers to what begins with "AT+J" and the like; ERROR to what it does not know.
- */
-enum ModemKind { MODEM_STANDARD, MODEM_VENDOR, MODEM_BUSY };
-void modem_become(enum ModemKind kind);
+extern struct Records {
+  AtMsg answer;
+  AtRes res;
+  AtParseBuf work;
+  ParasList paras;
+  PbItemList list;
+  PbItem item;
+  PbParam param;
+  PhonebookEntry entries[PB_READ_MAX]; /* each with its fields */
+  PbField fields[PB_READ_MAX][PB_FIELD_TYPES];
+  char text[QALT_AT_TEXT_SIZE], line[1200], *head;
+  uint8_t bytes[512];
+  wchar_t wide[600];
+  uint16_t ucs2[200], half, used;
+  int32_t values[8];
+  int number;
+  uint32_t size;
+} g;
+
 void modem_start(void);
-const char* modem_last_line(void);                     /* the command it got last */
-int modem_deliver(const char* path, const char* text); /* sends one report frame; 1 when sent */
-const char* modem_private_path(const char* name);      /* a path in the program's own folder */
+int sent(const char* line);                 /* whether this command came last */
+void* deliver_report(void* path);           /* sends "\r\nRING\r\n" as soon as somebody listens */
+const char* private_path(const char* name); /* a path in the program's own folder */
 
+extern int g_busy;                  /* every command is answered ERROR */
 extern int g_sleeps;                /* seconds that the library wanted to sleep */
-extern int g_errors_logged;         /* lines at priority 3 */
 extern __thread int g_accepts_left; /* accepts of this thread that still succeed; negative: all */
+
+static inline int same(const char* a, const char* b) {
+  return strcmp(a, b) == 0;
+}
 
 #endif

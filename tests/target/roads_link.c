@@ -1,4 +1,5 @@
-/* The link: exchanges, the sockets, and a report through the callback. */
+/* The link, with a report through the callback, and the AT commands: the line that went out, and
+ * what came back. */
 #define _GNU_SOURCE
 #include <pthread.h>
 #include <stdio.h>
@@ -9,144 +10,104 @@
 
 #include "road.h"
 
-static AtMsg g_answer;
-static pthread_mutex_t g_mutex = PTHREAD_MUTEX_INITIALIZER;
-static pthread_cond_t g_arrived = PTHREAD_COND_INITIALIZER;
-static char g_report[64];
+static int version_is(const char* text, int major, int minor, int patch) {
+  sprintf(g.line, "%d.%d.%d", major, minor, patch);
+  return same(text, g.line);
+}
+ROAD(QALT_AT_Version, () != NULL && version_is(QALT_AT_Version(), QALT_AT_VERSION_MAJOR,
+                                               QALT_AT_VERSION_MINOR, QALT_AT_VERSION_PATCH));
+
+static void fill_line(void) {
+  memset(&g.answer, 'x', sizeof g.answer);
+  memset(g.text, 'A', sizeof g.text - 1);
+}
+ROAD_AFTER(fill_line, ClientSendCmd,
+           (g.text, &g.answer, 5000) == 0 && sent(g.text) &&
+               same(g.answer.aucDataBuf, "\r\nOK\r\n"));
+ROAD(send_message, ("AT+EUSIM?", &g.answer, 5000) == 0 && sent("AT+EUSIM?"));
+ROAD(qalt_at_create_client_socket,
+     (private_path("server"), &g.number) == 1 && close(g.number) == 0);
+static const struct sockaddr_un kNobody = {AF_UNIX, "/nowhere/nobody"};
+ROAD(qalt_at_socket_connect_rety,
+     (0, (const struct sockaddr*)&kNobody, sizeof kNobody) == -1 && g_sleeps == 300);
+ROAD(qalt_at_close_client_socket, (dup(1)) == 1);
+
+static int g_listening, g_arrived;
+static char g_path[64];
+ROAD(qalt_at_create_server_socket, (private_path("own"), &g_listening) == 1);
+static void knock(void) {
+  deliver_report((void*)private_path("own"));
+}
+ROAD_AFTER(knock, qalt_at_accept_client_request,
+           (g_listening, &g.number) == 1 && close(g.number) == 0 && close(g_listening) == 0);
 
 static int on_report(AtMsg* pMsg) {
-  pthread_mutex_lock(&g_mutex);
-  snprintf(g_report, sizeof g_report, "%.*s", (int)sizeof g_report - 1, pMsg->aucDataBuf);
-  pthread_cond_signal(&g_arrived);
-  pthread_mutex_unlock(&g_mutex);
-  return 0;
+  return __sync_add_and_fetch(&g_arrived, same(pMsg->aucDataBuf, "\r\nRING\r\n"));
 }
-
-static int arrived(const char* text) {
-  int same;
-  pthread_mutex_lock(&g_mutex);
-  while (g_report[0] == '\0') pthread_cond_wait(&g_arrived, &g_mutex);
-  same = strcmp(g_report, text) == 0;
-  g_report[0] = '\0';
-  pthread_mutex_unlock(&g_mutex);
-  return same;
+static int arrived(void) {
+  while (__sync_add_and_fetch(&g_arrived, 0) == 0) sched_yield();
+  return 1;
 }
-
-ROAD(QALT_AT_Version) {
-  char version[32];
-  snprintf(version, sizeof version, "%d.%d.%d", QALT_AT_VERSION_MAJOR, QALT_AT_VERSION_MINOR,
-           QALT_AT_VERSION_PATCH);
-  return strcmp(QALT_AT_Version(), version) == 0;
-}
-
-ROAD(ClientSendCmd) {
-  static char longest[10240];
-  memset(&g_answer, 'x', sizeof g_answer);
-  memset(longest, 'A', sizeof longest - 1);
-  return ClientSendCmd("AT+CPBS?", &g_answer, 5000) == 0 &&
-         strcmp(g_answer.aucDataBuf, "\r\n+CPBS: \"SM\",12,250\r\n\r\nOK\r\n") == 0 &&
-         ClientSendCmd(longest, &g_answer, 1) == 0 && strcmp(modem_last_line(), longest) == 0 &&
-         ClientSendCmd(NULL, &g_answer, 1) == 1;
-}
-
-ROAD(send_message) {
-  return send_message("AT+EUSIM?", &g_answer, 5000) == 0 && send_message(NULL, &g_answer, 1) == -1;
-}
-
-ROAD(qalt_at_create_client_socket) {
-  int fd = -1;
-  const int made = qalt_at_create_client_socket(modem_private_path("server"), &fd);
-  return made == 1 && fd >= 0 && close(fd) == 0 && qalt_at_create_client_socket(NULL, &fd) == -1;
-}
-
-ROAD(qalt_at_socket_connect_rety) {
-  struct sockaddr_un address;
-  const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-  int refused, before = g_sleeps;
-  memset(&address, 0, sizeof address);
-  address.sun_family = AF_UNIX;
-  snprintf(address.sun_path, sizeof address.sun_path, "%s", modem_private_path("nobody"));
-  refused = qalt_at_socket_connect_rety(fd, (struct sockaddr*)&address, sizeof address);
-  close(fd);
-  return refused == -1 && g_sleeps - before == 300;
-}
-
-ROAD(qalt_at_close_client_socket) {
-  return qalt_at_close_client_socket(socket(AF_UNIX, SOCK_STREAM, 0)) == 1 &&
-         qalt_at_close_client_socket(-1) == -1;
-}
-
-static int g_listening = -1;
-ROAD(qalt_at_create_server_socket) {
-  return qalt_at_create_server_socket(modem_private_path("own"), &g_listening) == 1;
-}
-
-static void listen_and_call(void) {
-  if (qalt_at_create_server_socket(modem_private_path("own"), &g_listening) != 1 ||
-      !modem_deliver(modem_private_path("own"), "waiting")) {
-    abort();
-  }
-}
-ROAD_AFTER(listen_and_call, qalt_at_accept_client_request) {
-  int fd = -1;
-  const int accepted = qalt_at_accept_client_request(g_listening, &fd);
-  const int received =
-      recv(fd, &g_answer, sizeof g_answer, MSG_WAITALL) == (ssize_t)sizeof g_answer;
-  close(fd);
-  close(g_listening);
-  return accepted == 1 && received && strcmp(g_answer.aucDataBuf, "waiting") == 0 &&
-         qalt_at_accept_client_request(-1, &fd) == -1;
-}
-
-ROAD(SetClientProcRecvCallback) {
-  return SetClientProcRecvCallback(on_report) == 0 && pCallBackFun == on_report;
-}
-
 static void set_callback(void) {
+  g_arrived = 0;
   SetClientProcRecvCallback(on_report);
+  strcpy(g.answer.aucDataBuf, "\r\nRING\r\n");
 }
-ROAD_AFTER(set_callback, parse_msg) {
-  memset(&g_answer, 0, sizeof g_answer);
-  strcpy(g_answer.aucDataBuf, "\r\n+CMTI: \"SM\",3\r\n");
-  parse_msg(NULL);
-  parse_msg(&g_answer);
-  return arrived(g_answer.aucDataBuf);
-}
-
-/* The receiver's thread listens on its own: a report may have to be sent again until it does. */
-static int report_arrives(const char* path, const char* text) {
-  while (!modem_deliver(path, text)) sched_yield();
-  return arrived(text);
-}
-
-ROAD_AFTER(set_callback, ClientInit) {
-  static char too_long[120];
-  memset(too_long, 'p', sizeof too_long - 1);
-  return ClientInit(too_long) == 1 && ClientInit(modem_private_path("reports")) == 0 &&
-         report_arrives(modem_private_path("reports"), "\r\nRING\r\n") &&
-         ClientInit(modem_private_path("reports")) == 0 &&
-         strcmp(g_ModuleID, modem_private_path("reports")) == 0 && recv_thread_id != 0;
-}
-
-static void* send_report(void* path) {
-  while (!modem_deliver(path, "\r\n+CREG: 1\r\n")) sched_yield();
-  return NULL;
-}
-static pthread_t g_sender;
+ROAD(SetClientProcRecvCallback, (on_report) == 0 && pCallBackFun == on_report);
+STEP_AFTER(set_callback, parse_msg, (&g.answer), arrived());
+ROAD_AFTER(set_callback, ClientInit,
+           (private_path("reports")) == 0 && ClientInit("") == 0 &&
+               deliver_report((void*)private_path("reports")) == NULL && arrived());
+/* Its second accept fails, which ends the receiver. */
 static void send_one_report(void) {
-  static char path[64];
+  pthread_t sender;
   set_callback();
-  strcpy(path, modem_private_path("own"));
-  unlink(path);
-  if (pthread_create(&g_sender, NULL, send_report, path) != 0) abort();
+  strcpy(g_path, private_path("own"));
+  if (pthread_create(&sender, NULL, deliver_report, g_path) != 0) abort();
 }
-ROAD_AFTER(send_one_report, receive_thread) {
-  static char path[64];
-  void* result;
-  strcpy(path, modem_private_path("own"));
-  g_accepts_left = 1; /* the second fails, which ends the receiver */
-  result = receive_thread(path);
-  g_accepts_left = -1;
-  pthread_join(g_sender, NULL);
-  return result == NULL && arrived("\r\n+CREG: 1\r\n");
+static char* once(char* path) {
+  g_accepts_left = 1;
+  return path;
 }
+ROAD_AFTER(send_one_report, receive_thread, (once(g_path)) == NULL && arrived());
+
+static int values_are(int32_t first, int32_t second, int32_t third, int32_t fourth) {
+  const int32_t values[] = {first, second, third, fourth};
+  return memcmp(g.values, values, sizeof values) == 0;
+}
+static int item_is(int32_t index, const char* number, const char* text, const char* email) {
+  const PbItem* item = &g.list.items[0];
+  return g.list.count == 1 && item->storageIndex == index && same(item->number, number) &&
+         same(item->text, text) && same(item->email, email);
+}
+static AtRes* payload(const char* text) {
+  strcpy(g.res.Paras, text);
+  return &g.res;
+}
+static const CpbwRecord kRecord = {5, "123", 129, "0041"};
+static const JcpbwRecord kVendorRecord = {6, "+1", 145, "416E", "2", "3", "m@x", "78"};
+
+ROAD(CPBS_Set, ("SM") == 0 && sent("AT+CPBS=\"SM\"") && CPBS_Set("S\"M") == 1);
+ROAD(CPBS_Read, (g.values, g.values + 1) == 0 && values_are(12, 250, 0, 0));
+ROAD(CPBR_Test, (g.values) == 0 && values_are(1, 250, 40, 18));
+ROAD(JCPBR_Test, (&g.number, g.values) == 0 && g.number == 1 && values_are(1, 250, 40, 60));
+ROAD(SCPBR_Test, (&g.number, g.values) == 0 && g.number == 1 && values_are(1, 250, 40, 18));
+ROAD(JCPBQ_Set, (3, g.values) == 0 && sent("AT+CPBR=3"));
+ROAD(JUSIM_Test, (g.values) == 0 && g.values[0] == 1);
+ROAD(CARDMODE_Test, (g.values) == 0 && g.values[0] == 1);
+ROAD(EUSIM_Read, (g.values) == 0 && g.values[0] == 1);
+ROAD(JCPBM_Test, () == 1);
+ROAD(CPBR_Set, (3, 3, &g.list) == 0 && sent("AT+CPBR=3,3") && item_is(3, "+4930", "0041", ""));
+ROAD(JCPBR_Set, (7, 7, &g.list) == 0 && item_is(7, "123", "Ann A", "a@b"));
+ROAD(SCPBR_Set, (8, 8, &g.list) == 0 && item_is(8, "1", "Lee B", "mail"));
+STEP(CPBR_SetATResProcess, (payload("1,\"\",129,\"Zed\""), &g.list), item_is(1, "", "Zed", ""));
+STEP(JCPBR_SetATResProcess, (payload("9,\"1\",\"T\",\"2\",\"3\",\"m\",\"x\""), &g.list),
+     item_is(9, "1", "T", "m"));
+STEP(SCPBR_SetATResProcess, (payload("8,\"1\",9,\"2\",9,\"3\",9,\"\",9,\"Lee\",1,\"m\""), &g.list),
+     item_is(8, "1", "Lee", "m"));
+ROAD(CPBW_Set, (&kRecord) == 0 && sent("AT+CPBW=5,\"123\",129,\"0041\""));
+ROAD(JCPBW_Set,
+     (&kVendorRecord) == 0 && sent("AT+JCPBW=6,\"+1\",145,\"416E\",\"2\",\"3\",\"m@x\",\"78\""));
+ROAD(SCPBW_Set, (&kVendorRecord) == 0 &&
+                    sent("AT^SCPBW=6,\"+1\",145,\"3\",129,\"2\",129,\"2\",129,\"416E\",1,\"m@x\""));
+ROAD(CSCS_Set, ((CharsetName){"UCS2"}) == 0 && sent("AT+CSCS=\"UCS2\""));
