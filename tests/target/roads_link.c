@@ -29,8 +29,9 @@ ROAD(qalt_at_create_client_socket,
      (private_path("server"), &g.number) == 1 && close(g.number) == 0);
 static const struct sockaddr_un kNobody = {AF_UNIX, "/nowhere/nobody"};
 ROAD(qalt_at_socket_connect_rety,
-     (0, (const struct sockaddr*)&kNobody, sizeof kNobody) == -1 && g_sleeps == 300);
-ROAD(qalt_at_close_client_socket, (dup(1)) == 1);
+     (socket(AF_UNIX, SOCK_STREAM, 0), (const struct sockaddr*)&kNobody, sizeof kNobody) == -1 &&
+         g_sleeps == 300);
+ROAD(qalt_at_close_client_socket, (socket(AF_UNIX, SOCK_STREAM, 0)) == 1);
 
 static int g_listening, g_arrived;
 static char g_path[64];
@@ -39,7 +40,9 @@ static void knock(void) {
   deliver_report((void*)private_path("own"));
 }
 ROAD_AFTER(knock, qalt_at_accept_client_request,
-           (g_listening, &g.number) == 1 && close(g.number) == 0 && close(g_listening) == 0);
+           (g_listening, &g.number) == 1 &&
+               recv(g.number, &g.answer, sizeof g.answer, MSG_WAITALL) == sizeof g.answer &&
+               close(g.number) == 0 && close(g_listening) == 0);
 
 static int on_report(AtMsg* pMsg) {
   return __sync_add_and_fetch(&g_arrived, same(pMsg->aucDataBuf, "\r\nRING\r\n"));
@@ -56,7 +59,7 @@ static void set_callback(void) {
 ROAD(SetClientProcRecvCallback, (on_report) == 0 && pCallBackFun == on_report);
 STEP_AFTER(set_callback, parse_msg, (&g.answer), arrived());
 ROAD_AFTER(set_callback, ClientInit,
-           (private_path("reports")) == 0 && ClientInit("") == 0 &&
+           (NULL) == 1 && ClientInit(private_path("reports")) == 0 && ClientInit("") == 0 &&
                deliver_report((void*)private_path("reports")) == NULL && arrived());
 /* Its second accept fails, which ends the receiver. */
 static void send_one_report(void) {

@@ -53,8 +53,8 @@ ROAD(CODE_PreEncodeGsmUcs, (kCyrillic, &g.size) == 1 && g.size == 18);
 ROAD(CODE_GetDecodeType, ("8102", &g.number) == 1 && g.number == TEXT_CODING_UCS2_81);
 ROAD(CODE_PreDecodeGsmUcs, ("416E6E61", &g.number) == 1 && g.number == 4);
 /* The longest text. */
-ROAD(CODE_Usc2orGsm7ToAscDecode,
-     (memset(g.line, '4', 512), g.wide, 0) == 1 && wcslen(g.wide) == 256 && g.wide[255] == 'D');
+ROAD(CODE_Usc2orGsm7ToAscDecode, (memset((char[514]){0}, '4', 512), g.wide, 0) == 1 &&
+                                     wcslen(g.wide) == 256 && g.wide[255] == 'D');
 
 /* Alpha identifiers; the bytes from 0x80 up are where plain char may be signed or not. */
 #define IDENTIFIER_ROAD(name, bytes, result, count, last)                        \
@@ -89,8 +89,9 @@ ROAD(CODE_DecodePduTimeToQaltTime, ("21111003214380").second == 34);
 
 /* A contact's texts. */
 STEP(QL_808182CodeSupportSet, (1), is808182CodeSupport == 1);
-ROAD(QL_encodePBItem,
-     (kCyrillic, g.line, 23, &g.number, 0) == 0 && same(g.line, "0410043D043D0430"));
+ROAD(QL_encodePBItem, (kCyrillic, g.line, 23, &g.number, 0) == 0 &&
+                          same(g.line, "0410043D043D0430") &&
+                          QL_encodePBItem(L"Anna", g.line, 8, &g.number, 1) == 1);
 ROAD(QL_decodePBItem, ("0410043D043D0430", g.wide, 64, 0) == 0 && wide_is(kCyrillic));
 ROAD(QL_preEncodePBItem, (kCyrillic, &g.number) == 0 && g.number == 16);
 ROAD(QL_preDecodePBItem, ("416E6E61", &g.number) == 0 && g.number >= 5);
