@@ -33,6 +33,6 @@ cppcheck --quiet --error-exitcode=1 --std=c++20 --enable=warning,style,performan
 echo "== gcc -fanalyzer"
 for source in $sources; do
   g++ -std=c++20 -O1 -fno-exceptions -fno-rtti -fanalyzer -Wall -Wextra -Werror -I . -I include \
-    -c "$source" -o /dev/null
+    -c "$source" -o $build/analysed.o
 done
 echo "no findings"
