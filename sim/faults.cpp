@@ -67,6 +67,11 @@ void read_which(std::string_view rule, std::string_view which, FaultRule& result
     result.last = kEvery;
     return;
   }
+  if (which.substr(0, 2) == "1/") {
+    result.one_in = number(rule, which.substr(2));
+    if (result.one_in == 0) fail(rule, "one in none is not possible");
+    return;
+  }
   const size_t dash = which.find('-');
   result.first = result.last = number(rule, which.substr(0, dash));
   if (dash != which.npos) {
@@ -104,13 +109,20 @@ FaultRule parse_fault_rule(std::string_view rule) {
   return result;
 }
 
+bool FaultBook::is_due(size_t rule) {
+  const FaultRule& known = rules_[rule];
+  ++matched_[rule];
+  const bool due = known.one_in > 0 ? chance_() % known.one_in == 0
+                                    : matched_[rule] >= known.first && matched_[rule] <= known.last;
+  done_[rule] += due;
+  return due;
+}
+
 FaultPlan FaultBook::plan(std::string_view line) {
   FaultPlan plan;
   for (size_t i = 0; i < rules_.size(); ++i) {
     const FaultRule& rule = rules_[i];
-    if (!at::starts_with_nocase(line, rule.prefix)) continue;
-    ++matched_[i];
-    if (matched_[i] < rule.first || matched_[i] > rule.last) continue;
+    if (!at::starts_with_nocase(line, rule.prefix) || !is_due(i)) continue;
     switch (rule.action) {
       case Action::kDelay:
         plan.delay += std::chrono::milliseconds(rule.value);

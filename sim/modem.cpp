@@ -25,7 +25,8 @@ std::string report(std::string_view text) {
 
 }  // namespace
 
-Modem::Modem(Config config) : state_(config), faults_(std::move(config.faults.rules)) {}
+Modem::Modem(Config config)
+    : state_(config), faults_(std::move(config.faults.rules), config.faults.seed) {}
 
 void Modem::receive(std::string_view bytes) {
   for (char c : bytes) {

@@ -36,6 +36,7 @@ class Modem {
   void reopened();
 
   const State& state() const { return state_; }
+  const FaultBook& faults() const { return faults_; }
 
  private:
   void execute(std::string_view line);

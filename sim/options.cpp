@@ -101,13 +101,17 @@ void add_options(CLI::App& app, Options& options) {
   app.add_flag("--sim-odd-quote", faults.odd_quote, "one stored name holds a single double quote")
       ->group(fault);
   app.add_option("--sim-fault", options.fault_rules,
-                 "WHICH:PREFIX:ACTION[=VALUE], may be repeated: on the lines WHICH (2, 2-5, 2-, *) "
-                 "of those that begin with PREFIX do ACTION: delay=MS, never, cut=BYTES, "
+                 "WHICH:PREFIX:ACTION[=VALUE], may be repeated: on the lines WHICH (2, 2-5, 2-, *, "
+                 "or by chance 1/40) of those that begin with PREFIX do ACTION: delay=MS, never, "
+                 "cut=BYTES, "
                  "hang-up=BYTES, report-before=TEXT, report-inside=TEXT, report-after=TEXT, "
                  "answer=TEXT")
       ->type_name("RULE")
       ->allow_extra_args(false)
       ->take_all()
+      ->group(fault);
+  app.add_option("--sim-seed", faults.seed, "of the faults by chance (1)")
+      ->type_name("N")
       ->group(fault);
 }
 

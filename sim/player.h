@@ -25,6 +25,7 @@ class Player {
   // What a terminal sends; the handlers are never called from inside.
   void receive(std::string_view bytes);
   void stop();
+  const FaultBook& faults() const { return modem_.faults(); }
 
  private:
   void schedule();

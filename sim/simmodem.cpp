@@ -20,6 +20,8 @@ Examples:
   qalt-simmodem --pty /tmp/modem                       then: qalt-atd --modem tty:/tmp/modem
   qalt-simmodem --pty /tmp/modem --sim-profile scpbr --sim-delay 50
 
+At the end it says how often it did each --sim-fault.
+
 Exit status: 0 ended by SIGINT or SIGTERM, 1 could not start, 2 wrong command line.)";
 
 // What goes over the line, piece by piece, in the form of qalt-atd's transcript.
@@ -47,8 +49,8 @@ class LineLog {
   std::unique_ptr<FILE, Closer> file_;
 };
 
-void run(const std::string& link, const std::string& log_path, const qalt::sim::Config& config,
-         int ready_descriptor) {
+void run(const std::string& link, const std::string& log_path, const qalt::sim::Options& options,
+         const qalt::sim::Config& config, int ready_descriptor) {
   LineLog log(log_path);
   asio::io_context context(1);
   qalt::sim::PtyLine line(context, link);
@@ -73,6 +75,10 @@ void run(const std::string& link, const std::string& log_path, const qalt::sim::
     ::close(ready_descriptor);
   }
   context.run();
+  const std::vector<unsigned>& done = player.faults().done();
+  for (size_t i = 0; i < options.fault_rules.size(); ++i) {
+    std::cout << done[i] << " " << options.fault_rules[i] << "\n";
+  }
 }
 
 }  // namespace
@@ -105,7 +111,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    run(link, log, config, ready_descriptor);
+    run(link, log, options, config, ready_descriptor);
   } catch (const std::exception& error) {
     std::cerr << "qalt-simmodem: cannot start: " << error.what() << "\n";
     return 1;

@@ -1,4 +1,5 @@
 // What the simulated modem does wrong on demand.
+#include <algorithm>
 #include <stdexcept>
 
 #include "tests/sim/terminal.h"
@@ -81,10 +82,27 @@ TEST(Faults, StatesOfThePhonebook) {
   EXPECT_EQ(crowded.send("AT+CPBW=1,\"1\"\r"), "AT+CPBW=1,\"1\"\r" + test::bytes_of("OK"));
 }
 
+TEST(Faults, RulesByChance) {
+  const auto silences = [](unsigned seed) {
+    Config config = with_rules({"1/8:AT+CSQ:never"});
+    config.faults.seed = seed;
+    Terminal terminal(config);
+    std::string which;
+    for (int i = 0; i < 800; ++i) which += terminal.send("AT+CSQ\r").empty() ? 'x' : '.';
+    EXPECT_EQ(terminal.modem.faults().done()[0], std::count(which.begin(), which.end(), 'x'));
+    return which;
+  };
+  const std::string first = silences(1);
+  EXPECT_NEAR(std::count(first.begin(), first.end(), 'x'), 100, 40);
+  EXPECT_EQ(silences(1), first);
+  EXPECT_NE(silences(2), first);
+}
+
 TEST(Faults, RefusedRules) {
   for (const char* rule :
        {"", "1", "1:AT", "0:AT:never", "3-2:AT:never", "x:AT:never", "1:AT:vanish", "1:AT:never=3",
-        "1:AT:delay", "1:AT:delay=", "1:AT:delay=1s", "1:AT:answer=\\x", "1:AT:answer=\\"}) {
+        "1:AT:delay", "1:AT:delay=", "1:AT:delay=1s", "1:AT:answer=\\x", "1/0:AT:never",
+        "1/x:AT:never", "1:AT:answer=\\"}) {
     EXPECT_THROW(parse_fault_rule(rule), std::invalid_argument) << rule;
   }
 }
