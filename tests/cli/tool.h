@@ -1,7 +1,6 @@
-// private_tmp.h - the library's socket path is fixed, so a test that runs real programs on it has a
-// /tmp of its own, in a mount namespace of its own.
-#ifndef QALT_TESTS_CLI_PRIVATE_TMP_H_
-#define QALT_TESTS_CLI_PRIVATE_TMP_H_
+// tool.h - the built tool in front of the built server.
+#ifndef QALT_TESTS_CLI_TOOL_H_
+#define QALT_TESTS_CLI_TOOL_H_
 
 #include <gtest/gtest.h>
 
@@ -10,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/server/private_tmp.h"
 #include "tests/server/program.h"
 
 namespace test {
@@ -40,4 +40,4 @@ class Tool : public testing::Test {
 
 }  // namespace test
 
-#endif  // QALT_TESTS_CLI_PRIVATE_TMP_H_
+#endif  // QALT_TESTS_CLI_TOOL_H_

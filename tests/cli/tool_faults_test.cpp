@@ -1,7 +1,7 @@
 // qalt-pb end to end against what goes wrong: no server, bad files, modems that misbehave, Ctrl-C.
 #include <fstream>
 
-#include "tests/cli/private_tmp.h"
+#include "tests/cli/tool.h"
 
 namespace {
 

@@ -1,8 +1,9 @@
 // qalt-pb end to end: every command on every kind of phonebook, and files there and back.
+#include "tests/cli/tool.h"
+
 #include <fstream>
 
 #include "cli/terminal.h"
-#include "tests/cli/private_tmp.h"
 
 namespace {
 

@@ -1,6 +1,7 @@
 #include "tests/server/program.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 
 #include <fstream>
@@ -13,7 +14,7 @@ namespace {
 
 int scratch_file() {
   char name[] = "/tmp/qalt_program_XXXXXX";
-  const int file = ::mkstemp(name);
+  const int file = ::mkostemp(name, O_CLOEXEC);
   ::unlink(name);
   return file;
 }
@@ -40,6 +41,7 @@ Program::Program(const std::string& program, std::vector<std::string> arguments,
   process_ = ::fork();
   if (process_ == 0) {
     ::close(ready[0]);
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a test that is broken off leaves nothing behind
     ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
     ::dup2(output_, STDOUT_FILENO);
     ::dup2(errors_, STDERR_FILENO);

@@ -27,6 +27,7 @@ class Program {
   Program& operator=(const Program&) = delete;
 
   bool ready() const { return ready_; }
+  pid_t process() const { return process_; }
   void signal(int number) const { ::kill(process_, number); }
   // Sends the signal, if any, and waits for the end.
   Ended end(int signal = SIGTERM);
