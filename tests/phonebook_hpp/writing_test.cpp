@@ -120,6 +120,35 @@ TEST_F(Book, WithoutUcs2NothingIsWritten) {
   EXPECT_TRUE(book.put(contact(2, "B")));
 }
 
+// Silence says nothing about the modem's sets.
+TEST_F(Book, WithoutTheSelectionNothingIsSent) {
+  open();
+  for (const char* line : {"AT+CSCS=\"UCS2\"", "AT+CSCS?"}) {
+    on(line, kSilence);
+    EXPECT_EQ(Cause::kNoAnswer, book.get(1).error().cause) << line;
+    EXPECT_EQ(Cause::kNoAnswer, book.put(contact(2, "B")).error().cause) << line;
+    EXPECT_FALSE(book.info().plain);
+    on(line, information({"+CSCS: \"UCS2\""}));
+  }
+  EXPECT_EQ(0, count("AT+CPB") - count("AT+CPBS"));
+}
+
+// A server that was started anew in the middle of a job knows nothing of its selection.
+TEST_F(Book, AfterSilenceTheSelectionIsMadeAgain) {
+  open();
+  on("AT+CPBW=", kSilence);
+  const qalt::Phonebook::Job job(book);
+  forget();
+  EXPECT_EQ(Cause::kNoAnswer, book.put(contact(2, "B")).error().cause);
+  const std::vector<std::string> expected = {"AT+CPBW=2,\"\",129,\"0042\"", "AT+CPBS=\"SM\"",
+                                             "AT+CSCS=\"UCS2\"", "AT+CPBR=2,2"};
+  EXPECT_EQ(expected, test::ScriptedModem::lines());
+  on("AT+CSCS=\"UCS2\"", kError);
+  // Without it nothing is written or read.
+  EXPECT_EQ(Cause::kDiffers, book.put(contact(2, "B")).error().cause);
+  EXPECT_EQ("AT+CSCS=\"UCS2\"", sent().back().line);
+}
+
 // One selection for a job, however many calls it has.
 TEST_F(Book, AJobSwitchesOnce) {
   open();

@@ -10,7 +10,15 @@
 namespace qalt {
 namespace detail {
 
-constexpr uint32_t kSelectTimeoutMs = 5000;
+constexpr const char* kSelectStorage = "AT+CPBS=\"SM\"";
+constexpr const char* kSelectUcs2 = "AT+CSCS=\"UCS2\"";
+
+/* Whether the answer leaves open what the modem did. */
+inline bool is_untold(const Answer& answer) {
+  return answer.reply == Reply::kSilent || answer.reply == Reply::kGarbled ||
+         answer.reply == Reply::kNoServer || answer.busy();
+}
+
 /* No card has as many; a range beyond that is a misread answer, not a phonebook. */
 constexpr int kMostIndices = 65536;
 
@@ -57,7 +65,7 @@ inline Result<Info> Phonebook::open(Options options) {
   }
   options_ = std::move(options);
   const detail::Answer selected =
-      link_.send("AT+CPBS=\"SM\"", detail::kSelectTimeoutMs, {}, /*starting=*/true);
+      link_.send(detail::kSelectStorage, detail::kSelectTimeoutMs, {}, /*starting=*/true);
   if (!selected.ok()) return detail::failure(selected, "select the SIM phonebook");
 
   PbParam param = {};
@@ -92,21 +100,28 @@ inline Result<Done> Phonebook::begin() {
     return Error{Cause::kUsage, "the phonebook is not open", ""};
   }
   /* Another client may have selected another storage since. */
-  const detail::Answer selected = link_.send("AT+CPBS=\"SM\"", detail::kSelectTimeoutMs);
+  const detail::Answer selected = link_.send(detail::kSelectStorage, detail::kSelectTimeoutMs);
   if (!selected.ok()) return detail::failure(selected, "select the SIM phonebook");
+  link_.keep_selected({detail::kSelectStorage});
   if (info_.family != Family::kStandard) return Done{};
   /* The set is put back even where the switch failed: it may have been carried out all the same. */
   switched_ = true;
-  info_.plain = _SetPbCharactorSet(1) == 0;
+  const detail::Answer set = link_.send(detail::kSelectUcs2, detail::kSelectTimeoutMs);
+  /* Only a modem that says so is one without UCS2. */
+  if (detail::is_untold(set)) return detail::failure(set, "select the character set UCS2");
+  info_.plain = !set.ok();
   if (info_.plain) return Done{};
+  link_.keep_selected({detail::kSelectStorage, detail::kSelectUcs2});
   /* Some modems say OK and stay where they were. The name comes in the new set itself, or not. */
   const detail::Answer now = link_.send("AT+CSCS?", detail::kSelectTimeoutMs);
+  if (detail::is_untold(now)) return detail::failure(now, "ask for the character set");
   info_.plain = now.ok() && now.payload.find("UCS2") == now.payload.npos &&
                 now.payload.find("0055004300530032") == now.payload.npos;
   return Done{};
 }
 
 inline void Phonebook::end() {
+  link_.keep_selected({});
   if (std::exchange(switched_, false) && detail::server_listens()) _SetPbCharactorSet(0);
 }
 

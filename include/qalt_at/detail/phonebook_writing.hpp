@@ -92,7 +92,7 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
   const auto form = detail::text_form(info_);
   Options patient = options_;
   patient.stop = nullptr; /* a write and its read-back are one */
-  const detail::Link link(patient);
+  const detail::Link link(patient, link_);
   const auto stored =
       detail::RangeReader(link, info_.family, form).read(wire.index, wire.index, -1);
   if (!stored) return stored.error();

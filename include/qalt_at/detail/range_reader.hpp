@@ -39,10 +39,25 @@ struct Unreadable {
 
 namespace detail {
 
-/* Sends commands, giving a busy card the time that the client grants. */
+constexpr uint32_t kSelectTimeoutMs = 5000;
+
+/*
+ * Sends commands, giving a busy card the time that the client grants. After a command without an
+ * answer nobody knows what is selected - the AT server may be a new one - so the selection is made
+ * again before the next command.
+ */
 class Link {
  public:
   explicit Link(const Options& options) : options_(options) {}
+  /* With other options, at the same place of the job. */
+  Link(const Options& options, const Link& other)
+      : options_(options), selection_(other.selection_), doubtful_(other.doubtful_) {}
+
+  /* The command lines that select what the next commands work on; none at the end of a job. */
+  void keep_selected(std::vector<std::string> lines) {
+    selection_ = std::move(lines);
+    doubtful_ = false;
+  }
 
   bool stopped() const { return options_.stop && options_.stop(); }
   void pause() const { options_.pause(); }
@@ -53,8 +68,10 @@ class Link {
   /* `starting`: whether ERROR, too, is what a card says that is still starting. */
   Answer send(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {},
               bool starting = false) const {
+    if (!select_again()) return {Reply::kSilent, kNoCode, "", 0};
     for (int waited = 0;; ++waited) {
       Answer answer = exchange(line, timeout_ms, prefix);
+      doubtful_ = answer.reply == Reply::kSilent || answer.reply == Reply::kNoServer;
       const bool again = answer.busy() || (starting && answer.reply == Reply::kError);
       if (!again || waited >= options_.wait_seconds || stopped()) return answer;
       pause();
@@ -62,7 +79,17 @@ class Link {
   }
 
  private:
+  bool select_again() const {
+    for (const std::string& line : selection_) {
+      if (doubtful_ && !exchange(line, kSelectTimeoutMs).ok()) return false;
+    }
+    doubtful_ = false;
+    return true;
+  }
+
   const Options& options_;
+  std::vector<std::string> selection_;
+  mutable bool doubtful_ = false;
 };
 
 struct WireReading {
