@@ -50,12 +50,16 @@ App::App(asio::io_context& context, const Options& options)
       transcript_(options.transcript.empty() ? Transcript() : Transcript(options.transcript)),
       socket_(options.socket, options.access),
       clients_(context, socket_.descriptor(),
-               {[this](Command command) { modem_.submit(std::move(command)); },
+               {[this](Command command) {
+                  command.older = socket_.took_over() && command.peer.started <= started_;
+                  modem_.submit(std::move(command));
+                },
                 [this](uint64_t id) { modem_.cancel(id); },
                 {},
                 [this](int priority, const std::string& text) { logger_.log(priority, text); }}),
       reports_(context, options.report_paths, logger_),
-      modem_(context, make_port(context, options.modem), options.start_lines, transcript_, logger_),
+      modem_(context, make_port(context, options.modem), options.start_lines, options.longest_wait,
+             transcript_, logger_),
       signals_(context, SIGINT, SIGTERM, SIGHUP) {
   // A client that closes early is an error of its connection, not the end of the server.
   std::signal(SIGPIPE, SIG_IGN);

@@ -2,9 +2,12 @@
 #ifndef QALT_SERVER_APP_H_
 #define QALT_SERVER_APP_H_
 
+#include <unistd.h>
+
 #include <asio.hpp>
 
 #include "server/client_hub.h"
+#include "server/client_session.h"
 #include "server/logger.h"
 #include "server/modem_link.h"
 #include "server/options.h"
@@ -37,6 +40,7 @@ class App {
   ReportSender reports_;
   ModemLink modem_;
   asio::signal_set signals_;
+  const uint64_t started_ = start_time(::getpid());
   bool stopping_ = false;
   bool modem_idle_ = false;
 };

@@ -11,9 +11,7 @@
 #include "server/frame.h"
 
 namespace qalt::server {
-namespace {
 
-// When a process started, in clock ticks: field 22 of its stat file; 0 if that cannot be read.
 uint64_t start_time(pid_t process) {
   char path[40];
   char text[1024];
@@ -30,8 +28,6 @@ uint64_t start_time(pid_t process) {
   }
   return field == nullptr ? 0 : std::strtoull(field, nullptr, 10);
 }
-
-}  // namespace
 
 Peer peer_of(int descriptor) {
   ucred credentials{};

@@ -50,6 +50,8 @@ class ClientSession : public std::enable_shared_from_this<ClientSession> {
   bool ended_ = false;
 };
 
+// When a process started, in clock ticks: field 22 of its stat file; 0 if that cannot be read.
+uint64_t start_time(pid_t process);
 // The process at the other end of a Unix-domain connection.
 Peer peer_of(int descriptor);
 

@@ -1,6 +1,7 @@
 #include "server/client_settings.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "sim/at_line.h"
@@ -14,6 +15,8 @@ constexpr size_t kCharset = 0;
 // Commands that read or write in the selected storage, with texts in the selected character set.
 constexpr std::array<std::string_view, 9> kPhonebookCommands = {
     "+CPBR", "+CPBW", "+CPBF", "+JCPBR", "+JCPBW", "^SCPBR", "^SCPBW", "^CPBR", "^CPBW"};
+// Those of them whose texts are in the selected set; the vendors' have a coding of their own.
+constexpr std::array<std::string_view, 3> kSetTexts = {"+CPBR", "+CPBW", "+CPBF"};
 // Further commands with texts.
 constexpr std::array<std::string_view, 10> kTextCommands = {
     "+CMGS", "+CMGW", "+CMGR", "+CMGL", "+CUSD", "+COPS", "+CNUM", "+CLCC", "+CSCA", "+CPOL"};
@@ -97,7 +100,28 @@ void ClientSettings::prepared(std::string_view line, std::string_view answer, bo
 }
 
 void ClientSettings::carried_out(const Peer& peer, std::string_view line, bool ok) {
-  apply(line, ok, values_of(peer));
+  apply(line, ok, values_of(peer).values);
+}
+
+void ClientSettings::unanswered(const Peer& peer, std::string_view line) {
+  const std::vector<at::Command> commands = commands_of(line);
+  for (size_t i = 0; i < kSettings; ++i) {
+    for (const at::Command& command : commands) {
+      if (!selects(command, i)) continue;
+      values_of(peer).values[i] = selected_value(command.arguments);
+      current_[i].reset();
+    }
+  }
+}
+
+bool ClientSettings::forgotten(const Peer& peer, std::string_view line) {
+  const std::vector<at::Command> commands = commands_of(line);
+  if (commands.empty() || commands.front().form != at::Form::kSet ||
+      !contains(kSetTexts, commands.front().name)) {
+    return false;
+  }
+  PeerValues& known = values_of(peer);
+  return !known.values[kCharset] && !std::exchange(known.told, true);
 }
 
 void ClientSettings::initialised(std::string_view line, bool ok) {
@@ -135,7 +159,7 @@ void ClientSettings::reopened() {
   asked_ = {};
 }
 
-ClientSettings::Values& ClientSettings::values_of(const Peer& peer) {
+ClientSettings::PeerValues& ClientSettings::values_of(const Peer& peer) {
   if (!peers_.contains(peer) && peers_.size() == kMostPeers) {
     peers_.erase(std::min_element(peers_.begin(), peers_.end(), [](const auto& a, const auto& b) {
       return a.second.used < b.second.used;
@@ -143,7 +167,7 @@ ClientSettings::Values& ClientSettings::values_of(const Peer& peer) {
   }
   PeerValues& entry = peers_[peer];
   entry.used = ++uses_;
-  return entry.values;
+  return entry;
 }
 
 }  // namespace qalt::server

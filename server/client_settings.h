@@ -33,6 +33,12 @@ class ClientSettings {
   void prepared(std::string_view line, std::string_view answer, bool ok);
   // The line of a client was answered.
   void carried_out(const Peer& peer, std::string_view line, bool ok);
+  // The line of a client got no answer: what it selects is wanted all the same, since a client that
+  // goes on regardless means its next texts in that set.
+  void unanswered(const Peer& peer, std::string_view line);
+  // Whether `line` of a peer that worked with a server before this one has texts in a set that only
+  // that one knew. Says so once for a peer, and not after it has selected a set.
+  bool forgotten(const Peer& peer, std::string_view line);
   // A line of the server's own start sequence was answered: what it selects is for everybody.
   void initialised(std::string_view line, bool ok);
   // What the modem has selected is not known any more: a time-out, a reset.
@@ -48,8 +54,9 @@ class ClientSettings {
   struct PeerValues {
     Values values;
     uint64_t used = 0;
+    bool told = false;  // by forgotten()
   };
-  Values& values_of(const Peer& peer);
+  PeerValues& values_of(const Peer& peer);
   void apply(std::string_view line, bool ok, Values& chosen);
 
   Values current_;

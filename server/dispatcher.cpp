@@ -55,19 +55,22 @@ void Dispatcher::opened(TimePoint now, bool clean) {
 
 void Dispatcher::closed() {
   state_ = State::kClosed;
+  if (current_) settings_.unanswered(sender_, sent_);
   finish_current("");
   drop_waiting();
 }
 
 void Dispatcher::drop_waiting() {
-  for (const Command& command : std::exchange(waiting_, {})) host_.answer(command.id, "");
+  for (const Command& command : std::exchange(waiting_, {})) drop(command);
+}
+
+void Dispatcher::drop(const Command& command) {
+  settings_.unanswered(command.peer, command.line);
+  host_.answer(command.id, "");
 }
 
 void Dispatcher::submit(Command command, TimePoint now) {
-  if (state_ == State::kClosed) {
-    host_.answer(command.id, "");
-    return;
-  }
+  if (state_ == State::kClosed) return drop(command);
   waiting_.push_back(std::move(command));
   if (state_ == State::kIdle) next(now);
 }
@@ -89,6 +92,7 @@ void Dispatcher::tick(TimePoint now) {
   switch (state_) {
     case State::kWaiting:
       host_.note(LOG_WARNING, "no answer in time to " + sent_);
+      settings_.unanswered(sender_, sent_);
       finish_current("");
       settings_.lost();
       return resync(now);
@@ -120,6 +124,13 @@ void Dispatcher::next(TimePoint now) {
     return send(State::kStarting, start_lines_[started_++], kOwnTimeout, now);
   }
   state_ = State::kIdle;
+  // A text would be taken in a set that its sender has not selected: the command fails, as those
+  // did that the end of the former server cut off.
+  while (!waiting_.empty() && waiting_.front().older &&
+         settings_.forgotten(waiting_.front().peer, waiting_.front().line)) {
+    drop(waiting_.front());
+    waiting_.pop_front();
+  }
   if (waiting_.empty()) return;
   const Command& command = waiting_.front();
   if (const auto line = settings_.before(command.peer, command.line)) {
@@ -135,7 +146,7 @@ void Dispatcher::next(TimePoint now) {
 void Dispatcher::send(State state, const std::string& line, milliseconds timeout, TimePoint now) {
   state_ = state;
   sent_ = line;
-  deadline_ = now + timeout;
+  deadline_ = now + std::min(timeout, longest_wait_);
   reader_.expect_answer(line);
   host_.write_modem(line + "\r");
 }

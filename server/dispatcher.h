@@ -34,7 +34,10 @@ struct Command {
   std::string line;
   std::chrono::milliseconds timeout{0};
   Peer peer;
+  bool older = false;  // the peer may have worked with a server that ended without a word
 };
+
+constexpr std::chrono::milliseconds kAnyWait = std::chrono::milliseconds::max();
 
 class Dispatcher {
  public:
@@ -50,9 +53,11 @@ class Dispatcher {
     virtual void note(int priority, const std::string& text) = 0;
   };
 
-  // `start_lines` are sent after every opening, each once.
-  Dispatcher(Host& host, std::vector<std::string> start_lines)
-      : host_(host), start_lines_(std::move(start_lines)) {}
+  // `start_lines` are sent after every opening, each once. No answer is awaited for longer than
+  // `longest_wait`.
+  Dispatcher(Host& host, std::vector<std::string> start_lines,
+             std::chrono::milliseconds longest_wait = kAnyWait)
+      : host_(host), start_lines_(std::move(start_lines)), longest_wait_(longest_wait) {}
 
   // The port is open. `clean`: nothing of an earlier time can be on the line.
   void opened(TimePoint now, bool clean);
@@ -77,6 +82,7 @@ class Dispatcher {
   void handle(StreamEvent event, TimePoint now);
   void answered(const StreamEvent& event, TimePoint now);
   void finish_current(std::string_view text);
+  void drop(const Command& command);
   void resync(TimePoint now);
   void send_probe(TimePoint now);
   void settle(TimePoint now);
@@ -84,6 +90,7 @@ class Dispatcher {
 
   Host& host_;
   std::vector<std::string> start_lines_;
+  std::chrono::milliseconds longest_wait_;
   size_t started_ = 0;  // start lines sent
   StreamReader reader_;
   ClientSettings settings_;

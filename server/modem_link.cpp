@@ -17,14 +17,14 @@ constexpr milliseconds kLongestBackOff{30'000};
 }  // namespace
 
 ModemLink::ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
-                     std::vector<std::string> start_lines, Transcript& transcript,
-                     const Logger& logger)
+                     std::vector<std::string> start_lines, milliseconds longest_wait,
+                     Transcript& transcript, const Logger& logger)
     : timer_(context),
       reopen_timer_(context),
       port_(std::move(port)),
       transcript_(transcript),
       logger_(logger),
-      dispatcher_(*this, std::move(start_lines)),
+      dispatcher_(*this, std::move(start_lines), longest_wait),
       back_off_(kFirstBackOff) {
   port_->set_handlers({[this] { opened(); }, [this](std::string_view bytes) { received(bytes); },
                        [this](const std::string& why) { lost(why); }});

@@ -23,7 +23,8 @@ class ModemLink : private Dispatcher::Host {
   };
 
   ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
-            std::vector<std::string> start_lines, Transcript& transcript, const Logger& logger);
+            std::vector<std::string> start_lines, std::chrono::milliseconds longest_wait,
+            Transcript& transcript, const Logger& logger);
 
   void set_handlers(Handlers handlers) { handlers_ = std::move(handlers); }
   void start() { port_->open(); }

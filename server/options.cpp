@@ -100,6 +100,12 @@ std::optional<Options> read_options(int argc, char** argv, int& status) {
       ->type_name("MODEM");
   app.add_option("--init", start, "command lines after every opening, \"|\" between them (ATE0)")
       ->type_name("LINES");
+  app.add_option_function<unsigned>(
+         "--longest-wait",
+         [&options](unsigned ms) { options.longest_wait = std::chrono::milliseconds(ms); },
+         "most that is waited for an answer, whatever time-out a client asks for")
+      ->type_name("MS")
+      ->check(CLI::Range(1, 1 << 30));
   app.add_option("--report-to", options.report_paths,
                  "socket that gets the reports; may be repeated")
       ->type_name("PATH")

@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "server/dispatcher.h"
 #include "server/socket_path.h"
 #include "server/tcp_port.h"
 #include "server/tty_port.h"
@@ -27,6 +28,7 @@ struct Options {
   SocketPath::Access access;
   ModemAddress modem;
   std::vector<std::string> start_lines;
+  std::chrono::milliseconds longest_wait = kAnyWait;
   std::vector<std::string> report_paths;
   std::string transcript;
   int ready_descriptor = -1;  // gets a line once the server listens

@@ -60,7 +60,7 @@ SocketPath::~SocketPath() {
   if (ours) ::unlink(path_.c_str());
 }
 
-void SocketPath::clear_way() const {
+void SocketPath::clear_way() {
   const sockaddr_un address = address_of(path_);
   struct stat file {};
   if (::lstat(path_.c_str(), &file) != 0) return;
@@ -75,6 +75,7 @@ void SocketPath::clear_way() const {
   if (error == ENOENT) return;
   if (error != ECONNREFUSED) fail(path_ + ": " + std::generic_category().message(error));
   if (::unlink(path_.c_str()) != 0) fail("stale " + path_ + " cannot be removed: " + reason());
+  took_over_ = true;
 }
 
 void SocketPath::listen(const Access& access) {

@@ -29,13 +29,16 @@ class SocketPath {
   // The listening descriptor, non-blocking; closing it is the caller's.
   int descriptor() const { return descriptor_; }
   const std::string& path() const { return path_; }
+  // A stale file was removed: a server before this one was killed.
+  bool took_over() const { return took_over_; }
 
  private:
-  void clear_way() const;
+  void clear_way();
   void listen(const Access& access);
 
   std::string path_;
   int descriptor_ = -1;
+  bool took_over_ = false;
   struct stat file_ {};
 };
 

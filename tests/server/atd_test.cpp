@@ -123,7 +123,9 @@ TEST_F(Atd, TakesAPathOnlyWhereNobodyLives) {
   EXPECT_EQ(first->end(SIGKILL).status, 1000 + SIGKILL);
   const auto third = start({"--socket-mode", "600"});
   EXPECT_EQ(mode_of(socket), 0600u);
-  EXPECT_EQ(ask(socket, "AT"), kOk);
+  // This process is older: what it had selected, if anything, is known to nobody.
+  EXPECT_EQ(ask(socket, "AT+CPBR=1,1"), "");
+  EXPECT_NE(ask(socket, "AT+CPBR=1,1"), "");
   EXPECT_EQ(third->end(SIGINT).status, 0);
   EXPECT_EQ(mode_of(socket), 0u);
 
@@ -158,6 +160,12 @@ TEST_F(Atd, ExitStatus) {
     EXPECT_NE((ended.out + ended.err).find(row.said), std::string::npos) << ended.err;
   }
   EXPECT_EQ(mode_of(socket), 0u);
+}
+
+TEST_F(Atd, NoWaitIsLongerThanAllowed) {
+  const auto atd = start({"--longest-wait", "50", "--sim-fault", "*:AT+CSQ:never"});
+  EXPECT_EQ(ask(socket, "AT+CSQ", 3'600'000), "");
+  EXPECT_EQ(ask(socket, "AT", 3'600'000), kOk);
 }
 
 TEST_F(Atd, FinishesTheCommandUnderWay) {

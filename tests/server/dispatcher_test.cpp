@@ -233,5 +233,30 @@ TEST(Dispatcher, TwoProcessesReadTheirOwnNames) {
   EXPECT_EQ(line.modem.state().sim.find(1)->number, "+4930901820");
 }
 
+// A client that goes on after a selection without an answer must not have its digits stored.
+TEST(Dispatcher, ATextIsNeverTakenInAnotherSet) {
+  const std::string write = "AT+CPBW=1,\"1\",129,\"0041\"";
+  for (const char* rule : {"1:AT+CSCS=\"UCS2\":never", "1:AT+CSCS=\"UCS2\":hang-up=3"}) {
+    Line line({rule});
+    EXPECT_EQ(line.ask("AT+CSCS=\"UCS2\""), "");
+    line.dispatcher.opened(line.now, true);
+    EXPECT_EQ(line.ask(write), kOk);
+    EXPECT_EQ(line.modem.state().sim.find(1)->name, u"A") << rule;
+  }
+  // Before the server was killed this one may have selected a set, and this server has not seen it.
+  Line line({});
+  line.dispatcher.submit({++line.last_id, write, milliseconds(1000), {1, 1}, true}, line.now);
+  EXPECT_EQ(line.answers[line.last_id], "");
+  EXPECT_NE(line.modem.state().sim.find(1)->number, "1");
+  EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
+  // After a time-out nobody knows what the modem still has selected.
+  Line silent({"1:AT+CSQ:never"});
+  silent.ask("AT+CSCS=\"UCS2\"");
+  EXPECT_EQ(silent.ask("AT+CSQ"), "");
+  silent.sent.clear();
+  silent.ask("AT+CPBR=1");
+  EXPECT_EQ(silent.sent.front(), "AT+CSCS=\"UCS2\"\r");
+}
+
 }  // namespace
 }  // namespace qalt::server

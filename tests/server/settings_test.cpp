@@ -68,6 +68,25 @@ TEST_F(Settings, RefusalsResetsAndTimeouts) {
   EXPECT_EQ(send(kBob, "AT+CPBR=1"), "AT+CSCS=\"GSM\" ");
 }
 
+TEST_F(Settings, SelectionsWithoutAnAnswerAreWanted) {
+  send(kAnna, "AT+CSCS=\"UCS2\"");
+  send(kAnna, "AT+CSCS=\"IRA\"");
+  settings.unanswered(kAnna, "AT+CSCS=\"UCS2\"");
+  settings.unanswered(kAnna, "AT+CPBR=1");
+  EXPECT_EQ(send(kAnna, "AT+CPBR=1"), "AT+CSCS=\"UCS2\" ");
+  EXPECT_EQ(send(kBob, "AT+CPBR=1"), "AT+CSCS=\"IRA\" ");
+}
+
+TEST_F(Settings, WhatOnlyAFormerServerKnewIsMissedOnce) {
+  for (const char* line : {"AT+CSQ", "AT+CPBR=?", "AT+JCPBR=1,2", "AT+CSCS=\"UCS2\";+CPBR=1"}) {
+    EXPECT_FALSE(settings.forgotten(kAnna, line)) << line;
+  }
+  EXPECT_TRUE(settings.forgotten(kAnna, "AT+CPBW=1"));
+  EXPECT_FALSE(settings.forgotten(kAnna, "AT+CPBW=1"));
+  send(kBob, "AT+CSCS=\"UCS2\"");
+  EXPECT_FALSE(settings.forgotten(kBob, "AT+CPBR=1"));
+}
+
 TEST_F(Settings, StartLinesAreForEverybody) {
   settings.initialised("ATE0;+CSCS=\"GSM\"", true);
   EXPECT_EQ(send(kAnna, "AT+CSCS=\"UCS2\""), "");
