@@ -3,6 +3,7 @@
 #   make demo    the library at work against a simulated modem
 #   make check   everything that a change must pass: what CI runs
 #   make check-long  more of the same: LENGTH=8 for longer texts, REPEAT=1000 for more runs
+#   make soak    clients, server and modem under faults: MINUTES=1, SEED=n for the same run again
 #   make fuzz    every fuzz target for FUZZ_SECONDS=60
 #   make lint    static analysers over the library
 #   make coverage  which lines and branches of the library the tests reach
@@ -12,8 +13,9 @@
 #   make bench   times, stack marks and sizes
 BUILD ?= build/default
 PROFILE ?= standard
+MINUTES ?= 1
 
-.PHONY: all demo check check-long fuzz lint coverage check-target deb docs bench format clean
+.PHONY: all demo check check-long soak fuzz lint coverage check-target deb docs bench format clean
 
 all:
 	scripts/setup.sh build
@@ -35,6 +37,12 @@ check:
 check-long:
 	scripts/setup.sh tests
 	scripts/check_long.sh
+
+soak:
+	scripts/setup.sh build
+	cmake -S . -B build/soak -DQALT_BUILD_SOAK=ON -DQALT_BUILD_TESTS=OFF >/dev/null
+	cmake --build build/soak -j $$(nproc) --target soak -- --no-print-directory
+	build/soak/soak/soak --minutes $(MINUTES) $(if $(SEED),--seed $(SEED))
 
 fuzz:
 	scripts/setup.sh fuzz
