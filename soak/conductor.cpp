@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "qalt_at/link.h"
 #include "soak/modem_view.h"
 #include "soak/process_state.h"
 #include "tests/server/private_tmp.h"
@@ -72,6 +73,9 @@ class Soak {
     start_modem();
     start_server();
     if (!right_) return false;
+    while (test::ask(QALT_AT_SERVER_PATH, "AT") != "\r\nOK\r\n") {
+      std::this_thread::sleep_for(milliseconds(100));
+    }
     std::this_thread::sleep_for(milliseconds(500));
     const ProcessState modem_start = state_of(modem_->process());
     const ProcessState server_start = state_of(server_->process());
