@@ -10,7 +10,7 @@
 #   make check-target  the tests on ARM with glibc, uClibc and musl, footprint, binary interface
 #   make deb     Debian packages, installed, tried and removed
 #   make docs    the reference of the headers, as HTML
-#   make bench   times, stack marks and sizes
+#   make bench   times beside those of peers, stack marks and sizes
 BUILD ?= build/default
 PROFILE ?= standard
 MINUTES ?= 1
@@ -72,10 +72,10 @@ docs:
 
 bench:
 	scripts/setup.sh bench
-	cmake -S . -B build/bench -DQALT_BUILD_BENCH=ON -DQALT_BUILD_TESTS=OFF \
-	  -DQALT_BUILD_PROGRAMS=OFF >/dev/null
+	cmake -S . -B build/bench -DQALT_BUILD_BENCH=ON -DQALT_BUILD_TESTS=OFF >/dev/null
 	cmake --build build/bench -j $$(nproc) -- --no-print-directory
-	scripts/bench.sh build/bench
+	scripts/bench_phonebook.sh build/bench >build/bench/phonebook_rows
+	scripts/bench.sh build/bench build/bench/phonebook_rows | tee build/bench/PERFORMANCE.md
 
 format:
 	git ls-files '*.c' '*.cpp' '*.h' '*.hpp' | xargs clang-format-14 -i

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Prints the figures as Markdown: scripts/bench.sh build/bench >docs/PERFORMANCE.md
+# Prints the figures as Markdown, as they stand in docs/PERFORMANCE.md.
 # usage: scripts/bench.sh BUILD_FOLDER [ROWS...]
 #
 # A row is a line of fields with tabs between them: work, ours, peer's name, peer's figure, floor,
@@ -89,7 +89,7 @@ cmake --build "$build-Os" -j "$(nproc)" >/dev/null
 cat <<TEXT
 # Speed
 
-Printed by \`make bench\`; kept with \`scripts/bench.sh build/bench >docs/PERFORMANCE.md\`. Measured on
+Printed by \`make bench\`, which also leaves it in build/bench/PERFORMANCE.md. Measured on
 $(nproc) cores, $(. /etc/os-release && echo "$PRETTY_NAME"), $(g++ --version | head -n 1), release build.
 Each figure is the median of $repetitions repetitions, and all sides of a work run in turns in one
 process, on the same input; before that their results are compared. Times are processor time in ns
@@ -123,6 +123,11 @@ What the rows say:
   most from a busy machine. Floor: the system calls alone.
 - **+CPBR answer**: against the rules carried out as they are worded, each search from the start and
   each buffer cleared. ns for the whole answer.
+- **qalt-pb list**: through qalt-atd, on the simulated modem on a pseudo-terminal; gammu on the same
+  one, in turns. The server has answered one command before. Floor: a program that sends the same
+  command lines and reads up to each final result. A pause is a gap of 10 ms or more between an answer
+  and the next command. The memory is that of a client in C that has read all contacts, at its end,
+  less an empty one's.
 - **size**: libosmogsm holds protocols beside its texts. A tenth of it is not reached: the exported
   tables (12 KB of commands and end marks) and the names of all exported functions (17 KB with their
   relocations) are the interface.
