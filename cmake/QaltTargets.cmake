@@ -1,11 +1,5 @@
 # How the project's targets are compiled and linked; one function per kind of target.
 
-# A C library without support for the stack protector, as uClibc is often built, has no such symbols.
-include(CheckCXXSourceCompiles)
-set(CMAKE_REQUIRED_FLAGS -fstack-protector-strong)
-check_cxx_source_compiles("int main() { volatile char a[64]; return a[0] = 0; }" QALT_STACK_PROTECTOR)
-unset(CMAKE_REQUIRED_FLAGS)
-
 # Release builds stop at an overrun that nobody foresaw. The sanitizers find more, and know only the
 # plain functions; a toolchain that brings a level of its own keeps it.
 function(qalt_harden target)
@@ -13,7 +7,9 @@ function(qalt_harden target)
     return()
   endif()
   set(release $<CONFIG:Release,RelWithDebInfo>)
-  if(QALT_STACK_PROTECTOR)
+  # Elsewhere, as on ARM, its guard is a datum of the loader, which the library would need beside the
+  # C library: there it is left to the firmware's own options.
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|i[3-6]86)$")
     target_compile_options(${target} PRIVATE $<${release}:-fstack-protector-strong>)
   endif()
   if(NOT "${CMAKE_C_FLAGS} ${CMAKE_CXX_FLAGS}" MATCHES "_FORTIFY_SOURCE|-O0")
