@@ -183,46 +183,14 @@ TEST(Commands, NothingIsSentThatWouldBeAnotherCommand) {
   EXPECT_EQ(CSCS_Set(name), 1u);
   EXPECT_EQ(CPBS_Set(std::string(90, 'x').c_str()), 1u);
   EXPECT_EQ(test::logged("AtCodec/PB_AtWrapper", 3).size(), 22u);
-  int32_t value = 0;
-  EXPECT_EQ(JCPBM_Test(), 1u);
   EXPECT_EQ(cpbw(-1, "", 0, "")(), 1u);
-  for (uint32_t result :
-       {CPBS_Set(nullptr), CPBS_Read(nullptr, &value), CPBS_Read(&value, nullptr),
-        CPBR_Test(nullptr), JCPBR_Test(nullptr, g_values), SCPBR_Test(&value, nullptr),
-        JCPBQ_Set(1, nullptr), JUSIM_Test(nullptr), CPBR_Set(1, 2, nullptr), CPBW_Set(nullptr)}) {
+  for (uint32_t result : {JCPBM_Test(), CPBS_Set(nullptr), CPBS_Read(g_values, nullptr),
+                          CPBR_Test(nullptr), SCPBR_Test(g_values, nullptr), JUSIM_Test(nullptr),
+                          CPBR_Set(1, 2, nullptr), CPBW_Set(nullptr)}) {
     EXPECT_EQ(result, 1u);
   }
   EXPECT_TRUE(modem.sent().empty());
   EXPECT_EQ(CPBS_Set(std::string(89, 'x').c_str()), 0u);
-}
-
-TEST(Commands, LogWhenNobodyAnswersOrNothingCanBeRead) {
-  test::clear_records();
-  EXPECT_EQ(kCpbrTest(), 1u);  // no server: 300 attempts, one second apart
-  EXPECT_EQ(test::sleeps().size(), 300u);
-  EXPECT_TRUE(test::has_logged(3, "CPBR_Test cmd return Error"));
-
-  ScriptedModem modem;
-  const std::string unreadable = "Bk_Parse_At_Res return UNI_ERROR_FALSE\n";
-  modem.on("AT", std::string("\r\ngarbage\r\n"));
-  test::clear_records();
-  CPBS_Set("SM");
-  kEusim();
-  kCardmode();
-  cpbw(1, "1", 129, "A")();
-  EXPECT_TRUE(test::has_logged(7, "AT+CPBS=\"SM\" send to at server\n"));
-  EXPECT_TRUE(test::has_logged(7, "###K47D LOG### CPBS_Set return \n"));
-  EXPECT_TRUE(test::has_logged(7, "###K47D LOG###   " + unreadable));
-  EXPECT_EQ(test::logged("AtCodec/PB_AtWrapper", 3),
-            (Lines{"###K47D LOG###   " + unreadable, "###K47D LOG###  " + unreadable}));
-  testing::internal::CaptureStdout();
-  kJusim();
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "###K47D LOG###   " + unreadable);
-  modem.on("AT", test::kError);
-  read(CPBR_Set, 1, 2)();
-  read(JCPBR_Set, 1, 2)();
-  EXPECT_TRUE(test::has_logged(3, "###K47D LOG###   CPBR read return ERROR\n"));
-  EXPECT_TRUE(test::has_logged(3, "###K47D LOG###   JCPBR read return ERROR\n"));
 }
 
 // Every entry as "index|number|type|text|number2|number3|email|extra|coding ".

@@ -57,18 +57,6 @@ TEST(ParameterLine, IsRewrittenForTheScanner) {
   }
 }
 
-TEST(ParameterLine, ScannedFieldsAreRestored) {
-  const auto restored = [](void (*function)(char*), std::string field) {
-    function(field.data());
-    return std::string(field.c_str());
-  };
-  const std::string field = "+49\37689\376a\374\372\373b";
-  EXPECT_EQ(restored(ATCodec_Restore_String_Para, field), "+49 89 a\t\372\373b");
-  EXPECT_EQ(restored(ATCodec_Restore_String_Para_Special, field), "+49 89 a\t\r\nb");
-  EXPECT_EQ(restored(ATCodec_Restore_String_Para, "\375"), "");
-  EXPECT_EQ(restored(ATCodec_Restore_String_Para, "\375\376"), "\375 ");
-}
-
 TEST(ParameterLine, GroupsAreFlattenedAndTheRestCleared) {
   const auto flattened = [](std::string line) {
     ATCodec_ProcRes_ParaLineEx(line.data());
@@ -188,21 +176,6 @@ TEST(ParameterList, SelectsOnePiece) {
   }
   const auto* quotes = reinterpret_cast<const unsigned char*>("\"\"\"x");
   EXPECT_EQ(ATCodec_Find_Sub_Str(quotes, "\"x"), quotes + 2) << "its own quote is not counted";
-}
-
-TEST(Parameters, NullsDoNothing) {
-  ATCodec_PreProc_Res_ParaLine(nullptr);
-  ATCodec_Restore_String_Para(nullptr);
-  ATCodec_ProcRes_ParaLineEx(nullptr);
-  EXPECT_EQ(ATCodec_TranslateToCmdPara(nullptr, "%d", 1), 0);
-  const auto list = std::make_unique<ParasList>();
-  for (const Split& function : {kLines, kRows}) function(nullptr, "a;b");
-  kLines(list.get(), nullptr);
-  ATCodec_PreProc_Res_ParaList_Entend(nullptr, &list->nCount);
-  ATCodec_PreProc_Res_ParaList_Entend("a,b", nullptr);
-  EXPECT_EQ(list->nCount, 0);
-  EXPECT_STREQ(ATCodec_FindSubStrByIndex("a,b", nullptr, 1, ","), "a,b");
-  EXPECT_EQ(ATCodec_Find_Sub_Str(nullptr, ","), nullptr);
 }
 
 }  // namespace

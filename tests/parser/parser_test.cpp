@@ -1,6 +1,6 @@
-// The response parser: what an answer is reduced to and what stays of its text, the tables, the
-// search for the earliest flag, and the steps called by themselves. How lines are joined is also
-// compared with a literal parser, in tests/exhaustive/.
+// The response parser: what an answer is reduced to and what stays of its text, the tables, and the
+// search for the earliest flag. How lines are joined is also compared with a literal parser, in
+// tests/exhaustive/.
 #include "qalt_at/parser.h"
 
 #include <gtest/gtest.h>
@@ -31,7 +31,6 @@ class Parser : public testing::Test {
   ~Parser() override {
     std::copy(flags_.begin(), flags_.end(), QaltWcdma_AtEndFlgTable);
     QaltWcdma_AtEndFlgTableSize = 54;
-    QaltWcdma_AtCmdTableSize = 293;
   }
   static void set_flag(int row, const std::string& flag, uint32_t id = 77, uint32_t have_para = 0) {
     AtEndFlgEntry& entry = QaltWcdma_AtEndFlgTable[row];
@@ -56,7 +55,6 @@ class Parser : public testing::Test {
   const std::vector<AtEndFlgEntry> flags_{std::begin(QaltWcdma_AtEndFlgTable),
                                           std::end(QaltWcdma_AtEndFlgTable)};
   std::unique_ptr<AtRes> record_ = std::make_unique<AtRes>();
-  std::unique_ptr<AtParseBuf> work_ = std::make_unique<AtParseBuf>();
 };
 
 TEST_F(Parser, ReducesOneBlock) {
@@ -123,35 +121,18 @@ TEST_F(Parser, WritesOnlyItsMembers) {
   EXPECT_EQ(std::string(after("\r\n+CME ERROR: 3\r\n").Paras, 3), std::string("3\0d", 3));
 }
 
-TEST_F(Parser, LogsEachBlock) {
-  test::clear_records();
-  parsed("AT\r\r\n+CSQ: 1" + kEnd + "x");
-  parsed("nothing");
-  const std::string answer = "Bk_Parse_At_Res-pStr=\r\n+CSQ: 1\r\n" + kOk + "x,p";
-  const std::vector<std::string> expected = {answer + "BlockHead=" + kOk + "x,iFlagIndex=0",
-                                             "Bk_Parse_At_Res-g_iProcDataLen=6",
-                                             answer + "AtRes->Paras=1"};
-  EXPECT_EQ(test::logged("ATPreprocess/ATPreprocess", 7), expected);
-  EXPECT_EQ(test::logs().size(), expected.size());
-}
-
 TEST_F(Parser, LooksUpCommands) {
-  const auto expect_row = [](int expected, auto find, auto wanted) {
-    int32_t row = -1;
-    EXPECT_EQ(find(&row, wanted), expected < 0 ? 19 : 0) << wanted;
-    EXPECT_EQ(row, expected) << wanted;
-  };
   // clang-format off
   for (const auto& [id, row, name, name_row] : {
            std::tuple{0x0007, 0, "", 0}, {0x0069, 96, "+CUSD", 95}, {0x1084, 292, "^JWIMEI", 292},
-           {0x0005, -1, "+cusd", -1}, {0x10007, -1, "+CPB", -1}}) {
+           {0x10007, -1, "+cusd", -1}}) {
     // clang-format on
-    expect_row(row, _Find_Cmd_By_ID, id);
-    expect_row(name_row, _Find_Cmd_By_Name, name);
+    int32_t found = -1, named = -1;
+    EXPECT_EQ(_Find_Cmd_By_ID(&found, id), row < 0 ? 19 : 0) << id;
+    EXPECT_EQ(_Find_Cmd_By_Name(&named, name), name_row < 0 ? 19 : 0) << name;
+    EXPECT_EQ(found, row) << id;
+    EXPECT_EQ(named, name_row) << name;
   }
-  QaltWcdma_AtCmdTableSize = 0;
-  expect_row(-1, _Find_Cmd_By_ID, 7);
-  expect_row(-1, _Find_Cmd_By_Name, "");
 }
 
 // Every report's identifier is that of the last command-table row with its name.
@@ -227,51 +208,6 @@ TEST_F(Parser, TakesAWholeTextWithItsOk) {
   EXPECT_EQ(Bk_Parse_At_COPS5_Res(longest.c_str(), record_.get()), 0);
   EXPECT_EQ(record_->Paras, longest);
   EXPECT_EQ(record_->CmdId + record_->ResType, 1 + AT_RES_OK);
-}
-
-TEST_F(Parser, StepsWorkByThemselves) {
-  char line[1024];
-  const char* again = "+A: 2";
-  for (int round = 0; round < 2; ++round) {  // a record filled with zeros again starts afresh
-    *work_ = {};
-    EXPECT_EQ(_First_Parse_At_OK_Res("+A: 1\r\n+B: 2\r\n", line, work_.get()), 19);
-    EXPECT_EQ(ParseCmdLineWithCmdName(work_.get(), again, again + 2), 1);
-    ParseCmdLineWithoutCmdName(work_.get(), "t", "t\r\n");
-    EXPECT_STREQ(work_->ParaBuf, "1;2,\"t\"");
-  }
-  *work_ = {};
-  const std::string long_text(3000, 'l');
-  ParseCmdLineWithoutCmdName(work_.get(), long_text.c_str(), "before\r\n+A: 1");
-  EXPECT_STREQ(work_->ParaBuf, "");
-  ParseCmdLineWithoutCmdName(work_.get(), long_text.c_str(), "rest");
-  EXPECT_EQ(work_->ParaBuf, std::string(1024, 'l'));
-}
-
-TEST_F(Parser, TakesNulls) {
-  char text[] = "\r\nOK\r\n";
-  char* head = nullptr;
-  int32_t row = -1;
-  AtRes* const res = record_.get();
-  AtParseBuf* const work = work_.get();
-  EXPECT_EQ(_Find_Sub_Str(nullptr, "x"), nullptr);
-  ParseCmdLineWithoutCmdName(nullptr, text, text);
-  // clang-format off
-  for (const auto& [result, expected] : {
-           std::pair{_Find_Cmd_By_ID(nullptr, 7), 19}, {_Find_Cmd_By_Name(nullptr, "D"), 19},
-           {_Find_Cmd_By_Name(&row, nullptr), 19}, {_Parse_At_PreProcess(text, &head, nullptr), 19},
-           {_Parse_At_End_Flag(text, res, nullptr, work, 0), 19},
-           {_Parse_At_End_Flag(text, res, nullptr, work, 1), 19},
-           {_Parse_At_End_Flag(text, res, &head, work, 0), 19},
-           {_Parse_At_End_Flag(text, res, &head, work, 1), 19},
-           {_First_Parse_At_OK_Res(text, nullptr, work), 19}, {_Parse_At_Ok_Res(res, nullptr), 20},
-           {Bk_Parse_At_Res(text, nullptr), 20}, {Bk_Parse_At_COPS5_Res(nullptr, res), 20},
-           {Bk_Parse_At_COPS5_Res(text, nullptr), 20},
-           {_Parse_At_ParaOfTheEndColon(text, text, nullptr, res), 20},
-           {ParseCmdLineWithCmdName(work, text, nullptr), 0},
-           {ProcessClipCmd(text, nullptr, res, work), 0}}) {
-    // clang-format on
-    EXPECT_EQ(result, expected);
-  }
 }
 
 }  // namespace
