@@ -1,5 +1,5 @@
-// Texts as modem and contact have them: hex texts, SIM alpha identifiers, the forms of a contact's
-// text, the choice between them, the bounds of every buffer.
+// Texts as modem and contact have them: SIM alpha identifiers, the forms of a contact's text, the
+// choice between them, the bounds of every buffer.
 #include <gtest/gtest.h>
 #include <syslog.h>
 
@@ -24,43 +24,6 @@ std::string digits(size_t count, const std::string& each) {
   std::string all;
   for (size_t i = 0; i < count; ++i) all += each;
   return all;
-}
-
-TEST(HexText, SizesAndCharacters) {
-  const struct {
-    std::string hex;
-    TextCoding coding;
-    int32_t count;  // as estimated
-    std::wstring text;
-    int32_t result = 1;
-    int32_t language = 0;
-  } cases[] = {
-      // clang-format off
-      {"", 0, 0, L"", 0}, {"8", 0, 0, L"", 0}, {"41424", 0, 2, L"AB"}, {"80", 1, 0, L""},
-      {"8341", 0, 2, L" A"}, {"800041000000420043", 1, 4, L"A"}, {"81", 2, -2, L""},
-      {"8102089FC0", 2, 2, L"Пр"}, {"82", 3, -3, L""}, {"820204108081", 3, 2, L"АБ"},
-      {"8102008041", 2, 2, L""},  // the base's own code point is U+0000
-      {"1B61", 0, 2, L"á", 1, 2}, {"1B61", 0, 2, L"\x1B"},
-      {"4a", 0, 1, L"j"},  // read as 0x40 | 0x2A: only upper case is a digit
-      {digits(512, "4"), 0, 256, wide(256, L'D')}, {digits(513, "4"), 0, 256, L"", 0},
-      {"80" + digits(510, "4"), 1, 127, wide(127, L'\x4444')},
-      {"81FF08" + digits(504, "4"), 2, 252, wide(160, L'D')},
-      // clang-format on
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.hex);
-    TextCoding coding = -1;
-    int32_t count = -9;
-    EXPECT_EQ(CODE_GetDecodeType(c.hex.c_str(), &coding), 1);
-    EXPECT_EQ(coding, c.coding);
-    EXPECT_EQ(CODE_PreDecodeGsmUcs(c.hex.c_str(), &count), 1);
-    EXPECT_EQ(count, c.count);
-    std::wstring out(c.hex.size() / 2 + 2, L'#');
-    EXPECT_EQ(CODE_Usc2orGsm7ToAscDecode(c.hex.c_str(), out.data(), c.language), c.result);
-    EXPECT_EQ(out.back(), L'#');
-    const std::wstring written = c.result == 1 ? c.text + L'\0' : L"#";
-    EXPECT_EQ(out.substr(0, written.size()), written);
-  }
 }
 
 // The decoded text; the values behind it must have stayed as they were.
@@ -181,6 +144,10 @@ TEST_F(Items, DecodeIntoEveryBufferSize) {
       // clang-format off
       {"00410042", 0, L"AB", 4}, {"", 0, L"", 0}, {"80", 1, L"", 0}, {"611B28", 1, L"a{", 3},
       {"804E2D", 1, L"中", 1}, {"8102089FC0", 1, L"Пр", 2}, {"820204108081", 1, L"АБ", 2},
+      {"41424", 1, L"AB", 2}, {"8341", 1, L" A", 2}, {"81", 1, L"", 0}, {"82", 1, L"", 0},
+      {"800041000000420043", 1, L"A", 4},
+      {"8102008041", 1, L"", 2},  // the base's own code point is U+0000
+      {"4a", 1, L"j", 1},         // read as 0x40 | 0x2A: only upper case is a digit
       {"00410042", 2, L"AB", 4},  // only 1 is a vendor contact to the decoder
       // sized by the tag that they seem to have
       {"80014E2D", 0, L"\x8001中", 1}, {"82014E2D4E2D", 0, L"\x8201中中", 2},

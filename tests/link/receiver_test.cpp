@@ -91,10 +91,6 @@ TEST(Receiver, StartsOnceAndHandsOnFramesAsReceived) {
     }
     EXPECT_EQ(g_events.take(), "accept");
   }
-  EXPECT_TRUE(test::has_logged(7, "received data from client is:" + std::string(10240, 'f')));
-  EXPECT_TRUE(test::has_logged(7, "usParaLen 10240,aucDataBuf " + std::string(10240, 'f') + " \n"));
-  EXPECT_TRUE(test::has_logged(7, "usParaLen 7,aucDataBuf dropped \n"));
-  parse_msg(nullptr);
 }
 
 }  // namespace

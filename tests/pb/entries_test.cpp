@@ -145,17 +145,6 @@ TEST_F(Entries, BeyondTheRangeAreDropped) {
   }
 }
 
-TEST(Translation, MembersFilledToTheirLastByteAreNotReadPast) {
-  PbItem item;
-  std::memset(&item, 'q', sizeof item);
-  const size_t widths[] = {100, 128, 100, 100, 128, 130};
-  for (int32_t type = 0; type <= 6; ++type) {
-    PbField field = {type, "old"};
-    _TranslatePbItemToField(&item, &field);
-    EXPECT_EQ(field.pField, type == 6 ? "old" : std::string(widths[type], 'q'));
-  }
-}
-
 TEST_F(Entries, StandardWriteTakesTheLowestFreeIndexAndSwitchesTheSet) {
   discover(99);
   Contact first(1, {{1, "0041"}, {0, "+49"}});
