@@ -45,11 +45,8 @@ class LinkFaults : public testing::Test {
     char bytes[sizeof answer];
     for (long connection; (connection = syscall(SYS_accept4, listener_, nullptr, nullptr, 0)) != -1;
          syscall(SYS_close, connection)) {
-      size_t size = 0;
-      for (long count = 1; count > 0 && size < sizeof bytes; size += size_t(count)) {
-        count = std::max(0L, syscall(SYS_recvfrom, connection, bytes + size, sizeof bytes - size, 0,
-                                     nullptr, nullptr));
-      }
+      const long size =
+          syscall(SYS_recvfrom, connection, bytes, sizeof bytes, MSG_WAITALL, nullptr, nullptr);
       if (size == sizeof bytes) {
         syscall(SYS_sendto, connection, &answer, sizeof answer, MSG_NOSIGNAL, nullptr, 0);
       }

@@ -121,20 +121,6 @@ TEST_F(Parser, WritesOnlyItsMembers) {
   EXPECT_EQ(std::string(after("\r\n+CME ERROR: 3\r\n").Paras, 3), std::string("3\0d", 3));
 }
 
-TEST_F(Parser, LooksUpCommands) {
-  // clang-format off
-  for (const auto& [id, row, name, name_row] : {
-           std::tuple{0x0007, 0, "", 0}, {0x0069, 96, "+CUSD", 95}, {0x1084, 292, "^JWIMEI", 292},
-           {0x10007, -1, "+cusd", -1}}) {
-    // clang-format on
-    int32_t found = -1, named = -1;
-    EXPECT_EQ(_Find_Cmd_By_ID(&found, id), row < 0 ? 19 : 0) << id;
-    EXPECT_EQ(_Find_Cmd_By_Name(&named, name), name_row < 0 ? 19 : 0) << name;
-    EXPECT_EQ(found, row) << id;
-    EXPECT_EQ(named, name_row) << name;
-  }
-}
-
 // Every report's identifier is that of the last command-table row with its name.
 TEST_F(Parser, TablesAgreeOnReports) {
   int without_row = 0;
