@@ -174,25 +174,29 @@ TEST_F(Items, DecodeIntoEveryBufferSize) {
   EXPECT_STREQ(buffer, L"#");
 }
 
-TEST_F(Items, NullPointers) {
+TEST_F(Items, ArgumentsThatAreRefused) {
   char hex[20];
   wchar_t text[20];
   int value = 0;
+  CODE_Find_Ucs2_To_Gsm7_Extend(10, nullptr, 0, nullptr, nullptr, L"{", &value);
+  CODE_Find_Ucs2_To_Gsm7_Extend_UCS2(nullptr, 0, nullptr, nullptr, L"€", &value);
+  QL_808182CodeSupportSet(2);
   // clang-format off
   for (const auto& [result, expected] : {
-           std::pair{QL_encodePBItem(nullptr, hex, 20, &value, 0), 1},
+           std::pair{value, 0}, {is808182CodeSupport, 0},
+           {QL_encodePBItem(nullptr, hex, 20, &value, 0), 1},
            {QL_encodePBItem(L"a", nullptr, 20, &value, 0), 1},
            {QL_encodePBItem(L"a", hex, 20, nullptr, 0), 1},
            {QL_decodePBItem(nullptr, text, 20, 0), 1}, {QL_decodePBItem("41", nullptr, 20, 0), 1},
-           {QL_preEncodePBItem(nullptr, &value), 1}, {QL_preEncodePBItem(L"a", nullptr), 1},
-           {QL_preDecodePBItem("41", nullptr), 1}, {PB_EncodeItem(nullptr, hex, 0), 0},
-           {PB808182EncodeItem(L"a", nullptr), 0}, {PB_DecodeItem(nullptr, text, 0), 0},
-           {ChoosePhoneBookTextCodecType(L"П", nullptr), 0},
+           {QL_preEncodePBItem(L"a", nullptr), 1}, {QL_preDecodePBItem(nullptr, &value), 1},
+           {PB_EncodeItem(nullptr, hex, 0), 0}, {PB808182EncodeItem(L"a", nullptr), 0},
+           {PB_DecodeItem(nullptr, text, 0), 0}, {ChoosePhoneBookTextCodecType(L"П", nullptr), 0},
            {CODE_GetDecodeType(nullptr, &value), 0}, {CODE_PreDecodeGsmUcs(nullptr, &value), 0},
            {CODE_Usc2orGsm7ToAscDecode("41", nullptr, 0), 0},
            {CODE_utAlphaIdToUcs2(nullptr, 4, nullptr, 6), 1},
            {CODE_Ucs2ToGsm7(nullptr, text, 4, 0), 0}, {CODE_Gsm7ToUcs2(text, nullptr, 4, 0), -1},
            {CODE_IsPureGsm7Code(L"a", 0, nullptr), 0},
+           {CODE_GetCodecTableValue(Ucs2_To_Gsm7_Extend, 1, 0x7B, 10), -1},
            {CODE_String2Bytes("41", nullptr, 2), -1}, {CODE_Encode7bit(nullptr, nullptr, 1), -1},
            {CODE_DecodePduTimeToQaltTime(nullptr).year, 0}}) {
     // clang-format on

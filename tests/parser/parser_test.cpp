@@ -196,4 +196,17 @@ TEST_F(Parser, TakesAWholeTextWithItsOk) {
   EXPECT_EQ(record_->CmdId + record_->ResType, 1 + AT_RES_OK);
 }
 
+TEST_F(Parser, ArgumentsThatAreRefused) {
+  char text[] = "\r\nOK\r\n";
+  int32_t row = -1;
+  AtRes* const res = record_.get();
+  EXPECT_EQ(_Find_Cmd_By_ID(&row, 0x10007), 19);
+  EXPECT_EQ(_Find_Cmd_By_Name(&row, "+cusd"), 19);
+  EXPECT_EQ(_Parse_At_PreProcess(text, nullptr, &row), 19);
+  EXPECT_EQ(_Parse_At_ParaOfTheEndColon(text, text, nullptr, res), 20);
+  EXPECT_EQ(ProcessClipCmd(text, nullptr, res, nullptr), 0);
+  EXPECT_EQ(Bk_Parse_At_Res(text, nullptr), 20);
+  EXPECT_EQ(Bk_Parse_At_COPS5_Res(nullptr, res), 20);
+}
+
 }  // namespace
