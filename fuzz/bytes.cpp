@@ -1,4 +1,4 @@
-// Bytes, hex digits, septets, semi-octets, UCS2 and time stamps: every conversion undone by its
+// Bytes, hex digits, septets, semi-octets and time stamps: every conversion undone by its
 // counterpart, and nothing outside its buffer.
 #include "fuzz/property.h"
 #include "qalt_at/text_bytes.h"
@@ -52,21 +52,6 @@ void check_semi_octets(const char* digits, int32_t count) {
   FUZZ_CHECK(std::equal(in_place.data(), in_place.data() + written + 1, swapped.data()));
 }
 
-void check_ucs2(const std::wstring& text) {
-  const auto count = static_cast<int32_t>(2 * text.size());
-  const std::wstring start = text.substr(0, 255);
-  fuzz::Guarded<uint8_t> bytes(2 * text.size());
-  fuzz::Guarded<wchar_t> back(start.size() + 1);
-  fuzz::Guarded<char> hex(4 * text.size() + 1), appended(4 * text.size() + 1);
-  FUZZ_CHECK(CODE_EncodeUcs2(text.c_str(), bytes.data(), 0) == count);
-  CODE_DecodeUcs2(bytes.data(), back.data(), count);
-  FUZZ_CHECK(back.data() == start);
-  CODE_UCS2toASC(hex.data(), text.c_str());
-  appended[0] = '\0';
-  CODE_Stringto2Bytes(text.c_str(), appended.data(), count);
-  FUZZ_CHECK(std::strcmp(hex.data(), appended.data()) == 0);
-}
-
 void check_stamp(const std::string& digits) {
   fuzz::GuardedText text(digits);
   const QaltTime time = CODE_DecodePduTimeToQaltTime(text.data());
@@ -86,7 +71,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   check_hex(bytes, count);
   check_septets(bytes, count);
   check_semi_octets(reinterpret_cast<const char*>(bytes), count);
-  check_ucs2(fuzz::Input(bytes, size).wide(1000));
   check_stamp(fuzz::Input(bytes, size).text());
   return 0;
 }

@@ -1,4 +1,4 @@
-// The parameter codec on any text: splits, counts, rewrites, and the operator list taken whole,
+// The parameter codec on any text: splits, rewrites, and the operator list taken whole,
 // each beside the literal version.
 #include "qalt_at/parameters.h"
 
@@ -40,27 +40,6 @@ void check_splits(const string& text, const string& separator) {
               separator.c_str());
 }
 
-void check_pieces(const string& source, const string& separator) {
-  fuzz::GuardedText text(source);
-  int32_t count = -1;
-  ATCodec_PreProc_Res_ParaList_Entend(text.data(), &count);
-  FUZZ_CHECK(count < 0 || count + 1u == literal::split(source, ",", 1).size());
-  FUZZ_CHECK(ATCodec_GetSubStrCountByToken(text.data(), separator.c_str()) >= 0);
-  const Pieces all = separator.empty() ? Pieces{source} : literal::split(source, separator, 1);
-  for (const int32_t index : {0, 1, 2, 99, 100}) {
-    fuzz::GuardedText out("", std::max<size_t>(ATCODEC_PARA_LEN, source.size() + 1));
-    out.clear();
-    const char* result =
-        ATCodec_FindSubStrByIndex(text.data(), out.data(), index, separator.c_str());
-    const bool copied = result == out.data();
-    FUZZ_CHECK(copied || out[0] == '\0');
-    FUZZ_CHECK(copied || result == nullptr || (result >= text.begin() && result < text.end()));
-    if (copied && index >= 1 && static_cast<size_t>(index) < all.size()) {
-      FUZZ_CHECK(out.data() == all[static_cast<size_t>(index) - 1]);
-    }
-  }
-}
-
 // A line in a field of `room` bytes, or just its own size.
 template <typename Byte>
 string changed(const string& line, void (*change)(Byte*), size_t room = 0) {
@@ -98,7 +77,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   const string separator = input.text();
   const string text = input.text();
   check_splits(text, separator);
-  check_pieces(text, separator);
   check_rewrites(text);
   check_operator_list(text);
   return 0;
