@@ -50,6 +50,8 @@ TEST_F(Atd, AnswersAndRefuses) {
        {std::string("AT\rAT"), std::string("AT+NONE"), "AT" + std::string(10'237, 'E')}) {
     EXPECT_EQ(ask(socket, command), kError) << command;
   }
+  // A client that names no time-out waits as long as is usual.
+  EXPECT_EQ(ask(socket, "AT+CSQ", 0), kCsq);
   // Only the sending side is shut down: the client still waits.
   const int half = test::connect_to(socket);
   test::send_request(half, "AT+CSQ");
