@@ -65,6 +65,7 @@ TEST(Terminal, ColumnsOfWideAndCombiningCharacters) {
       {"Ann", 3}, {"é", 1},    {"e\u0301", 1}, {"李小龙", 6}, {"한글", 4},     {"ﾊﾝ", 2},
       {"Ａ", 2},  {"محمد", 4}, {"עִבְרִית", 5},   {"😀", 2},      {"\xFF\xC3", 2}, {"", 0}};
   for (const auto& [text, width] : cases) EXPECT_EQ(width, display_width(text)) << text;
+  EXPECT_EQ((std::vector<std::string>{"李小", "龙e\u0301x", "y"}), wrapped("李小龙e\u0301xy", 4));
   EXPECT_EQ("a\uFFFD[31m\uFFFDb\uFFFD\uFFFD", printable("a\x1B[31m\u202E"
                                                         "b\xE2\x82"));
   EXPECT_EQ(
