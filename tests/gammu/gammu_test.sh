@@ -35,7 +35,7 @@ start() {  # program, arguments...
   read -r _ <"$work/ready" || fail "$1 did not start"
   rm "$work/ready"
 }
-trap 'kill ${pids:-} 2>/dev/null || true; cd /; umount /run/gammu_test.$$; rmdir /run/gammu_test.$$' EXIT
+trap 'kill ${pids:-} 2>/dev/null || true; wait; cd /; umount /run/gammu_test.$$; rmdir /run/gammu_test.$$' EXIT
 
 start "$simmodem" --pty "$work/modem"
 cat >"$work/gammurc" <<TXT

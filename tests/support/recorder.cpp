@@ -64,7 +64,7 @@ void clear_records() {
 
 extern "C" {
 
-void syslog(int priority, const char* format, ...) {
+[[gnu::format(printf, 2, 3)]] void syslog(int priority, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   test::record(priority, format, arguments);
@@ -72,7 +72,7 @@ void syslog(int priority, const char* format, ...) {
 }
 
 // What a build with _FORTIFY_SOURCE calls instead.
-void __syslog_chk(int priority, int, const char* format, ...) {
+[[gnu::format(printf, 3, 4)]] void __syslog_chk(int priority, int, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   test::record(priority, format, arguments);

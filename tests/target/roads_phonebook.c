@@ -77,7 +77,7 @@ ROAD(_TranslatePbItemToPbEntry, (list_of_one(), g.entries) == PB_OK && field_is(
 STEP(_TranslatePbItemToFields, (item(1), contact(1, "", "")), field_is(0, 0, "12"));
 STEP(_TranslatePbItemToField, (item(1), g.fields[0]), field_is(0, 0, "12"));
 STEP(_TranslatePbItemToString, ("0041", g.fields[0]), field_is(0, 0, "0041"));
-ROAD(_SetPbCharactorSet, (1) == 1 && sent("AT+CSCS=\"UCS2\""));
+ROAD(_SetPbCharactorSet, (2) == 1 && sent("AT+CSCS=\"UCS2_0X81\""));
 
 ROAD(QL_setPhonebookEntry, (0, contact(0, "1", "0042")) == PB_OK &&
                                g.entries[0].storageIndex == 1 &&
