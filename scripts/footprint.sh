@@ -125,13 +125,15 @@ for target in $marked; do
 done
 
 if [ "${1:-}" = --check ]; then
-  # Every row of the document within a twentieth, and 64 bytes, of what was measured.
-  awk -F'|' '/^[|] [`.]/ {
+  # Every row of the document within a twentieth, and 64 bytes, of what was measured. Stacks vary by
+  # 200 bytes from run to run where a thread is started.
+  awk -F'|' '/^## / { slack = /Stack/ ? 256 : 64 }
+    /^[|] [`.]/ {
       for (i = 3; i < NF; ++i) for (k = split($i, v, "+"); k > 0; --k) {
         key = $2 "," i "," k
         if (FILENAME == ARGV[1]) { said[key] = v[k]; continue }
         apart = v[k] > said[key] ? v[k] - said[key] : said[key] - v[k]
-        if (!(key in said) || apart > 64 + v[k] / 20) { print "FAILED: now" $0; bad = 1 }
+        if (!(key in said) || apart > slack + v[k] / 20) { print "FAILED: now" $0; bad = 1 }
       } }
     END { exit bad }' docs/FOOTPRINT.md "$work/FOOTPRINT.md" ||
     { echo "docs/FOOTPRINT.md is out of date: run scripts/footprint.sh"; failed=1; }
