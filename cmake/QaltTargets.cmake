@@ -65,8 +65,13 @@ endfunction()
 # A program of this project; a client of the library like any other.
 function(qalt_configure_program target)
   qalt_configure_common(${target})
-  qalt_harden(${target})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
+endfunction()
+
+# One that users install, or a part of it.
+function(qalt_configure_installed target)
+  qalt_configure_program(${target})
+  qalt_harden(${target})
 endfunction()
 
 # qalt_add_test(name SOURCES a.cpp... LIBRARIES x... [THREADED])
