@@ -71,7 +71,8 @@ stage() {
     suite)
       stage suite-build
       : >$store/suite.log
-      quietly $store/suite.log ctest --test-dir $store/suite --output-on-failure -j "$jobs" \
+      # The emulator is ten times as slow: texts one word shorter.
+      quietly $store/suite.log env QALT_EXHAUSTIVE_LENGTH=5 ctest --test-dir $store/suite --output-on-failure -j "$jobs" \
         --no-tests=error
       grep '% tests passed' $store/suite.log
       ;;
