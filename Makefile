@@ -58,7 +58,7 @@ coverage:
 
 check-target:
 	scripts/setup.sh target
-	target/check_target.sh
+	packaging/target/check_target.sh
 	scripts/footprint.sh --check
 	scripts/check_abi.sh
 

@@ -92,7 +92,7 @@ void read_cell(const std::string& column, const std::string& cell, Record& recor
   }
 }
 
-std::string quoted(const std::string& cell) {
+std::string in_quotes(const std::string& cell) {
   if (cell.find_first_of("\",\r\n") == cell.npos) return cell;
   std::string text = "\"";
   for (const char c : cell) text += c == '"' ? std::string("\"\"") : std::string(1, c);
@@ -133,7 +133,7 @@ std::string write_csv(const std::vector<Contact>& contacts) {
   text += ",coding\r\n";
   for (const Contact& contact : contacts) {
     text += std::to_string(contact.index);
-    for (const FieldRow& field : kFields) text += "," + quoted(contact.*field.member);
+    for (const FieldRow& field : kFields) text += "," + in_quotes(contact.*field.member);
     text += "," + std::to_string(contact.coding) + "\r\n";
   }
   return text;

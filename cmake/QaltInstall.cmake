@@ -47,5 +47,5 @@ endif()
 configure_file(cmake/qalt_at.pc.in qalt_at.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qalt_at.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
   COMPONENT development)
-install(FILES man/qalt_at.3 man/qalt_at_phonebook.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3
+install(FILES packaging/man/qalt_at.3 packaging/man/qalt_at_phonebook.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3
   COMPONENT development)

@@ -47,7 +47,7 @@ stage "targets: glibc, uClibc, musl; footprint"
 scripts/footprint.sh --check
 
 stage "the suite builds for ARM"
-target/check_target.sh suite-build
+packaging/target/check_target.sh suite-build
 
 stage "binary interface"
 scripts/check_abi.sh

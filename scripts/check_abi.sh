@@ -1,5 +1,5 @@
 #!/bin/sh
-# Compares the binary interface with the baselines in abi/, for x86-64 and ARM.
+# Compares the binary interface with the baselines in packaging/abi/, for x86-64 and ARM.
 # usage: check_abi.sh            fails when anything changed
 #        check_abi.sh --accept   writes new baselines; CONTRIBUTING.md says when that is right
 set -eu
@@ -8,13 +8,13 @@ failed=0
 for architecture in x86_64 arm; do
   folder=build/abi-$architecture
   toolchain=
-  [ $architecture = x86_64 ] || toolchain=-DCMAKE_TOOLCHAIN_FILE=$(target/toolchains.sh arm-glibc)
+  [ $architecture = x86_64 ] || toolchain=-DCMAKE_TOOLCHAIN_FILE=$(packaging/target/toolchains.sh arm-glibc)
   cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQALT_BUILD_PROGRAMS=OFF \
     -DQALT_BUILD_TESTS=OFF -DQALT_BUILD_STATIC=OFF \
     -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$PWD/=" ${toolchain:+"$toolchain"} >/dev/null
   cmake --build "$folder" -j "$(nproc)" >"$folder.log" 2>&1 || { tail -n 40 "$folder.log"; exit 1; }
   scripts/check_symbols.sh "$folder/libqalt_at.so" || failed=1
-  baseline=abi/$architecture.abi
+  baseline=packaging/abi/$architecture.abi
   if [ "${1:-}" = --accept ]; then
     abidw --exported-interfaces-only --no-show-locs --no-corpus-path --no-comp-dir-path \
       --type-id-style hash --out-file "$baseline" "$folder/libqalt_at.so"
@@ -23,5 +23,5 @@ for architecture in x86_64 arm; do
     failed=1
   fi
 done
-[ $failed -eq 0 ] && echo "the binary interface is that of abi/"
+[ $failed -eq 0 ] && echo "the binary interface is that of packaging/abi/"
 exit $failed

@@ -3,7 +3,7 @@
 # usage: check_symbols.sh LIBRARY...
 set -eu
 export LC_ALL=C
-list=$(dirname "$0")/../abi/undefined_symbols.txt
+list=$(dirname "$0")/../packaging/abi/undefined_symbols.txt
 wanted=$(mktemp)
 trap 'rm -f "$wanted"' EXIT
 grep -v '^#' "$list" | sort >"$wanted"

@@ -13,7 +13,7 @@ most_text=$((48 * 1024))
 most_stack=$((400 * 1024))
 
 # shellcheck disable=SC2086
-target/check_target.sh $marked >build/footprint.log 2>&1 || { cat build/footprint.log; exit 1; }
+packaging/target/check_target.sh $marked >build/footprint.log 2>&1 || { cat build/footprint.log; exit 1; }
 
 section() { size -A "$1" | awk -v name="$2" '$1 == name {print $2}'; }
 

@@ -47,7 +47,7 @@ App::App(asio::io_context& context, const Options& options)
     : context_(context),
       logger_(options.syslog ? Logger::Target::kSyslog : Logger::Target::kStandardError,
               options.verbose),
-      transcript_(options.transcript.empty() ? Transcript() : Transcript(options.transcript)),
+      transcript_(options.transcript),
       socket_(options.socket, options.access),
       clients_(context, socket_.descriptor(),
                {[this](Command command) {

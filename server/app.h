@@ -6,6 +6,7 @@
 
 #include <asio.hpp>
 
+#include "at/transcript.h"
 #include "server/client_hub.h"
 #include "server/client_session.h"
 #include "server/logger.h"
@@ -13,7 +14,6 @@
 #include "server/options.h"
 #include "server/report_sender.h"
 #include "server/socket_path.h"
-#include "server/transcript.h"
 
 namespace qalt::server {
 
@@ -34,7 +34,7 @@ class App {
 
   asio::io_context& context_;
   Logger logger_;
-  Transcript transcript_;
+  at::Transcript transcript_;
   SocketPath socket_;
   ClientHub clients_;
   ReportSender reports_;

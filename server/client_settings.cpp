@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "sim/at_line.h"
+#include "at/at_line.h"
 
 namespace qalt::server {
 namespace {

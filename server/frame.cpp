@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "at/at_line.h"
 #include "common/text.h"
-#include "sim/at_line.h"
 
 namespace qalt::server {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "server/escape.h"
+#include "at/escape.h"
 
 namespace qalt::server {
 
@@ -12,7 +12,7 @@ Logger::Logger(Target target, bool verbose) : target_(target), verbose_(verbose)
 
 void Logger::log(int priority, const std::string& text) const {
   if (target_ == Target::kNone || (priority > LOG_NOTICE && !verbose_)) return;
-  const std::string line = escaped(without_secrets(text));
+  const std::string line = at::escaped(at::without_secrets(text));
   if (target_ == Target::kSyslog) {
     ::syslog(priority, "%s", line.c_str());
   } else {

@@ -7,7 +7,7 @@ namespace qalt::server {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Kind = TranscriptEntry::Kind;
+using Kind = at::TranscriptEntry::Kind;
 using std::chrono::milliseconds;
 
 // How long a lost port rests before it is opened again; doubled up to the longest while it fails.
@@ -18,7 +18,7 @@ constexpr milliseconds kLongestBackOff{30'000};
 
 ModemLink::ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
                      std::vector<std::string> start_lines, milliseconds longest_wait,
-                     Transcript& transcript, const Logger& logger)
+                     at::Transcript& transcript, const Logger& logger)
     : timer_(context),
       reopen_timer_(context),
       port_(std::move(port)),

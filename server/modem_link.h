@@ -7,10 +7,10 @@
 #include <functional>
 #include <memory>
 
+#include "at/transcript.h"
 #include "server/dispatcher.h"
 #include "server/logger.h"
 #include "server/modem_port.h"
-#include "server/transcript.h"
 
 namespace qalt::server {
 
@@ -24,7 +24,7 @@ class ModemLink : private Dispatcher::Host {
 
   ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
             std::vector<std::string> start_lines, std::chrono::milliseconds longest_wait,
-            Transcript& transcript, const Logger& logger);
+            at::Transcript& transcript, const Logger& logger);
 
   void set_handlers(Handlers handlers) { handlers_ = std::move(handlers); }
   void start() { port_->open(); }
@@ -50,7 +50,7 @@ class ModemLink : private Dispatcher::Host {
   asio::steady_timer timer_;
   asio::steady_timer reopen_timer_;
   std::unique_ptr<ModemPort> port_;
-  Transcript& transcript_;
+  at::Transcript& transcript_;
   const Logger& logger_;
   Handlers handlers_;
   Dispatcher dispatcher_;

@@ -4,11 +4,11 @@
 #include <stdexcept>
 #include <utility>
 
-#include "server/escape.h"
+#include "at/escape.h"
 
 namespace qalt::server {
 
-using Kind = TranscriptEntry::Kind;
+using Kind = at::TranscriptEntry::Kind;
 
 ReplayPort::ReplayPort(asio::io_context& context, const std::string& path)
     : context_(context), path_(path) {
@@ -16,7 +16,7 @@ ReplayPort::ReplayPort(asio::io_context& context, const std::string& path)
   if (!file) throw std::runtime_error(path + ": cannot be read");
   std::string line;
   for (int number = 1; std::getline(file, line); ++number) {
-    auto entry = parse_transcript_line(line);
+    auto entry = at::parse_transcript_line(line);
     if (!entry) {
       throw std::runtime_error(path + ", line " + std::to_string(number) +
                                ": no transcript as --log writes it");
@@ -33,7 +33,7 @@ void ReplayPort::open() {
 
 void ReplayPort::write(std::string_view bytes) {
   // Secrets are masked in the transcript.
-  const std::string wanted = without_secrets(bytes);
+  const std::string wanted = at::without_secrets(bytes);
   for (size_t step = 0; step < entries_.size(); ++step) {
     const size_t found = (position_ + step) % entries_.size();
     if (entries_[found].kind != Kind::kToModem || entries_[found].bytes != wanted) continue;

@@ -9,8 +9,8 @@
 #include <asio.hpp>
 #include <vector>
 
+#include "at/transcript.h"
 #include "server/modem_port.h"
-#include "server/transcript.h"
 
 namespace qalt::server {
 
@@ -30,8 +30,8 @@ class ReplayPort : public ModemPort {
 
   asio::io_context& context_;
   std::string path_;
-  std::vector<TranscriptEntry> entries_;  // without remarks
-  size_t position_ = 0;                   // behind the last command found
+  std::vector<at::TranscriptEntry> entries_;  // without remarks
+  size_t position_ = 0;                       // behind the last command found
   unsigned session_ = 0;
 };
 

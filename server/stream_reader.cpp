@@ -4,8 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "at/at_line.h"
 #include "server/report_names.h"
-#include "sim/at_line.h"
 
 namespace qalt::server {
 namespace {

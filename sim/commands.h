@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/at_line.h"
+#include "at/at_line.h"
 #include "sim/config.h"
 
 namespace qalt::sim {
@@ -88,7 +88,7 @@ std::string error_text(int cmee, int code);
 
 // What phonebook commands of every family share.
 std::optional<int> to_int(std::string_view digits);
-std::string quoted(std::string_view text);
+std::string in_quotes(std::string_view text);
 // A number as it is sent: without its "+" where the modem is configured so.
 std::string wire_number(const State& state, std::string_view number, int type);
 // The contacts of "first[,last]" of a read, by `line`; the errors of a range.

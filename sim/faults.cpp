@@ -6,7 +6,8 @@
 #include <limits>
 #include <stdexcept>
 
-#include "sim/at_line.h"
+#include "at/at_line.h"
+#include "at/escape.h"
 
 namespace qalt::sim {
 namespace {
@@ -46,19 +47,9 @@ unsigned number(std::string_view rule, std::string_view text) {
 }
 
 std::string unescaped(std::string_view rule, std::string_view text) {
-  constexpr std::string_view kLetters = "rnt\\";
-  constexpr std::string_view kMeanings = "\r\n\t\\";
-  std::string result;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '\\') {
-      result += text[i];
-      continue;
-    }
-    const size_t letter = ++i < text.size() ? kLetters.find(text[i]) : kLetters.npos;
-    if (letter == kLetters.npos) fail(rule, "a backslash stands before r, n, t or a backslash");
-    result += kMeanings[letter];
-  }
-  return result;
+  auto bytes = at::unescaped(text);
+  if (!bytes) fail(rule, "a backslash stands before r, n, t, a backslash or x and two digits");
+  return std::move(*bytes);
 }
 
 void read_which(std::string_view rule, std::string_view which, FaultRule& result) {

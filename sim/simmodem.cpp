@@ -1,14 +1,11 @@
 // qalt-simmodem: the simulated modem on a pseudo-terminal, for any program that speaks AT.
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
-#include <memory>
-#include <system_error>
 
-#include "sim/log_text.h"
+#include "at/transcript.h"
 #include "sim/options.h"
 #include "sim/player.h"
 #include "sim/pty_line.h"
@@ -24,39 +21,15 @@ At the end it says how often it did each --sim-fault.
 
 Exit status: 0 ended by SIGINT or SIGTERM, 1 could not start, 2 wrong command line.)";
 
-// What goes over the line, piece by piece, in the form of qalt-atd's transcript.
-class LineLog {
- public:
-  // An empty path: nothing is written.
-  explicit LineLog(const std::string& path) {
-    if (path.empty()) return;
-    file_.reset(std::fopen(path.c_str(), "ae"));
-    if (!file_) throw std::system_error(errno, std::generic_category(), path);
-  }
-
-  // '>' to the modem, '<' from it.
-  void add(char direction, std::string_view bytes) {
-    if (!file_) return;
-    std::fprintf(file_.get(), "%s %c %s\n", qalt::sim::time_now().c_str(), direction,
-                 qalt::sim::escaped(bytes).c_str());
-    std::fflush(file_.get());
-  }
-
- private:
-  struct Closer {
-    void operator()(FILE* file) const { std::fclose(file); }
-  };
-  std::unique_ptr<FILE, Closer> file_;
-};
-
 void run(const std::string& link, const std::string& log_path, const qalt::sim::Options& options,
          const qalt::sim::Config& config, int ready_descriptor) {
-  LineLog log(log_path);
+  using Kind = qalt::at::TranscriptEntry::Kind;
+  qalt::at::Transcript log(log_path);
   asio::io_context context(1);
   qalt::sim::PtyLine line(context, link);
   qalt::sim::Player player(context, config);
   player.set_handlers({[&](std::string_view bytes) {
-                         log.add('<', bytes);
+                         log.add(Kind::kFromModem, bytes);
                          line.write(bytes);
                        },
                        [&] {
@@ -64,7 +37,7 @@ void run(const std::string& link, const std::string& log_path, const qalt::sim::
                          player.start();
                        }});
   line.start([&](std::string_view bytes) {
-    log.add('>', bytes);
+    log.add(Kind::kToModem, bytes);
     player.receive(bytes);
   });
   asio::signal_set signals(context, SIGINT, SIGTERM);

@@ -19,7 +19,7 @@ Reply select_storage(State& state, const at::Command& command) {
   if (command.form == at::Form::kTest) return std::string("+CPBS: (\"SM\",\"ME\")");
   if (command.form == at::Form::kQuery) {
     const Storage& storage = state.selected();
-    return "+CPBS: " + quoted(state.device_selected ? "ME" : "SM") + "," +
+    return "+CPBS: " + in_quotes(state.device_selected ? "ME" : "SM") + "," +
            std::to_string(storage.used()) + "," + std::to_string(storage.size());
   }
   const auto arguments = at::split_arguments(command.arguments);
@@ -33,8 +33,8 @@ Reply select_storage(State& state, const at::Command& command) {
 
 std::string standard_line(const State& state, int index, const Contact& contact) {
   return "+CPBR: " + std::to_string(index) + "," +
-         quoted(wire_number(state, contact.number, contact.type)) + "," +
-         std::to_string(contact.type) + "," + quoted(encode(state.charset, contact.name));
+         in_quotes(wire_number(state, contact.number, contact.type)) + "," +
+         std::to_string(contact.type) + "," + in_quotes(encode(state.charset, contact.name));
 }
 
 Reply read_entries(State& state, const at::Command& command) {
@@ -90,7 +90,7 @@ Reply character_set(State& state, const at::Command& command) {
     return std::string("+CSCS: (\"IRA\",\"GSM\"") + (ucs2 ? ",\"UCS2\",\"UCS2_0X81\")" : ")");
   }
   if (command.form == at::Form::kQuery) {
-    return "+CSCS: " + quoted(charset_name(state.charset));
+    return "+CSCS: " + in_quotes(charset_name(state.charset));
   }
   const auto arguments = at::split_arguments(command.arguments);
   if (!arguments || arguments->size() != 1) return Reply::Final::kError;
@@ -127,7 +127,7 @@ std::optional<int> to_int(std::string_view digits) {
   return value;
 }
 
-std::string quoted(std::string_view text) {
+std::string in_quotes(std::string_view text) {
   return '"' + std::string(text) + '"';
 }
 

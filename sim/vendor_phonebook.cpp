@@ -14,12 +14,12 @@ std::string value(const Values& values, size_t i) {
 std::string jcpbr_line(const State& state, int index, const Contact& contact) {
   const auto number = [&](const std::string& digits) {
     const int type = digits.starts_with('+') ? kTypeInternational : kTypeUnknown;
-    return quoted(wire_number(state, digits, type));
+    return in_quotes(wire_number(state, digits, type));
   };
   return "+JCPBR: " + std::to_string(index) + "," + number(contact.number) + "," +
-         quoted(encode_item(contact.name)) + "," + number(contact.number2) + "," +
-         number(contact.number3) + "," + quoted(contact.email) + "," +
-         quoted(encode_item(contact.extra));
+         in_quotes(encode_item(contact.name)) + "," + number(contact.number2) + "," +
+         number(contact.number3) + "," + in_quotes(contact.email) + "," +
+         in_quotes(encode_item(contact.extra));
 }
 
 Reply jcpbr(State& state, const at::Command& command) {
@@ -79,12 +79,12 @@ std::string scpbr_line(const State& state, int index, const Contact& contact) {
     const int type = digits.empty()            ? 0
                      : digits.starts_with('+') ? kTypeInternational
                                                : kTypeUnknown;
-    return quoted(wire_number(state, digits, type)) + "," + std::to_string(type) + ",";
+    return in_quotes(wire_number(state, digits, type)) + "," + std::to_string(type) + ",";
   };
   const std::string name = encode_item(contact.name);
   return "^SCPBR: " + std::to_string(index) + "," + number(contact.number) +
-         number(contact.number3) + number(contact.number2) + number("") + quoted(name) + "," +
-         (name.starts_with('8') ? "1" : "0") + "," + quoted(contact.email);
+         number(contact.number3) + number(contact.number2) + number("") + in_quotes(name) + "," +
+         (name.starts_with('8') ? "1" : "0") + "," + in_quotes(contact.email);
 }
 
 Reply scpbr(State& state, const at::Command& command) {

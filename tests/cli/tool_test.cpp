@@ -119,7 +119,7 @@ TEST_F(Tool, AFullPhonebookOfLongNames) {
   EXPECT_EQ(0u, run({"list"}).out.find("Index  Name"));
   EXPECT_EQ(5, run({"add", "--name", "One too many"}).status);
   EXPECT_EQ(0, run({"set", "250", "--name", name + "9999"}).status);
-  EXPECT_EQ(name + "9999", json_of({"get", "250"})[0]["name"]);
+  EXPECT_EQ(name + "9999", json_of({"get", "250"})[0]["name"].get<std::string>());
 }
 
 TEST_F(Tool, WhatDoesNotFitIsRefusedBeforeItIsSent) {

@@ -1,0 +1,45 @@
+// at_line.h - the syntax of an AT command line (ITU-T V.250, 5.2 to 5.4): the commands of a line
+// and the parameters of a command.
+#ifndef QALT_AT_AT_LINE_H_
+#define QALT_AT_AT_LINE_H_
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qalt::at {
+
+enum class Form {
+  kExecute,  // "+CSQ", "E0", "D112;"
+  kSet,      // "+CPBS="SM"", "S0=3"
+  kQuery,    // "+CPBS?"
+  kTest      // "+CPBS=?"
+};
+
+struct Command {
+  std::string name;  // upper case, prefix included: "+CPBR", "^SCPBR", "E", "&F", "S0", "D"
+  Form form = Form::kExecute;
+  std::string arguments;  // of a basic command its number, of a set what follows "="
+};
+
+// The commands of a line that begins with "AT" in either case, in order; none for other lines and
+// for a line that breaks the syntax. "AT" alone gives an empty list. A ";" inside quotes does not
+// end a command; "D" takes the rest of the line.
+std::optional<std::vector<Command>> split_line(std::string_view line);
+
+struct Argument {
+  std::string value;  // without its quotes
+  bool quoted = false;
+};
+
+// The parameters between commas outside quotes. None when a quoted one is not closed or text
+// stands around it. Empty arguments give one empty parameter.
+std::optional<std::vector<Argument>> split_arguments(std::string_view arguments);
+
+// Whether `text` begins with `prefix`, ASCII letters compared in either case.
+bool starts_with_nocase(std::string_view text, std::string_view prefix);
+
+}  // namespace qalt::at
+
+#endif  // QALT_AT_AT_LINE_H_
