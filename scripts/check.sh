@@ -42,7 +42,7 @@ configure_and_build tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQALT_SANITIZE=threa
   -DQALT_BUILD_PROGRAMS=OFF
 TSAN_OPTIONS=halt_on_error=1 run_tests tsan
 
-# The C program that takes every road runs on five C libraries, and measures its stack there.
+# The C program that takes every function runs on five C libraries, and measures its stack there.
 stage "targets: glibc, uClibc, musl; footprint"
 scripts/footprint.sh --check
 

@@ -1,4 +1,4 @@
-// One owner of contacts: reads, writes and deletes in an index range of its own through both roads,
+// One owner of contacts: reads, writes and deletes in an index range of its own through both ways,
 // and holds what it finds against what it wrote.
 #include <unistd.h>
 
@@ -13,7 +13,7 @@
 
 #include "qalt_at/qalt_at.h"
 #include "tests/soak/process_state.h"
-#include "tests/soak/roads.h"
+#include "tests/soak/ways.h"
 
 extern "C" unsigned sleep(unsigned) {
   // The library's pauses would leave a minute no room for faults.
@@ -112,20 +112,20 @@ class Owner {
     while (!book_.open({})) ::usleep(2000);
   }
 
-  // One job on one of the roads; whether it succeeded.
+  // One job on one of the ways; whether it succeeded.
   bool step() {
-    Road& road = below(2) == 0 ? static_cast<Road&>(c_) : header_;
+    Way& way = below(2) == 0 ? static_cast<Way&>(c_) : header_;
     const unsigned what = below(100);
     bool succeeded = true;
     if (what < 50) {
-      succeeded = write(road, some_index(), some_content());
+      succeeded = write(way, some_index(), some_content());
     } else if (what < 65) {
-      succeeded = write(road, some_index(), {});
+      succeeded = write(way, some_index(), {});
     } else if (what < 85) {
       const int index = some_index();
-      succeeded = read(road, index, index);
+      succeeded = read(way, index, index);
     } else if (what < 99) {
-      succeeded = read(road, ledger_.first(), ledger_.last());
+      succeeded = read(way, ledger_.first(), ledger_.last());
     } else {
       open();
     }
@@ -133,22 +133,22 @@ class Owner {
     return succeeded;
   }
 
-  bool write(Road& road, int index, const Content& content) {
-    const bool succeeded = road.write(index, content);
+  bool write(Way& way, int index, const Content& content) {
+    const bool succeeded = way.write(index, content);
     ledger_.wrote(index, content, succeeded);
-    if (!succeeded && &road == &header_ && header_.differs()) {
+    if (!succeeded && &way == &header_ && header_.differs()) {
       std::cout << "index " << index << ": " << header_.error() << "\n";
       right_ = false;
     }
     return succeeded;
   }
 
-  bool read(Road& road, int first, int last) {
-    const auto found = road.read(first, last);
+  bool read(Way& way, int first, int last) {
+    const auto found = way.read(first, last);
     if (!found) return false;
     for (const int index : ledger_.read(first, last, *found)) {
       const auto at = found->find(index);
-      std::cout << "contact wrong, read through " << road.name() << ": "
+      std::cout << "contact wrong, read through " << way.name() << ": "
                 << answer_line(index, at == found->end() ? Content{} : at->second) << "\n";
       for (const Content& allowed : ledger_.allowed(index)) {
         std::cout << "  allowed: " << answer_line(index, allowed) << "\n";
@@ -161,12 +161,12 @@ class Owner {
 
   // Reads until it is told what each contact is.
   void settle() {
-    Road* roads[] = {&c_, &header_};
-    for (Road* road : roads) {
+    Way* ways[] = {&c_, &header_};
+    for (Way* way : ways) {
       int reads = 0;
-      while (right_ && !read(*road, ledger_.first(), ledger_.last())) {
+      while (right_ && !read(*way, ledger_.first(), ledger_.last())) {
         if (++reads == kMostSettleReads) {
-          std::cout << "no read through " << road->name()
+          std::cout << "no read through " << way->name()
                     << " succeeds any more: " << header_.error() << "\n";
           right_ = false;
         }
@@ -201,8 +201,8 @@ class Owner {
   Ledger ledger_;
   std::mt19937 random_;
   qalt::Phonebook book_;
-  CRoad c_;
-  HeaderRoad header_{book_};
+  CFunctions c_;
+  CppHeader header_{book_};
   bool right_ = true;
   unsigned done_ = 0;
   unsigned failed_ = 0;

@@ -11,7 +11,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "road.h"
+#include "call.h"
 
 int g_busy, g_sleeps;
 __thread int g_accepts_left = -1;

@@ -1,13 +1,13 @@
 /*
- * road.h - a test program for any C library, in C99: every exported function is taken once or more,
+ * call.h - a test program for any C library, in C99: every exported function is taken once or more,
  * each on a painted thread stack of 512 KB, against an AT server inside the program.
  *
- * ROAD(f, (x) == 0 && check) is right when f(x) == 0 && check. STEP(f, (x), check) calls f(x), then
+ * CALL(f, (x) == 0 && check) is right when f(x) == 0 && check. STEP(f, (x), check) calls f(x), then
  * checks. In front of each, outside the paint, the records in `g` are cleared and an ordinary
- * phonebook is discovered; then comes the road's own preparation.
+ * phonebook is discovered; then comes the call's own preparation.
  */
-#ifndef QALT_TESTS_TARGET_ROAD_H
-#define QALT_TESTS_TARGET_ROAD_H
+#ifndef QALT_TESTS_TARGET_CALL_H
+#define QALT_TESTS_TARGET_CALL_H
 
 #include <stddef.h>
 #include <string.h>
@@ -15,18 +15,18 @@
 
 #include "qalt_at/qalt_at.h"
 
-void road_add(const char* name, int (*body)(void), void (*preparation)(void));
+void call_add(const char* name, int (*body)(void), void (*preparation)(void));
 
 #define REGISTERED(preparation, name, ...)                         \
-  static int road_to_##name(void) {                                \
+  static int call_of_##name(void) {                                \
     __VA_ARGS__;                                                   \
   }                                                                \
-  __attribute__((constructor)) static void road_add_##name(void) { \
-    road_add(#name, road_to_##name, preparation);                  \
+  __attribute__((constructor)) static void call_add_##name(void) { \
+    call_add(#name, call_of_##name, preparation);                  \
   }                                                                \
   extern struct Records g
-#define ROAD_AFTER(preparation, name, ...) REGISTERED(preparation, name, return name __VA_ARGS__)
-#define ROAD(name, ...) ROAD_AFTER(NULL, name, __VA_ARGS__)
+#define CALL_AFTER(preparation, name, ...) REGISTERED(preparation, name, return name __VA_ARGS__)
+#define CALL(name, ...) CALL_AFTER(NULL, name, __VA_ARGS__)
 #define STEP_AFTER(preparation, name, arguments, ...) \
   REGISTERED(preparation, name, name arguments; return __VA_ARGS__)
 #define STEP(name, arguments, ...) STEP_AFTER(NULL, name, arguments, __VA_ARGS__)

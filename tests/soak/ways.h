@@ -1,6 +1,6 @@
-// roads.h - the two ways to the phonebook: the C functions and phonebook.hpp.
-#ifndef QALT_SOAK_ROADS_H_
-#define QALT_SOAK_ROADS_H_
+// ways.h - the two ways to the phonebook: the C functions and phonebook.hpp.
+#ifndef QALT_SOAK_WAYS_H_
+#define QALT_SOAK_WAYS_H_
 
 #include <memory>
 #include <optional>
@@ -11,9 +11,9 @@
 
 namespace soak {
 
-class Road {
+class Way {
  public:
-  virtual ~Road() = default;
+  virtual ~Way() = default;
   virtual const char* name() const = 0;
   // Whether the call succeeded. A write of no content deletes.
   virtual bool write(int index, const Content& content) = 0;
@@ -21,16 +21,16 @@ class Road {
   virtual std::optional<Contents> read(int first, int last) = 0;
 };
 
-class CRoad : public Road {
+class CFunctions : public Way {
  public:
   const char* name() const override { return "C"; }
   bool write(int index, const Content& content) override;
   std::optional<Contents> read(int first, int last) override;
 };
 
-class HeaderRoad : public Road {
+class CppHeader : public Way {
  public:
-  explicit HeaderRoad(qalt::Phonebook& book) : book_(book) {}
+  explicit CppHeader(qalt::Phonebook& book) : book_(book) {}
   const char* name() const override { return "phonebook.hpp"; }
   bool write(int index, const Content& content) override;
   std::optional<Contents> read(int first, int last) override;
@@ -49,4 +49,4 @@ class HeaderRoad : public Road {
 
 }  // namespace soak
 
-#endif  // QALT_SOAK_ROADS_H_
+#endif  // QALT_SOAK_WAYS_H_

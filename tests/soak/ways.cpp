@@ -1,4 +1,4 @@
-#include "tests/soak/roads.h"
+#include "tests/soak/ways.h"
 
 #include <array>
 #include <cstdlib>
@@ -47,7 +47,7 @@ Content content_of(const PhonebookEntry& entry) {
 
 }  // namespace
 
-bool CRoad::write(int index, const Content& content) {
+bool CFunctions::write(int index, const Content& content) {
   if (content.empty()) return QL_deletePhonebookEntry(kSim, index) == PB_OK;
   std::array<char, 1024> digits{};
   int gsm = 0;
@@ -62,7 +62,7 @@ bool CRoad::write(int index, const Content& content) {
   return QL_setPhonebookEntry(kSim, &entry) == PB_OK;
 }
 
-std::optional<Contents> CRoad::read(int first, int last) {
+std::optional<Contents> CFunctions::read(int first, int last) {
   const auto count = size_t(last - first + 1);
   std::vector<std::array<PbField, PB_FIELD_TYPES>> fields(count);
   std::vector<PhonebookEntry> entries(count);
@@ -75,13 +75,13 @@ std::optional<Contents> CRoad::read(int first, int last) {
   return contents;
 }
 
-void HeaderRoad::failed(const qalt::Error& error) {
+void CppHeader::failed(const qalt::Error& error) {
   error_ = error.what;
   differs_ = error.cause == qalt::Cause::kDiffers &&
              error.what.find("cannot be read back") == std::string::npos;
 }
 
-bool HeaderRoad::write(int index, const Content& content) {
+bool CppHeader::write(int index, const Content& content) {
   differs_ = false;
   if (content.empty()) {
     const auto erased = book_.erase(index);
@@ -97,7 +97,7 @@ bool HeaderRoad::write(int index, const Content& content) {
   return bool(written);
 }
 
-std::optional<Contents> HeaderRoad::read(int first, int last) {
+std::optional<Contents> CppHeader::read(int first, int last) {
   const auto reading = book_.read(first, last);
   if (!reading) {
     failed(reading.error());

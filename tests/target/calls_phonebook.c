@@ -1,5 +1,5 @@
 /* The phonebook: discovery, reading, writing, deleting, and the index buffer. */
-#include "road.h"
+#include "call.h"
 
 static void forget(void) {
   memset(&g.param, 0, sizeof g.param);
@@ -44,54 +44,54 @@ static int longest_are(int number, int text) {
          g.param.FieldAbility[PB_FIELD_TEXT].maxLength == text;
 }
 
-ROAD(QL_setCurrentPlatform, (9) == 0 && g_phone_book_currentPlatform == 9);
-ROAD(QL_setPBType, (3) == 0);
+CALL(QL_setCurrentPlatform, (9) == 0 && g_phone_book_currentPlatform == 9);
+CALL(QL_setPBType, (3) == 0);
 STEP(PB_SetPBType, (3), 1);
-ROAD(_IsOldPhonebook, () == 1);
-ROAD_AFTER(forget, QL_getPhonebookInfo,
+CALL(_IsOldPhonebook, () == 1);
+CALL_AFTER(forget, QL_getPhonebookInfo,
            (0, &g.param) == PB_OK && g.param.EntriesUsed == 12 && g.param.MaxEntries == 250 &&
                g.param.MinIndex == 1 && g.param.MaxIndex == 250 && longest_are(40, 18));
-ROAD_AFTER(as_vendor, _GetPbParam,
+CALL_AFTER(as_vendor, _GetPbParam,
            (0, &g.param) == PB_OK && g.param.PbType.IsSupportUSim == 1 && longest_are(40, 60));
-ROAD_AFTER(forget, _GetPhonebookStorebility, (0, &g.param) == 0 && g.param.MaxEntries == 250);
-ROAD_AFTER(as_vendor, _InitWcdmaPbPara, (0, &g.param) == 0 && g.param.PbType.IsSupportExtend == 1);
+CALL_AFTER(forget, _GetPhonebookStorebility, (0, &g.param) == 0 && g.param.MaxEntries == 250);
+CALL_AFTER(as_vendor, _InitWcdmaPbPara, (0, &g.param) == 0 && g.param.PbType.IsSupportExtend == 1);
 /* Asked again and again, with pauses. */
 STEP_AFTER(as_busy, _InitStdPbConfig, (0, &g.param), g.param.MaxIndex == 0 && g_sleeps > 0);
 STEP_AFTER(as_vendor, _InitQaltExtendPbConfig, (0, &g.param), g.param.MaxIndex == 250);
-ROAD_AFTER(as_vendor, _IsSupportExtendPhonebook, () == 1);
-ROAD_AFTER(as_vendor, _IsSupportUSim, () == 1);
-ROAD(_IsSupportJCPBM, () == 0);
+CALL_AFTER(as_vendor, _IsSupportExtendPhonebook, () == 1);
+CALL_AFTER(as_vendor, _IsSupportUSim, () == 1);
+CALL(_IsSupportJCPBM, () == 0);
 STEP(_GetStorageParam, (0, g.line), same(g.line, "SM"));
 STEP(_CpbrTestToFieldability, (1, 250, 40, 60, 41, 42, 128, 61, 6, g.param.FieldAbility),
      longest_are(40, 60));
 
-/* The deepest road: 100 entries. */
-ROAD(QL_getPhonebookEntry, (0, 1, PB_READ_MAX, g.entries) == PB_OK && sent("AT+CSCS=\"IRA\"") &&
+/* The deepest call: 100 entries. */
+CALL(QL_getPhonebookEntry, (0, 1, PB_READ_MAX, g.entries) == PB_OK && sent("AT+CSCS=\"IRA\"") &&
                                g.entries[99].storageIndex == 100 && g.entries[99].FieldCount == 2 &&
                                field_is(99, 1, "0041006E006E006100640042") &&
                                field_is(0, 0, "+4930123456789"));
-ROAD(_ReadQaltPbContact, (&g.list, 3, 3) == PB_OK && g.list.count == 1);
-ROAD_AFTER(as_vendor, _ReadQaltExtendContact, (&g.list, 7, 7) == PB_OK && g.list.count == 1);
-ROAD(_ReadStdContact, (&g.list, 1, PB_READ_MAX) == PB_OK && g.list.count == 100);
-ROAD(_TranslatePbItemToPbEntry, (list_of_one(), g.entries) == PB_OK && field_is(0, 0, "12"));
+CALL(_ReadQaltPbContact, (&g.list, 3, 3) == PB_OK && g.list.count == 1);
+CALL_AFTER(as_vendor, _ReadQaltExtendContact, (&g.list, 7, 7) == PB_OK && g.list.count == 1);
+CALL(_ReadStdContact, (&g.list, 1, PB_READ_MAX) == PB_OK && g.list.count == 100);
+CALL(_TranslatePbItemToPbEntry, (list_of_one(), g.entries) == PB_OK && field_is(0, 0, "12"));
 STEP(_TranslatePbItemToFields, (item(1), contact(1, "", "")), field_is(0, 0, "12"));
 STEP(_TranslatePbItemToField, (item(1), g.fields[0]), field_is(0, 0, "12"));
 STEP(_TranslatePbItemToString, ("0041", g.fields[0]), field_is(0, 0, "0041"));
-ROAD(_SetPbCharactorSet, (2) == 1 && sent("AT+CSCS=\"UCS2_0X81\""));
+CALL(_SetPbCharactorSet, (2) == 1 && sent("AT+CSCS=\"UCS2_0X81\""));
 
-ROAD(QL_setPhonebookEntry, (0, contact(0, "1", "0042")) == PB_OK &&
+CALL(QL_setPhonebookEntry, (0, contact(0, "1", "0042")) == PB_OK &&
                                g.entries[0].storageIndex == 1 &&
                                QL_setPhonebookEntry(0, contact(251, "1", "")) == PB_ERR_PARAM);
-ROAD_AFTER(as_vendor, QL_deletePhonebookEntry, (0, 5) == PB_OK && sent("AT+JCPBW=5"));
-ROAD(_TranslatePbEntryToPbItem,
+CALL_AFTER(as_vendor, QL_deletePhonebookEntry, (0, 5) == PB_OK && sent("AT+JCPBW=5"));
+CALL(_TranslatePbEntryToPbItem,
      (&g.item, contact(4, "12", "0041")) == PB_OK && same(g.item.text, "0041"));
 STEP(_TranslateFieldToPbItem, (&g.item, contact(4, "12", "")->pFieldList), number_is("12"));
 STEP(_TranslateStringToPbItem, (g.item.number, 3, contact(4, "12345", "")->pFieldList),
      number_is("123"));
-ROAD(_WriteStdContact, (*item(0), 6) == PB_OK);
-ROAD(_WriteQaltExtendContact, (*item(0), 6) == PB_OK);
-ROAD(_DeleteStdContact, (6) == PB_OK);
-ROAD(_DeleteQaltExtendContact, (6) == PB_OK);
+CALL(_WriteStdContact, (*item(0), 6) == PB_OK);
+CALL(_WriteQaltExtendContact, (*item(0), 6) == PB_OK);
+CALL(_DeleteStdContact, (6) == PB_OK);
+CALL(_DeleteQaltExtendContact, (6) == PB_OK);
 
 /* The index buffer holds what the build gave it room for, and nothing beyond. */
 enum { kLast = PBB_CAPACITY - 1 };
@@ -103,10 +103,10 @@ static void fill_buffer(void) {
   for (int32_t index = 0; index <= kLast; ++index) PBB_WritePB(item(index));
 }
 STEP(PBB_InitPbBuffer, (3, 5, 3), PBB_GetFirstEmptyIndex() == 3);
-ROAD_AFTER(empty_buffer, PBB_WritePB, (item(kLast)) == 1 && PBB_WritePB(item(kLast + 1)) == 0);
-ROAD_AFTER(fill_buffer, PBB_ReadPB, (kLast, &g.item) == 1 && PBB_ReadPB(kLast + 1, &g.item) == 0);
-ROAD_AFTER(fill_buffer, PBB_DeletePB, (2) == 1 && PBB_DeletePB(kLast + 1) == 0);
-ROAD_AFTER(fill_buffer, PBB_GetFirstEmptyIndex, () == -1);
+CALL_AFTER(empty_buffer, PBB_WritePB, (item(kLast)) == 1 && PBB_WritePB(item(kLast + 1)) == 0);
+CALL_AFTER(fill_buffer, PBB_ReadPB, (kLast, &g.item) == 1 && PBB_ReadPB(kLast + 1, &g.item) == 0);
+CALL_AFTER(fill_buffer, PBB_DeletePB, (2) == 1 && PBB_DeletePB(kLast + 1) == 0);
+CALL_AFTER(fill_buffer, PBB_GetFirstEmptyIndex, () == -1);
 STEP_AFTER(empty_buffer, _PBB_UseEmptyIndex, (1), PBB_GetFirstEmptyIndex() == 2);
 STEP_AFTER(fill_buffer, _PBB_SetEmptyIndex, (2), PBB_GetFirstEmptyIndex() == 2);
-ROAD_AFTER(empty_buffer, _PBB_GetIndexIsEmpty, (1) == 1 && _PBB_GetIndexIsEmpty(kLast + 1) == 0);
+CALL_AFTER(empty_buffer, _PBB_GetIndexIsEmpty, (1) == 1 && _PBB_GetIndexIsEmpty(kLast + 1) == 0);
