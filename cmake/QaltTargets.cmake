@@ -1,5 +1,22 @@
 # How the project's targets are compiled and linked; one function per kind of target.
 
+# Whether nobody said which calls are checked: neither the flags nor a compiler that does so by itself
+# whenever it optimises. Checks need an optimising compiler.
+function(qalt_find_unfortified)
+  if(" ${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_RELEASE}" MATCHES "_FORTIFY_SOURCE| -O0")
+    set(QALT_UNFORTIFIED OFF PARENT_SCOPE)
+    return()
+  endif()
+  set(CMAKE_REQUIRED_FLAGS -O2)
+  set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+  check_cxx_source_compiles("
+    #ifdef _FORTIFY_SOURCE
+    #error
+    #endif" QALT_UNFORTIFIED)
+endfunction()
+include(CheckCXXSourceCompiles)
+qalt_find_unfortified()
+
 # Release builds stop at an overrun that nobody foresaw. The sanitizers find more, and know only the
 # plain functions; a toolchain that brings a level of its own keeps it.
 function(qalt_harden target)
@@ -12,7 +29,7 @@ function(qalt_harden target)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|i[3-6]86)$")
     target_compile_options(${target} PRIVATE $<${release}:-fstack-protector-strong>)
   endif()
-  if(NOT "${CMAKE_C_FLAGS} ${CMAKE_CXX_FLAGS}" MATCHES "_FORTIFY_SOURCE|-O0")
+  if(QALT_UNFORTIFIED)
     target_compile_definitions(${target} PRIVATE $<${release}:_FORTIFY_SOURCE=2>)
   endif()
   target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now)

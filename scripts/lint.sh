@@ -9,8 +9,7 @@ sources=$(ls link/*.cpp ATPreprocess/*.cpp AtCodec/*.cpp pb/*.cpp codec/*.cpp co
 
 # One file a run: its valist checker carries its state from one file to the next.
 echo "== clang-tidy"
-CC=clang-14 CXX=clang++-14 cmake -S . -B "$build" -DQALT_BUILD_TESTS=OFF -DQALT_BUILD_PROGRAMS=OFF \
-  >/dev/null
+cmake --preset lint >/dev/null
 # shellcheck disable=SC2086
 echo $sources | xargs -n 1 -P "$(nproc)" clang-tidy-14 -p "$build" --quiet 2>"$build/tidy.log" ||
   { cat "$build/tidy.log" >&2; exit 1; }

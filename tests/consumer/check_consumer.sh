@@ -1,5 +1,7 @@
 #!/bin/sh
-# Installs the library into a staging folder, moves the tree, and builds clients against it.
+# Installs the library into a staging folder, moves it, and builds clients against it, as find_package
+# finds a tree anywhere and pkg-config one in a sysroot; and once more with the sources as a part of the
+# client's own project.
 # usage: check_consumer.sh BUILD_FOLDER CMAKE CC CXX
 set -eu
 export LC_ALL=C
@@ -9,11 +11,13 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 fail() { echo "FAILED: $1"; exit 1; }
 
+umask 077
 for component in library development; do
   DESTDIR="$folder/stage" "$cmake" --install "$build" --prefix /opt/qalt --component $component
 done >/dev/null
-mv "$folder/stage/opt/qalt" "$folder/moved"
-root=$folder/moved
+mv "$folder/stage" "$folder/sysroot"
+root=$folder/sysroot/opt/qalt
+! find "$root" ! -perm -004 | grep . || fail "not to be read by others"
 description=$(find "$root" -name qalt_at.pc)
 lib=${description%/pkgconfig/*}
 
@@ -35,7 +39,8 @@ needs_c_only() {
 }
 
 # C99 by pkg-config, shared and static.
-export PKG_CONFIG_PATH="${description%/*}"
+export PKG_CONFIG_PATH="${description%/*}" PKG_CONFIG_SYSROOT_DIR="$folder/sysroot"
+grep -qx 'prefix=/opt/qalt' "$description" || fail "the prefix in qalt_at.pc"
 for way in shared static; do
   [ $way = static ] || [ -e "$lib/libqalt_at.so" ] || continue
   [ $way = shared ] || [ -e "$lib/libqalt_at.a" ] || continue
