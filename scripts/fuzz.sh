@@ -14,12 +14,13 @@ CC=clang-14 CXX=clang++-14 cmake -S . -B "$build" -DQALT_BUILD_FUZZ=ON -DQALT_BU
   -DQALT_WERROR=ON -DQALT_SANITIZE=fuzzer-no-link,address,undefined >/dev/null
 cmake --build "$build" -j "$(nproc)" -- --no-print-directory -s
 
+# shellcheck disable=SC2046
 [ $# -ne 0 ] || set -- $(ls tests/fuzz/corpus)
 for target; do
   found=$build/found/$target
   mkdir -p "$found"
   log=$build/$target.log
-  if ! "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
+  if ! "$build/tests/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
     -max_len=16384 -print_final_stats=1 -verbosity=1 -artifact_prefix="$found." \
     "$found" "tests/fuzz/corpus/$target" >"$log" 2>&1; then
     tail -n 40 "$log"
