@@ -2,6 +2,17 @@
 # descriptions of them, for pkg-config and for find_package; and what users of the programs get.
 include(CMakePackageConfigHelpers)
 
+# qalt_install_folders(component folder...), before what is installed to them
+function(qalt_install_folders component)
+  install(CODE "set(folders \"${ARGN}\")" COMPONENT ${component})
+  install(SCRIPT cmake/QaltInstallFolders.cmake COMPONENT ${component})
+endfunction()
+
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/qalt_at)
+qalt_install_folders(library ${CMAKE_INSTALL_LIBDIR})
+qalt_install_folders(development ${package_folder} ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  ${CMAKE_INSTALL_INCLUDEDIR} ${CMAKE_INSTALL_MANDIR}/man3)
+
 set(targets qalt_at)
 if(TARGET qalt_at_static)
   list(APPEND targets qalt_at_static)
@@ -15,7 +26,6 @@ if(QALT_GENERATED_INCLUDE)
     COMPONENT development)
 endif()
 
-set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/qalt_at)
 install(EXPORT qalt_at FILE qalt_at-targets.cmake NAMESPACE qalt_at:: DESTINATION ${package_folder}
   COMPONENT development)
 configure_package_config_file(cmake/qalt_at-config.cmake.in qalt_at-config.cmake
@@ -43,11 +53,14 @@ install(FILES packaging/man/qalt_at.3 packaging/man/qalt_at_phonebook.3 DESTINAT
   COMPONENT development)
 
 if(QALT_BUILD_PROGRAMS)
+  set(completions_folder ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
+  qalt_install_folders(tools ${CMAKE_INSTALL_BINDIR} ${CMAKE_INSTALL_SBINDIR} ${CMAKE_INSTALL_MANDIR}/man1
+    ${CMAKE_INSTALL_MANDIR}/man8 ${completions_folder})
   install(TARGETS qalt-pb qalt-simmodem DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   install(TARGETS qalt-atd DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT tools)
   install(FILES packaging/man/qalt-pb.1 packaging/man/qalt-simmodem.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES packaging/man/qalt-atd.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT tools)
-  install(FILES packaging/completion/qalt-pb.bash RENAME qalt-pb COMPONENT tools
-    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
+  install(FILES packaging/completion/qalt-pb.bash RENAME qalt-pb DESTINATION ${completions_folder}
+    COMPONENT tools)
 endif()
