@@ -1,7 +1,8 @@
 # The goals a person uses; CMake does the building.
 #   make         the library and the programs, in build/default
 #   make demo    the library at work against a simulated modem
-#   make check   everything that a change must pass: what CI runs
+#   make check   the tests of the release build
+#   make check-all  all that a change must pass, what CI runs: STAGES="lint asan" runs a few
 #   make check-long  more of the same: LENGTH=8 for longer texts, REPEAT=1000 for more runs
 #   make soak    clients, server and modem under faults: MINUTES=1, SEED=n for the same run again
 #   make fuzz    every fuzz target for FUZZ_SECONDS=60
@@ -15,7 +16,7 @@ BUILD ?= build/default
 PROFILE ?= standard
 MINUTES ?= 1
 
-.PHONY: all demo check check-long soak fuzz lint coverage check-target deb docs bench format clean
+.PHONY: all demo check check-all check-long soak fuzz lint coverage check-target deb docs bench format clean
 
 all:
 	scripts/setup.sh build
@@ -31,8 +32,11 @@ demo:
 	scripts/demo.sh build/demo $(PROFILE)
 
 check:
-	scripts/setup.sh check
+	scripts/setup.sh tests
 	scripts/check.sh
+
+check-all:
+	scripts/check_all.sh $(STAGES)
 
 check-long:
 	scripts/setup.sh tests
@@ -78,7 +82,8 @@ bench:
 	scripts/bench.sh build/bench build/bench/phonebook_rows | tee build/bench/PERFORMANCE.md
 
 format:
-	git ls-files '*.c' '*.cpp' '*.h' '*.hpp' | xargs clang-format-14 -i
+	scripts/setup.sh format
+	scripts/format.sh
 
 clean:
 	rm -rf build

@@ -1,8 +1,8 @@
 // vCard 3.0 (RFC 2426) and 4.0 (RFC 6350), as address books write them; written as 4.0.
 //
 // A name (FN, else N), telephone numbers (TEL), an address (EMAIL) and a note (NOTE) are taken. A
-// number whose parameters mention PREF comes before those read so far, whatever its rank: of several
-// such the last comes first.
+// number whose parameters mention PREF comes before those read so far, whatever its rank: of
+// several such the last comes first.
 #include <algorithm>
 #include <array>
 #include <utility>

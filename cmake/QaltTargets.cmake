@@ -1,5 +1,22 @@
 # How the project's targets are compiled and linked; one function per kind of target.
 
+# Whether nobody said which calls are checked: neither the flags nor a compiler that does so by itself
+# whenever it optimises. Checks need an optimising compiler.
+function(qalt_find_unfortified)
+  if(" ${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_RELEASE}" MATCHES "_FORTIFY_SOURCE| -O0")
+    set(QALT_UNFORTIFIED OFF PARENT_SCOPE)
+    return()
+  endif()
+  set(CMAKE_REQUIRED_FLAGS -O2)
+  set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+  check_cxx_source_compiles("
+    #ifdef _FORTIFY_SOURCE
+    #error
+    #endif" QALT_UNFORTIFIED)
+endfunction()
+include(CheckCXXSourceCompiles)
+qalt_find_unfortified()
+
 # Release builds stop at an overrun that nobody foresaw. The sanitizers find more, and know only the
 # plain functions; a toolchain that brings a level of its own keeps it.
 function(qalt_harden target)
@@ -12,7 +29,7 @@ function(qalt_harden target)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|i[3-6]86)$")
     target_compile_options(${target} PRIVATE $<${release}:-fstack-protector-strong>)
   endif()
-  if(NOT "${CMAKE_C_FLAGS} ${CMAKE_CXX_FLAGS}" MATCHES "_FORTIFY_SOURCE|-O0")
+  if(QALT_UNFORTIFIED)
     target_compile_definitions(${target} PRIVATE $<${release}:_FORTIFY_SOURCE=2>)
   endif()
   target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now)
@@ -74,16 +91,25 @@ function(qalt_configure_installed target)
   qalt_harden(${target})
 endfunction()
 
-# qalt_add_test(name SOURCES a.cpp... LIBRARIES x... [THREADED])
+# qalt_add_test(name SOURCES a.cpp... LIBRARIES x... [THREADED] [FAST])
 # A GoogleTest program, each of its tests a test of ctest. THREADED ones run under ThreadSanitizer.
+# Compiling takes longer than running: optimised are only the few, FAST, that compute.
 function(qalt_add_test name)
-  cmake_parse_arguments(arg "THREADED" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(arg "THREADED;FAST" "" "SOURCES;LIBRARIES" ${ARGN})
   if(QALT_SANITIZE STREQUAL "thread" AND NOT arg_THREADED)
     return()
   endif()
   add_executable(${name} ${arg_SOURCES})
   qalt_configure_program(${name})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} qalt_at GTest::gtest_main)
+  if(NOT arg_FAST)
+    qalt_configure_quick_build(${name})
+    target_precompile_headers(${name} REUSE_FROM test_headers)
+  endif()
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT 120 LABELS "$<IF:$<BOOL:${arg_THREADED}>,threaded,plain>")
+endfunction()
+
+function(qalt_configure_quick_build target)
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O0>)
 endfunction()

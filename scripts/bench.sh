@@ -82,9 +82,8 @@ table() {
 }
 
 library=$(ls "$build"/libqalt_at.so.*.*.* | head -n 1)
-cmake -S . -B "$build-Os" -DCMAKE_BUILD_TYPE=MinSizeRel -DQALT_BUILD_TESTS=OFF \
-  -DQALT_BUILD_PROGRAMS=OFF >/dev/null
-cmake --build "$build-Os" -j "$(nproc)" >/dev/null
+cmake --preset small >/dev/null
+cmake --build --preset small -j "$(nproc)" >/dev/null
 
 cat <<TEXT
 # Speed
@@ -102,7 +101,7 @@ TEXT
   parser_rows
   for file; do cat "$file"; done
   size_rows "the library, stripped, bytes" "$library"
-  size_rows "the library, stripped, -Os, bytes" "$(ls "$build-Os"/libqalt_at.so.*.*.* | head -n 1)"
+  size_rows "the library, stripped, -Os, bytes" "$(ls build/small/libqalt_at.so.*.*.* | head -n 1)"
 } | table
 
 cat <<'TEXT'

@@ -7,11 +7,8 @@ cd "$(dirname "$0")/.."
 failed=0
 for architecture in x86_64 arm; do
   folder=build/abi-$architecture
-  toolchain=
-  [ $architecture = x86_64 ] || toolchain=-DCMAKE_TOOLCHAIN_FILE=$(packaging/target/toolchains.sh arm-glibc)
-  cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQALT_BUILD_PROGRAMS=OFF \
-    -DQALT_BUILD_TESTS=OFF -DQALT_BUILD_STATIC=OFF \
-    -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$PWD/=" ${toolchain:+"$toolchain"} >/dev/null
+  [ $architecture = x86_64 ] || packaging/target/toolchains.sh arm-glibc >/dev/null
+  cmake --preset abi-$architecture >/dev/null
   cmake --build "$folder" -j "$(nproc)" >"$folder.log" 2>&1 || { tail -n 40 "$folder.log"; exit 1; }
   scripts/check_symbols.sh "$folder/libqalt_at.so" || failed=1
   baseline=packaging/abi/$architecture.abi

@@ -8,8 +8,8 @@ build=build/long
 length=${LENGTH:-7}
 repeat=${REPEAT:-100}
 
-cmake -S . -B "$build" -DQALT_WERROR=ON -DQALT_BUILD_PROGRAMS=OFF >/dev/null
-cmake --build "$build" -j "$(nproc)" -- --no-print-directory -s
+cmake --preset long >/dev/null
+cmake --build --preset long -j "$(nproc)" -- --no-print-directory -s
 
 echo "== all texts of up to $length characters or words"
 QALT_EXHAUSTIVE_LENGTH=$length "$build/tests/exhaustive/exhaustive_test" --gtest_brief=1

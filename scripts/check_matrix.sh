@@ -21,10 +21,8 @@ build_row() {  # row cc cxx options arguments...
   shift 4
   folder=build/matrix/$row
   mkdir -p "$folder"
-  { cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=None -DCMAKE_C_COMPILER="$cc" \
-      -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_C_FLAGS="$options" -DCMAKE_CXX_FLAGS="$options" \
-      -DQALT_WERROR=ON -DQALT_BUILD_PROGRAMS=OFF -DQALT_BUILD_TESTS=OFF \
-      -DQALT_BUILD_TARGET_TEST=ON "$@" &&
+  { cmake --preset matrix -B "$folder" -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" \
+      -DCMAKE_C_FLAGS="$options" -DCMAKE_CXX_FLAGS="$options" "$@" &&
     cmake --build "$folder" -j "$(nproc)" -- --no-print-directory &&
     ctest --test-dir "$folder" --output-on-failure --no-tests=error
   } >"$folder/log" 2>&1 || { grep -vE '^\[|^-- |: mark ' "$folder/log" | tail -n 60; return 1; }

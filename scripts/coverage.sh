@@ -5,9 +5,7 @@ set -eu
 cd "$(dirname "$0")/.."
 
 build=build/coverage
-flags="--coverage -O0 -fno-inline"
-cmake -S . -B $build -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" \
-  -DQALT_BUILD_PROGRAMS=OFF >/dev/null
+cmake --preset coverage >/dev/null
 cmake --build $build -j "$(nproc)" -- --no-print-directory >$build/log 2>&1 ||
   { tail -n 40 $build/log; exit 1; }
 find $build -name '*.gcda' -delete

@@ -1,18 +1,15 @@
 #!/bin/sh
 # Runs each fuzz target for FUZZ_SECONDS, from the kept corpus. What is found new goes to the build
 # folder; an input that breaks a property is kept there too, and ends the run.
-# usage: scripts/fuzz.sh BUILD [TARGET...]
+# usage: scripts/fuzz.sh [TARGET...], default all
 set -eu
 cd "$(dirname "$0")/.."
 
-build=$1
-shift
+build=build/fuzz
 seconds=${FUZZ_SECONDS:-60}
 
-CC=clang-14 CXX=clang++-14 cmake -S . -B "$build" -DQALT_BUILD_FUZZ=ON -DQALT_BUILD_TESTS=OFF \
-  -DQALT_BUILD_PROGRAMS=OFF -DBUILD_SHARED_LIBS=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  -DQALT_WERROR=ON -DQALT_SANITIZE=fuzzer-no-link,address,undefined >/dev/null
-cmake --build "$build" -j "$(nproc)" -- --no-print-directory -s
+cmake --preset fuzz >/dev/null
+cmake --build $build -j "$(nproc)" -- --no-print-directory -s
 
 # shellcheck disable=SC2046
 [ $# -ne 0 ] || set -- $(ls tests/fuzz/corpus)

@@ -4,7 +4,6 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-build=build/lint
 library=$(ls link/*.cpp ATPreprocess/*.cpp AtCodec/*.cpp pb/*.cpp codec/*.cpp common/*.cpp)
 programs=$(ls at/*.cpp sim/*.cpp server/*.cpp cli/*.cpp)
 
@@ -18,20 +17,16 @@ tidy() {  # build folder, arguments of clang-tidy...
 
 # One file a run: its valist checker carries its state from one file to the next.
 echo "== clang-tidy, library"
-CC=clang-14 CXX=clang++-14 cmake -S . -B "$build" -DQALT_BUILD_TESTS=OFF -DQALT_BUILD_PROGRAMS=OFF \
-  >/dev/null
-echo "$library" | tidy "$build"
+cmake --preset lint >/dev/null
+echo "$library" | tidy build/lint
 
 # The programs' sources are a small part of what they include, so those of a target are looked at as
 # one. Not asked for: that a source is included (that is how), whether a message could be printed or
 # a transcript be written (nothing depends on it), and what main lets through (it ends the program).
 echo "== clang-tidy, programs"
-CC=clang-14 CXX=clang++-14 cmake -S . -B "$build/programs" -DQALT_BUILD_TESTS=OFF \
-  -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0 \
-  >/dev/null
-find "$build/programs/at" "$build/programs/sim" "$build/programs/server" "$build/programs/cli" \
-  -name 'unity_*_cxx.cxx' | sort |
-  tidy "$build/programs" \
+cmake --preset lint-programs >/dev/null
+(cd build/lint-programs && find at sim server cli -name 'unity_*_cxx.cxx') |
+  sed 's,^,build/lint-programs/,' | tidy build/lint-programs \
     --checks=-bugprone-suspicious-include,-cert-err33-c,-bugprone-exception-escape
 
 # It does not know the logging macro's __VA_OPT__, nor the immediately called lambdas of one table.

@@ -16,14 +16,12 @@ quietly() {  # log, command...
   "$@" >>"$log" 2>&1 || { grep -vE '^\[|^-- |: mark |: Entering|: Leaving' "$log" | tail -n 80; exit 1; }
 }
 
-configure_and_build() {  # folder, target, cmake arguments...
-  folder=$store/$1 toolchain=
-  [ "$2" = glibc ] || toolchain=$(packaging/target/toolchains.sh "$2")
-  shift 2
+configure_and_build() {  # preset, target, folder
+  folder=$store/$3
+  [ "$2" = glibc ] || packaging/target/toolchains.sh "$2" >/dev/null
   mkdir -p "$folder"
   : >"$folder/log"
-  quietly "$folder/log" cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=MinSizeRel -DQALT_WERROR=ON \
-    ${toolchain:+"-DCMAKE_TOOLCHAIN_FILE=$toolchain"} "$@"
+  quietly "$folder/log" cmake --preset "$1"
   quietly "$folder/log" cmake --build "$folder" -j "$jobs" -- --no-print-directory
   scripts/check_symbols.sh "$folder/libqalt_at.so"
 }
@@ -56,8 +54,7 @@ wrap_programs() {  # folder
 stage() {
   case $1 in
     glibc | arm-glibc | arm-uclibc | arm-musl | musl)
-      configure_and_build "small-$1" "$1" -DQALT_BUILD_PROGRAMS=OFF -DQALT_BUILD_TESTS=OFF \
-        -DQALT_BUILD_TARGET_TEST=ON
+      configure_and_build "$1" "$1" "small-$1"
       log=$store/$1.log
       : >"$log"
       quietly "$log" ctest --test-dir "$store/small-$1" --output-on-failure --no-tests=error -V
@@ -65,7 +62,7 @@ stage() {
       ;;
     suite-build)
       build_googletest
-      configure_and_build suite arm-glibc
+      configure_and_build arm-suite arm-glibc suite
       wrap_programs $store/suite
       ;;
     suite)

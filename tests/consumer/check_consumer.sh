@@ -1,19 +1,23 @@
 #!/bin/sh
-# Installs the library into a staging folder, moves the tree, and builds clients against it.
-# usage: check_consumer.sh BUILD_FOLDER CMAKE CC CXX
+# Installs the library into a staging folder, moves it, and builds clients against it, as find_package
+# finds a tree anywhere and pkg-config one in a sysroot; and once more with the sources as a part of the
+# client's own project.
+# usage: check_consumer.sh BUILD_FOLDER SOURCE_FOLDER CMAKE CC CXX
 set -eu
 export LC_ALL=C
-build=$1 cmake=$2 cc=$3 cxx=$4
+build=$1 source=$2 cmake=$3 cc=$4 cxx=$5
 project=$(realpath "$(dirname "$0")")/project
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 fail() { echo "FAILED: $1"; exit 1; }
 
+umask 077
 for component in library development; do
   DESTDIR="$folder/stage" "$cmake" --install "$build" --prefix /opt/qalt --component $component
 done >/dev/null
-mv "$folder/stage/opt/qalt" "$folder/moved"
-root=$folder/moved
+mv "$folder/stage" "$folder/sysroot"
+root=$folder/sysroot/opt/qalt
+! find "$root" ! -perm -004 | grep . || fail "not to be read by others"
 description=$(find "$root" -name qalt_at.pc)
 lib=${description%/pkgconfig/*}
 
@@ -35,7 +39,8 @@ needs_c_only() {
 }
 
 # C99 by pkg-config, shared and static.
-export PKG_CONFIG_PATH="${description%/*}"
+export PKG_CONFIG_PATH="${description%/*}" PKG_CONFIG_SYSROOT_DIR="$folder/sysroot"
+grep -qx 'prefix=/opt/qalt' "$description" || fail "the prefix in qalt_at.pc"
 for way in shared static; do
   [ $way = static ] || [ -e "$lib/libqalt_at.so" ] || continue
   [ $way = shared ] || [ -e "$lib/libqalt_at.a" ] || continue
@@ -47,16 +52,28 @@ for way in shared static; do
   says "$folder/$way"
 done
 
-# C and C++ by find_package.
-"$cmake" -S "$project" -B "$folder/project" -DCMAKE_PREFIX_PATH="$root" -DCMAKE_C_COMPILER="$cc" \
-  -DCMAKE_CXX_COMPILER="$cxx" >"$folder/log" 2>&1 &&
-  "$cmake" --build "$folder/project" >>"$folder/log" 2>&1 || { cat "$folder/log"; fail "project"; }
-for program in "$folder"/project/client_*; do
-  says "$program"
-  case $program in */client_c*) needs_c_only "$program" ;; esac
-done
-ls "$folder"/project/client_* >/dev/null || fail "no client was built"
+# C and C++ by find_package, and with the sources.
+project() {  # folder, cmake arguments...
+  folder_of=$folder/$1
+  shift
+  "$cmake" -S "$project" -B "$folder_of" -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" "$@" \
+    >"$folder/log" 2>&1 && "$cmake" --build "$folder_of" >>"$folder/log" 2>&1 ||
+    { cat "$folder/log"; fail "project $*"; }
+  for program in "$folder_of"/client_*; do says "$program"; done
+}
+project installed -DCMAKE_PREFIX_PATH="$root"
+for program in "$folder"/installed/client_c*; do needs_c_only "$program"; done
+project guest -DSOURCES="$source"
+DESTDIR="$folder/nothing" "$cmake" --install "$folder/guest" >/dev/null
+[ ! -e "$folder/nothing" ] || fail "the guest installs itself"
 
 # Another major version is another library.
 ! "$cmake" -S "$project" -B "$folder/other" -DCMAKE_PREFIX_PATH="$root" \
   -DWANTED="$((${version%%.*} + 1)).0" >/dev/null 2>&1 || fail "a wrong version was accepted"
+
+# The folder of the sources keeps its Makefile.
+mkdir "$folder/sources"
+cp -r "$source/cmake" "$source/CMakeLists.txt" "$source/Makefile" "$folder/sources"
+! "$cmake" -S "$folder/sources" -B "$folder/sources" >"$folder/log" 2>&1 &&
+  grep -q 'no build folder' "$folder/log" && cmp -s "$source/Makefile" "$folder/sources/Makefile" ||
+  fail "built among the sources"

@@ -1,0 +1,18 @@
+# Makes those of the folders that are not there yet, for everybody to read whatever the umask of who
+# installs: CMake itself would leave them to the umask.
+foreach(folder ${folders})
+  if(NOT IS_ABSOLUTE "${folder}")
+    string(PREPEND folder "${CMAKE_INSTALL_PREFIX}/")
+  endif()
+  string(PREPEND folder "$ENV{DESTDIR}")
+  set(missing "")
+  set(above "${folder}")
+  while(NOT EXISTS "${above}")
+    list(APPEND missing "${above}")
+    get_filename_component(above "${above}" DIRECTORY)
+  endwhile()
+  file(MAKE_DIRECTORY "${folder}")
+  if(missing)
+    execute_process(COMMAND chmod 755 ${missing})
+  endif()
+endforeach()

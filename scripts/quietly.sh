@@ -1,0 +1,11 @@
+#!/bin/sh
+# Runs a command with its output in a log; the end of it is shown when the command fails.
+# usage: quietly.sh LOG COMMAND...
+set -eu
+log=$1
+shift
+"$@" >"$log" 2>&1 && exit 0
+status=$?
+grep -vE '^\[ *[0-9]+%\]|^-- ' "$log" | tail -n 60
+echo "FAILED with status $status: $*" >&2
+exit $status
