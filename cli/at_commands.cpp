@@ -62,7 +62,7 @@ std::vector<Block> blocks_of(AtMsg& frame) {
   }
 }
 
-Json json_of(const Block& block) {
+Json json_of_answer(const Block& block) {
   Json object = {{"result", result_name(block.type)}, {"payload", block.payload}};
   if (!block.name.empty()) object["name"] = block.name;
   return object;
@@ -155,7 +155,7 @@ void print_reports(Context& context, AtMsg frame, unsigned& left) {
   std::vector<Block> blocks = blocks_of(frame);
   if (blocks.empty()) blocks.push_back(unlisted(raw));
   for (const Block& block : blocks) {
-    context.print(context.json() ? line_of(json_of(block)) + "\n" : shown(block));
+    context.print(context.json() ? line_of(json_of_answer(block)) + "\n" : shown(block));
     if (left > 0 && --left == 0) return;
   }
 }
@@ -186,7 +186,7 @@ void run_at(Context& context) {
     bool ok = false;
     for (const Block& block : blocks) {
       ok = block.type == AT_RES_OK || block.type == AT_RES_PROMPT;
-      answers.push_back(json_of(block));
+      answers.push_back(json_of_answer(block));
       text += shown(block);
     }
     results.push_back({{"command", line}, {"answers", answers}});

@@ -28,7 +28,7 @@ class Context {
 
   // Writes all of `text` to standard output. Throws Failure.
   void print(std::string_view text) const;
-  void warn(const std::string& text) { say_warning(text, json()); }
+  void warn(const std::string& text) const { say_warning(text, json()); }
   // Says what could not be read; the command then ends with the class "refused".
   void warn_unreadable(const Reading& reading);
   // A part of the job failed; the exit status is the first one's.

@@ -5,11 +5,11 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <sstream>
+#include <system_error>
 
 #include "cli/context.h"
 #include "cli/failure.h"
@@ -35,7 +35,8 @@ Format wanted_format(const Arguments& arguments) {
 }
 
 [[noreturn]] void fail_on_file(const std::string& path, const char* what) {
-  throw Failure(Cause::kBadInput, path + " " + what + ": " + std::strerror(errno));
+  throw Failure(Cause::kBadInput,
+                path + " " + what + ": " + std::generic_category().message(errno));
 }
 
 // An earlier export stays whole until the new one is.

@@ -33,7 +33,7 @@ class Planner {
     for (const Record& record : added) find_place(record);
     if (rules_.replace) {
       for (const auto& [index, contact] : stored_) {
-        if (claimed_.count(index) == 0) plan_.deletes.push_back(index);
+        if (!claimed_.contains(index)) plan_.deletes.push_back(index);
       }
     }
     return std::move(plan_);
@@ -78,7 +78,7 @@ class Planner {
       ++plan_.unchanged;
       return;
     }
-    const bool hidden = unreadable_.count(index) != 0;
+    const bool hidden = unreadable_.contains(index);
     const std::string label = occupied ? label_of(occupant->second)
                               : hidden ? "a contact that cannot be read"
                                        : "";
@@ -125,8 +125,8 @@ class Planner {
   // does not keep.
   int free_index() {
     for (; next_free_ <= book_.info().last; ++next_free_) {
-      if (claimed_.count(next_free_) == 0 && unreadable_.count(next_free_) == 0 &&
-          (rules_.replace || stored_.count(next_free_) == 0)) {
+      if (!claimed_.contains(next_free_) && !unreadable_.contains(next_free_) &&
+          (rules_.replace || !stored_.contains(next_free_))) {
         return next_free_++;
       }
     }

@@ -34,8 +34,9 @@ void read_line(const std::string& text, int line, FileContents& contents) {
   Record record;
   record.line = line;
   for (const auto& [key, value] : object.items()) {
+    const std::string label = "\"" + key + "\" ";
     const std::string wrong = read_member(key, value, record.contact);
-    if (!wrong.empty()) contents.problems.push_back({line, "\"" + key + "\" " + wrong});
+    if (!wrong.empty()) contents.problems.push_back({line, label + wrong});
   }
   contents.records.push_back(std::move(record));
 }

@@ -1,7 +1,8 @@
 // vCard 3.0 (RFC 2426) and 4.0 (RFC 6350), as address books write them; written as 4.0.
 //
-// A name (FN, else N), telephone numbers (TEL), an address (EMAIL) and a note (NOTE) are taken; the
-// preferred number comes first.
+// A name (FN, else N), telephone numbers (TEL), an address (EMAIL) and a note (NOTE) are taken. A
+// number whose parameters mention PREF comes before those read so far, whatever its rank: of
+// several such the last comes first.
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -77,8 +78,8 @@ std::vector<std::string> components(const std::string& value) {
     } else if (c != '\\' || i + 1 == value.size()) {
       parts.back() += c;
     } else {
-      const char escaped = value[++i];
-      parts.back() += escaped == 'n' || escaped == 'N' ? '\n' : escaped;
+      const char meant = value[++i];
+      parts.back() += meant == 'n' || meant == 'N' ? '\n' : meant;
     }
   }
   return parts;
@@ -227,7 +228,7 @@ std::string escaped(const std::string& text) {
 }
 
 // A content line, folded between characters.
-std::string folded(const std::string& line) {
+std::string folded_line(const std::string& line) {
   std::string result;
   size_t length = 0;
   for (size_t i = 0; i < line.size();) {
@@ -264,12 +265,12 @@ FileContents read_vcards(const std::string& text) {
 std::string write_vcards(const std::vector<Contact>& contacts) {
   std::string text;
   for (const Contact& contact : contacts) {
-    text += "BEGIN:VCARD\r\nVERSION:4.0\r\n" + folded("FN:" + escaped(contact.name));
+    text += "BEGIN:VCARD\r\nVERSION:4.0\r\n" + folded_line("FN:" + escaped(contact.name));
     for (const std::string& number : {contact.number, contact.number2, contact.number3}) {
-      if (!number.empty()) text += folded("TEL:" + escaped(number));
+      if (!number.empty()) text += folded_line("TEL:" + escaped(number));
     }
-    if (!contact.email.empty()) text += folded("EMAIL:" + escaped(contact.email));
-    if (!contact.extra.empty()) text += folded("NOTE:" + escaped(contact.extra));
+    if (!contact.email.empty()) text += folded_line("EMAIL:" + escaped(contact.email));
+    if (!contact.extra.empty()) text += folded_line("NOTE:" + escaped(contact.extra));
     text += "END:VCARD\r\n";
   }
   return text;

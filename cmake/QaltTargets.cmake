@@ -91,16 +91,25 @@ function(qalt_configure_installed target)
   qalt_harden(${target})
 endfunction()
 
-# qalt_add_test(name SOURCES a.cpp... LIBRARIES x... [THREADED])
+# qalt_add_test(name SOURCES a.cpp... LIBRARIES x... [THREADED] [FAST])
 # A GoogleTest program, each of its tests a test of ctest. THREADED ones run under ThreadSanitizer.
+# Compiling takes longer than running: optimised are only the few, FAST, that compute.
 function(qalt_add_test name)
-  cmake_parse_arguments(arg "THREADED" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(arg "THREADED;FAST" "" "SOURCES;LIBRARIES" ${ARGN})
   if(QALT_SANITIZE STREQUAL "thread" AND NOT arg_THREADED)
     return()
   endif()
   add_executable(${name} ${arg_SOURCES})
   qalt_configure_program(${name})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} qalt_at GTest::gtest_main)
+  if(NOT arg_FAST)
+    qalt_configure_quick_build(${name})
+    target_precompile_headers(${name} REUSE_FROM test_headers)
+  endif()
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT 120 LABELS "$<IF:$<BOOL:${arg_THREADED}>,threaded,plain>")
+endfunction()
+
+function(qalt_configure_quick_build target)
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O0>)
 endfunction()

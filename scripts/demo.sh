@@ -7,7 +7,11 @@ build=$1
 profile=${2:-standard}
 folder=$(mktemp -d)
 server=
-trap 'status=$?; [ -z "$server" ] || kill "$server" 2>/dev/null || true; rm -rf "$folder"; exit $status' EXIT
+clean_up() {
+  [ -z "$server" ] || kill "$server" 2>/dev/null || true
+  rm -rf "$folder"
+}
+trap clean_up EXIT
 trap 'exit 130' INT TERM
 
 # The server says "ready" through the pipe once it listens; it refuses to start where another AT

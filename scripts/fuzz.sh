@@ -11,6 +11,7 @@ seconds=${FUZZ_SECONDS:-60}
 cmake --preset fuzz >/dev/null
 cmake --build $build -j "$(nproc)"
 
+# shellcheck disable=SC2046
 [ $# -ne 0 ] || set -- $(ls tests/fuzz/corpus)
 for target; do
   found=$build/found/$target

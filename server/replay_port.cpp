@@ -8,7 +8,11 @@
 
 namespace qalt::server {
 
+namespace {
+
 using Kind = at::TranscriptEntry::Kind;
+
+}  // namespace
 
 ReplayPort::ReplayPort(asio::io_context& context, const std::string& path)
     : context_(context), path_(path) {

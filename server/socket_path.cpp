@@ -41,7 +41,7 @@ int new_socket() {
 
 gid_t group_id(const std::string& name) {
   if (name.find_first_not_of("0123456789") == name.npos) return gid_t(std::stoul(name));
-  const group* entry = ::getgrnam(name.c_str());
+  const group* entry = ::getgrnam(name.c_str());  // NOLINT: at the start there is one thread
   if (entry == nullptr) fail("there is no group '" + name + "'");
   return entry->gr_gid;
 }

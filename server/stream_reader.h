@@ -4,9 +4,11 @@
 // or an information line of the answer. Quotes do not matter here: only a line that is a final
 // result ends an answer, so an odd quote in a stored name hides nothing.
 //
-// What holds for any input: memory is bounded by the longest answer and the longest line, every
-// byte is looked at a bounded number of times, and the events do not depend on how the bytes were
-// cut into pieces.
+// What holds for any input: memory is bounded by the longest answer and the longest line, and every
+// byte is looked at a bounded number of times. The events depend on how the bytes were cut into
+// pieces in two cases only: a "> " at the beginning of a line is the modem's prompt when nothing
+// stands behind it yet, so a cut there makes a prompt of a line that begins so; and of a line longer
+// than two of the longest answers some bytes are left out, which ones depends on the cuts.
 #ifndef QALT_SERVER_STREAM_READER_H_
 #define QALT_SERVER_STREAM_READER_H_
 

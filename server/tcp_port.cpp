@@ -12,13 +12,14 @@ void TcpPort::open() {
   timer_.async_wait([this, session = session_](const asio::error_code& error) {
     if (!error && session == session_) fail("no connection in time");
   });
-  resolver_.async_resolve(address_.host, address_.port,
-                          [this, session = session_](const asio::error_code& error,
-                                                     asio::ip::tcp::resolver::results_type found) {
-                            if (session != session_) return;
-                            if (error) return fail(error.message());
-                            connect(found);
-                          });
+  resolver_.async_resolve(
+      address_.host, address_.port,
+      [this, session = session_](const asio::error_code& error,
+                                 const asio::ip::tcp::resolver::results_type& found) {
+        if (session != session_) return;
+        if (error) return fail(error.message());
+        connect(found);
+      });
 }
 
 void TcpPort::connect(const asio::ip::tcp::resolver::results_type& endpoints) {

@@ -7,7 +7,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <optional>
 #include <system_error>
@@ -32,9 +32,10 @@ constexpr std::array<Speed, 10> kSpeeds = {{{1200, B1200},
                                             {921600, B921600}}};
 
 const Speed* find_speed(unsigned baud) {
-  const auto found = std::find_if(kSpeeds.begin(), kSpeeds.end(),
-                                  [&](const Speed& speed) { return speed.baud == baud; });
-  return found == kSpeeds.end() ? nullptr : &*found;
+  for (const Speed& speed : kSpeeds) {
+    if (speed.baud == baud) return &speed;
+  }
+  return nullptr;
 }
 
 // Raw, without modem control lines: a modem without carrier is read and written all the same.

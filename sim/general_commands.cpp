@@ -61,7 +61,7 @@ Reply reset(State& state, const at::Command&) {
 }
 
 Reply echo(State& state, const at::Command& command) {
-  if (command.arguments != "" && command.arguments != "0" && command.arguments != "1") {
+  if (!command.arguments.empty() && command.arguments != "0" && command.arguments != "1") {
     return Reply::Final::kError;
   }
   state.echo = command.arguments == "1";
@@ -82,7 +82,7 @@ Reply message(State&, const at::Command&) {
 }
 
 // clang-format off
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kGeneralRows[] = {
     {"E",      kExecutes,           kNoTraits, echo},
     {"Z",      kExecutes,           kNoTraits, reset},
     {"&F",     kExecutes,           kNoTraits, reset},
@@ -121,7 +121,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> general_commands() {
-  return kRows;
+  return kGeneralRows;
 }
 
 }  // namespace qalt::sim

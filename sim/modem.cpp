@@ -7,7 +7,7 @@ namespace {
 
 constexpr size_t kLongestLine = 2048;
 constexpr char kCtrlZ = '\x1A';
-constexpr char kEscape = '\x1B';
+constexpr char kEsc = '\x1B';
 
 // The V.250 frame around an information text or a result: "\r\n" on both sides.
 std::string framed(std::string_view text) {
@@ -31,7 +31,7 @@ Modem::Modem(Config config)
 void Modem::receive(std::string_view bytes) {
   for (char c : bytes) {
     if (prompting_) {
-      if (c == kCtrlZ || c == kEscape) finish_prompt(c == kCtrlZ);
+      if (c == kCtrlZ || c == kEsc) finish_prompt(c == kCtrlZ);
       continue;
     }
     if (c == '\r') {

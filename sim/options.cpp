@@ -1,33 +1,40 @@
 #include "sim/options.h"
 
-#include <map>
+#include <array>
+#include <string_view>
+#include <utility>
 
 #include "sim/contacts_file.h"
 
 namespace qalt::sim {
 namespace {
 
-const std::map<std::string, Profile> kProfiles = {{"standard", Profile::kStandard},
-                                                  {"vendor", Profile::kVendor},
-                                                  {"vendor-usim", Profile::kVendorUsim},
-                                                  {"scpbr", Profile::kScpbr}};
-const std::map<std::string, EmptyAnswer> kEmptyAnswers = {
-    {"ok", EmptyAnswer::kOk}, {"22", EmptyAnswer::kNotFound}, {"error", EmptyAnswer::kError}};
+template <typename T>
+using Choice = std::pair<std::string_view, T>;
+
+constexpr std::array<Choice<Profile>, 4> kProfiles = {{{"scpbr", Profile::kScpbr},
+                                                       {"standard", Profile::kStandard},
+                                                       {"vendor", Profile::kVendor},
+                                                       {"vendor-usim", Profile::kVendorUsim}}};
+constexpr std::array<Choice<EmptyAnswer>, 3> kEmptyAnswers = {
+    {{"22", EmptyAnswer::kNotFound}, {"error", EmptyAnswer::kError}, {"ok", EmptyAnswer::kOk}}};
 
 // An option with one of several names as its value; the help lists the names, not the numbers.
-template <typename T>
+template <typename T, size_t kCount>
 void add_choice(CLI::App& app, const std::string& name, T& value,
-                const std::map<std::string, T>& choices, const std::string& help) {
+                const std::array<Choice<T>, kCount>& choices, const std::string& help) {
   std::string names;
-  for (const auto& [choice, unused] : choices) names += (names.empty() ? "" : "|") + choice;
+  for (const auto& [choice, unused] : choices)
+    names.append(names.empty() ? "" : "|").append(choice);
   app.add_option_function<std::string>(
          name,
          [&value, &choices, name, names](const std::string& given) {
-           const auto found = choices.find(given);
-           if (found == choices.end()) {
-             throw CLI::ValidationError(name, "'" + given + "' is none of " + names);
+           for (const auto& [choice, meaning] : choices) {
+             if (choice != given) continue;
+             value = meaning;
+             return;
            }
-           value = found->second;
+           throw CLI::ValidationError(name, "'" + given + "' is none of " + names);
          },
          help)
       ->type_name(names)

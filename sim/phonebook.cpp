@@ -6,13 +6,13 @@ namespace qalt::sim {
 
 int Storage::used() const {
   return int(std::count_if(places_.begin(), places_.end(),
-                           [](const auto& place) { return place.has_value(); }));
+                           [](const auto& contact) { return contact.has_value(); }));
 }
 
 const Contact* Storage::find(int index) const {
   if (!contains(index)) return nullptr;
-  const auto& place = places_[size_t(index - first_)];
-  return place ? &*place : nullptr;
+  const auto& contact = places_[size_t(index - first_)];
+  return contact ? &*contact : nullptr;
 }
 
 std::optional<int> Storage::first_free() const {

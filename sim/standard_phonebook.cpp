@@ -104,7 +104,7 @@ Reply character_set(State& state, const at::Command& command) {
 }
 
 // clang-format off
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kStandardRows[] = {
     {"+CPBS", kSets | kQueries | kTests, kUsesStorage,                 select_storage},
     {"+CPBR", kSets | kTests,            kUsesStorage | kReadsEntries, read_entries},
     {"+CPBW", kSets | kTests,            kUsesStorage,                 write_entry},
@@ -115,7 +115,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> standard_phonebook_commands() {
-  return kRows;
+  return kStandardRows;
 }
 
 std::optional<int> to_int(std::string_view digits) {
@@ -179,7 +179,7 @@ Reply check_number(const State& state, std::string_view number) {
 Reply store(State& state, std::string_view index_text, Contact contact) {
   Storage& storage = state.selected();
   for (const std::string& number : {contact.number, contact.number2, contact.number3}) {
-    const Reply checked = check_number(state, number);
+    Reply checked = check_number(state, number);
     if (checked.final != Reply::Final::kOk) return checked;
   }
   auto index = to_int(index_text);

@@ -45,7 +45,7 @@ Reply read_item(const std::string& wire, Text& text) {
 Reply store_checked(State& state, const std::string& index, Contact contact,
                     const std::string& name, const std::string& extra) {
   for (const auto& [wire, text] : {std::pair(&name, &contact.name), {&extra, &contact.extra}}) {
-    const Reply checked = read_item(*wire, *text);
+    Reply checked = read_item(*wire, *text);
     if (checked.final != Reply::Final::kOk) return checked;
   }
   if (contact.email.size() > kEmailLength) return CmeError::kTextTooLong;
@@ -117,7 +117,7 @@ Reply card_mode(State& state, const at::Command&) {
 }
 
 // clang-format off
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kVendorRows[] = {
     {"+JCPBR",    kSets | kTests, kUsesStorage | kReadsEntries | kVendorOnly, jcpbr},
     {"+JCPBW",    kSets,          kUsesStorage | kVendorOnly,                 jcpbw},
     {"+JUSIM",    kTests,         kVendorOnly,                                jusim},
@@ -131,7 +131,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> vendor_phonebook_commands() {
-  return kRows;
+  return kVendorRows;
 }
 
 }  // namespace qalt::sim

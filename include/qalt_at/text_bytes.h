@@ -13,7 +13,7 @@
  *     Hex text is NUL-terminated, two digits a byte, written in upper case.
  *  4. Threads. Every function may run in any number of threads at once.
  *  5. Stack. Under 1 KB. Only CODE_SerializeNumbers allocates: a work copy, freed before it
- *  5. returns.
+ *     returns.
  */
 #ifndef QALT_AT_TEXT_BYTES_H
 #define QALT_AT_TEXT_BYTES_H

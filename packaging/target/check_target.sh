@@ -58,7 +58,7 @@ stage() {
       log=$store/$1.log
       : >"$log"
       quietly "$log" ctest --test-dir "$store/small-$1" --output-on-failure --no-tests=error -V
-      sed -n 's/^1: \(.* calls .*
+      sed -n 's/^1: \(.* calls .*\)/   \1/p' "$log"
       ;;
     suite-build)
       build_googletest

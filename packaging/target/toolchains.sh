@@ -8,7 +8,7 @@ here=$(realpath "$(dirname "$0")")
 store=$here/../../build/target
 mkdir -p "$store"
 store=$(realpath "$store")
-arm=arm-linux-gnueabi
+arm='arm-linux-gnueabi'
 
 # Makes a sysroot unless it is there; its folder's name appears only when it is whole.
 sysroot() {  # script

@@ -21,8 +21,8 @@ set_option() {  # name, line
   echo "$2" >>.config
 }
 text() { set_option "$1" "$1=\"$2\""; }
-on() { for name in $*; do set_option "$name" "$name=y"; done; }
-off() { for name in $*; do set_option "$name" "# $name is not set"; done; }
+on() { for name; do set_option "$name" "$name=y"; done; }
+off() { for name; do set_option "$name" "# $name is not set"; done; }
 
 text KERNEL_HEADERS "$work/kernel"
 text CROSS_COMPILER_PREFIX "$triplet-"

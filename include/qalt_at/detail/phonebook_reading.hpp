@@ -131,7 +131,7 @@ inline Error Phonebook::wrong_index(int index) const {
               std::to_string(info_.last)};
 }
 
-inline void Phonebook::remember(const detail::WireContact& wire) const {
+inline void Phonebook::remember(const detail::WireContact& wire) {
   if (const auto item = detail::item_of(wire)) {
     PBB_WritePB(&*item);
   } else {
@@ -201,8 +201,8 @@ inline Result<Info> Phonebook::counts() {
   if (!answer.ok()) return detail::failure(answer, "count the entries");
   const auto values = detail::split_outside_quotes(answer.payload, ",");
   if (values.size() >= 3) {
-    info_.used = std::atoi(values[1].c_str());
-    info_.total = std::atoi(values[2].c_str());
+    info_.used = static_cast<int>(std::strtol(values[1].c_str(), nullptr, 10));
+    info_.total = static_cast<int>(std::strtol(values[2].c_str(), nullptr, 10));
   }
   return info_;
 }

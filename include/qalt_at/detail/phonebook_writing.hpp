@@ -104,16 +104,16 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
                      " was written and cannot be read back: " + stored->unreadable.front().why,
                  ""};
   }
-  Contact read;
+  Contact found;
   if (!stored->contacts.empty()) {
     remember(stored->contacts.begin()->second);
-    read = *detail::contact_of(stored->contacts.begin()->second, form);
+    found = *detail::contact_of(stored->contacts.begin()->second, form);
   }
-  if (same_fields(*written, read)) return read;
+  if (same_fields(*written, found)) return found;
   if (unknown) return detail::failure(answer, place);
   return Error{Cause::kDiffers,
                "index " + std::to_string(wire.index) +
-                   " is not stored as written: " + detail::difference(*written, read),
+                   " is not stored as written: " + detail::difference(*written, found),
                "the modem said OK all the same; look at the entry before trying again"};
 }
 
@@ -122,6 +122,7 @@ inline Result<int> Phonebook::free_index(int wanted) {
   if (!reading) return reading.error();
   /* An index that could not be read may hold a contact. */
   for (const Unreadable& gap : reading->unreadable) reading->contacts[gap.index] = {};
+  /* NOLINTNEXTLINE(readability-container-contains): C++17 has none. */
   const auto is_free = [&](int index) { return reading->contacts.count(index) == 0; };
   if (wanted != kNoIndex) {
     if (is_free(wanted)) return wanted;

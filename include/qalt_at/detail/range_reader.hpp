@@ -1,9 +1,12 @@
 /*
  * range_reader.hpp - reads a range of contacts in steps that the modem and the answer frame take.
  *
- * A step that fails is halved down to single indices, so one bad entry costs only itself. Whatever
- * cannot be told is reported, never guessed: an index that did not give its contact away is either
- * known to be empty or named as unreadable.
+ * A step that fails is halved down to single indices, so one bad entry costs only itself; three
+ * commands in a row without an answer end the reading. An index that gave no contact is named as
+ * unreadable, or taken for empty: where its step was answered with OK and no contact or with "not
+ * found", where it said "invalid index", and where it says ERROR alone although asked again. For the
+ * last the modem's count decides: if fewer contacts were found than it counts, all such indices are
+ * unreadable. A count that is too low, or none, hides a contact behind ERROR.
  */
 #ifndef QALT_AT_DETAIL_RANGE_READER_HPP
 #define QALT_AT_DETAIL_RANGE_READER_HPP
@@ -232,7 +235,7 @@ class RangeReader {
     }
   }
 
-  Error lost(const Answer& answer) const { return failure(answer, "read the phonebook"); }
+  static Error lost(const Answer& answer) { return failure(answer, "read the phonebook"); }
   static Error interrupted(int index) {
     return {Cause::kInterrupted, "interrupted before index " + std::to_string(index) + " was read",
             ""};

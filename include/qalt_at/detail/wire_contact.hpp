@@ -168,7 +168,7 @@ inline std::optional<WireContact> read_answer_line(Family family, const std::str
       if (plain && value == std::to_string(PB_TYPE_INTERNATIONAL)) number->insert(0, 1, '+');
       if (value == "0") number->clear();
     } else if (parameter == kCoding) {
-      contact.coding = std::atoi(value.c_str());
+      contact.coding = static_cast<int>(std::strtol(value.c_str(), nullptr, 10));
     } else if (parameter != kSkip) {
       number = &contact.fields[static_cast<size_t>(parameter)];
       *number = value;
