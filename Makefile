@@ -10,6 +10,7 @@
 #   make lint    static analysers over the library
 #   make coverage  which lines and branches of the library the tests reach
 #   make check-target  the tests on ARM with glibc, uClibc and musl, footprint, binary interface
+#   make footprint  writes docs/FOOTPRINT.md: sizes and stacks on each target
 #   make deb     Debian packages, installed, tried and removed
 #   make docs    the reference of the headers, as HTML
 #   make bench   times beside those of peers, stack marks and sizes
@@ -19,7 +20,7 @@ PROFILE ?= standard
 MINUTES ?= 1
 MAKEFLAGS += --no-print-directory
 
-.PHONY: all install demo check check-all check-long soak fuzz lint coverage check-target deb docs bench format clean
+.PHONY: all install demo check check-all check-long soak fuzz lint coverage check-target footprint deb docs bench format clean
 
 all:
 	@scripts/setup.sh --only-check build
@@ -71,12 +72,16 @@ check-target:
 	scripts/footprint.sh --check
 	scripts/check_abi.sh
 
+footprint:
+	scripts/setup.sh target
+	scripts/footprint.sh
+
 deb:
 	scripts/setup.sh deb
 	scripts/deb.sh --check
 
 docs:
-	scripts/setup.sh target
+	scripts/setup.sh docs
 	scripts/docs.sh
 
 bench:
