@@ -38,7 +38,9 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ${QALT_TOP_LEVEL})
 # Each source has names of its own in its unnamed namespace: kRows, kAlphabet, kLogModule.
 set(CMAKE_UNITY_BUILD OFF)
 # The removed run path of an installed program leaves a gap of its length: the same in every folder.
-set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+if(NOT DEFINED CMAKE_BUILD_RPATH_USE_ORIGIN)
+  set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+endif()
 
 include(GNUInstallDirs)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME tools)
