@@ -66,6 +66,7 @@ function(qalt_configure_library target)
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON
     LINKER_LANGUAGE C
+    UNITY_BUILD OFF  # each source names the module that it logs under
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
   set(map ${PROJECT_SOURCE_DIR}/cmake/libqalt_at.map)

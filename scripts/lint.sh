@@ -25,8 +25,10 @@ echo "$library" | tidy build/lint
 # a transcript be written (nothing depends on it), and what main lets through (it ends the program).
 echo "== clang-tidy, programs"
 cmake --preset lint-programs >/dev/null
-(cd build/lint-programs && find at sim server cli -name 'unity_*_cxx.cxx') |
-  sed 's,^,build/lint-programs/,' | tidy build/lint-programs \
+unities=$(cd build/lint-programs && find at sim server cli -name 'unity_*_cxx.cxx' |
+  sed 's,^,build/lint-programs/,')
+[ -n "$unities" ] || { echo "FAILED: no sources of the programs" >&2; exit 1; }
+echo "$unities" | tidy build/lint-programs \
     --checks=-bugprone-suspicious-include,-cert-err33-c,-bugprone-exception-escape
 
 # It does not know the logging macro's __VA_OPT__, nor the immediately called lambdas of one table.
