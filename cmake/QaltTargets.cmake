@@ -65,6 +65,7 @@ function(qalt_configure_library target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON
+    UNITY_BUILD OFF  # kLogModule, kAlphabet: each source has its own
     LINKER_LANGUAGE C
     UNITY_BUILD OFF  # each source names the module that it logs under
     VERSION ${PROJECT_VERSION}
