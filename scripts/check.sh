@@ -11,7 +11,7 @@ echo "building (log: $build/build.log)"
 scripts/quietly.sh $build/build.log cmake --build $build -j "$(nproc)" -- --no-print-directory
 
 failed=0
-ctest --test-dir $build --output-on-failure --no-tests=error -j "$(nproc)" >$build/tests.log 2>&1 ||
+ctest --preset check -j "$(nproc)" >$build/tests.log 2>&1 ||
   failed=$?
 cat $build/tests.log
 

@@ -19,7 +19,7 @@ packages_of() {  # goal
     build | demo) echo "$build" ;;
     tests) echo "$tests" ;;
     format) echo "git clang-format-14" ;;
-    lint) echo "$build clang-14 clang-tidy-14 cppcheck" ;;
+    lint) echo "$build clang-14 clang-tidy-14 cppcheck shellcheck" ;;
     docs) echo "g++ gcc doxygen mandoc" ;;
     target) echo "$tests $cross qemu-user uclibc-source xz-utils musl-tools googletest" ;;
     abi) echo "$cross abigail-tools" ;;
