@@ -67,7 +67,6 @@ function(qalt_configure_library target)
     POSITION_INDEPENDENT_CODE ON
     UNITY_BUILD OFF  # kLogModule, kAlphabet: each source has its own
     LINKER_LANGUAGE C
-    UNITY_BUILD OFF  # each source names the module that it logs under
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
   set(map ${PROJECT_SOURCE_DIR}/cmake/libqalt_at.map)
