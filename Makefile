@@ -7,7 +7,7 @@
 #   make check-long  more of the same: LENGTH=8 for longer texts, REPEAT=1000 for more runs
 #   make soak    clients, server and modem under faults: MINUTES=1, SEED=n for the same run again
 #   make fuzz    every fuzz target for FUZZ_SECONDS=60
-#   make lint    static analysers over the library
+#   make lint    static analysers
 #   make coverage  which lines and branches of the library the tests reach
 #   make check-target  the tests on ARM with glibc, uClibc and musl, footprint, binary interface
 #   make footprint  writes docs/FOOTPRINT.md: sizes and stacks on each target
