@@ -45,10 +45,12 @@ for way in shared static; do
   [ $way = static ] || [ -e "$lib/libqalt_at.so" ] || continue
   [ $way = shared ] || [ -e "$lib/libqalt_at.a" ] || continue
   option=$([ $way = static ] && echo --static || true)
-  # shellcheck disable=SC2046,SC2086
+  # It quotes blanks for a shell.
+  # shellcheck disable=SC2086
+  eval "set -- $(pkg-config $option --cflags --libs qalt_at)"
+  # shellcheck disable=SC2046
   "$cc" -std=c99 -pedantic -Wall -Wextra -Werror $([ $way = static ] && echo -static) \
-    "$project/client.c" -o "$folder/$way" $(pkg-config $option --cflags --libs qalt_at) ||
-    fail "C, $way"
+    "$project/client.c" -o "$folder/$way" "$@" || fail "C, $way"
   says "$folder/$way"
 done
 
