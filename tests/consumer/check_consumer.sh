@@ -7,7 +7,8 @@ set -eu
 export LC_ALL=C
 build=$1 source=$2 cmake=$3 cc=$4 cxx=$5
 project=$(realpath "$(dirname "$0")")/project
-folder=$(mktemp -d)
+# In a name without blanks: pkg-config loses them in a sysroot's.
+folder=$(TMPDIR=/tmp mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 fail() { echo "FAILED: $1"; exit 1; }
 
@@ -45,12 +46,10 @@ for way in shared static; do
   [ $way = static ] || [ -e "$lib/libqalt_at.so" ] || continue
   [ $way = shared ] || [ -e "$lib/libqalt_at.a" ] || continue
   option=$([ $way = static ] && echo --static || true)
-  # It quotes blanks for a shell.
-  # shellcheck disable=SC2086
-  eval "set -- $(pkg-config $option --cflags --libs qalt_at)"
-  # shellcheck disable=SC2046
+  # shellcheck disable=SC2046,SC2086
   "$cc" -std=c99 -pedantic -Wall -Wextra -Werror $([ $way = static ] && echo -static) \
-    "$project/client.c" -o "$folder/$way" "$@" || fail "C, $way"
+    "$project/client.c" -o "$folder/$way" $(pkg-config $option --cflags --libs qalt_at) ||
+    fail "C, $way"
   says "$folder/$way"
 done
 
