@@ -7,8 +7,8 @@
 // What holds for any input: memory is bounded by the longest answer and the longest line, and every
 // byte is looked at a bounded number of times. The events depend on how the bytes were cut into
 // pieces in two cases only: a "> " at the beginning of a line is the modem's prompt when nothing
-// stands behind it yet, so a cut there makes a prompt of a line that begins so; and of a line longer
-// than two of the longest answers some bytes are left out, which ones depends on the cuts.
+// stands behind it yet, so a cut there makes a prompt of a line that begins so; and of a line
+// longer than two of the longest answers some bytes are left out, which ones depends on the cuts.
 #ifndef QALT_SERVER_STREAM_READER_H_
 #define QALT_SERVER_STREAM_READER_H_
 

@@ -4,9 +4,9 @@
  * A step that fails is halved down to single indices, so one bad entry costs only itself; three
  * commands in a row without an answer end the reading. An index that gave no contact is named as
  * unreadable, or taken for empty: where its step was answered with OK and no contact or with "not
- * found", where it said "invalid index", and where it says ERROR alone although asked again. For the
- * last the modem's count decides: if fewer contacts were found than it counts, all such indices are
- * unreadable. A count that is too low, or none, hides a contact behind ERROR.
+ * found", where it said "invalid index", and where it says ERROR alone although asked again. For
+ * the last the modem's count decides: if fewer contacts were found than it counts, all such indices
+ * are unreadable. A count that is too low, or none, hides a contact behind ERROR.
  */
 #ifndef QALT_AT_DETAIL_RANGE_READER_HPP
 #define QALT_AT_DETAIL_RANGE_READER_HPP
