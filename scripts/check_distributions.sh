@@ -82,10 +82,12 @@ every_compiler() {
   # shellcheck disable=SC2086
   DEBIAN_FRONTEND=noninteractive apt-get install -qq --no-install-recommends $compilers >/dev/null
   failed=0
+  mkdir -p build
   for compiler in $compilers; do
     c=$(echo "$compiler" | sed 's/^g++/gcc/') cxx=$(echo "$compiler" | sed 's/^clang/clang++/')
     cmake -S . -B "build/$compiler" -DCMAKE_C_COMPILER="$c" -DCMAKE_CXX_COMPILER="$cxx" \
-      -DQALT_WERROR=ON -DQALT_BUILD_SOAK=ON -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null
+      -DBUILD_TESTING=ON -DQALT_WERROR=ON -DQALT_BUILD_SOAK=ON -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
+      -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >build/log 2>&1 || { cat build/log; fail "$compiler"; }
     for standard in 20 23; do
       # Each command of the build, up to where code would be made.
       sed -n 's/^ *"command": "\(.*\)",*$/\1/p' "build/$compiler/compile_commands.json" |
