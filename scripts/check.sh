@@ -8,7 +8,7 @@ mkdir -p $build
 
 scripts/quietly.sh $build/configure.log cmake --preset check
 echo "building (log: $build/build.log)"
-scripts/quietly.sh $build/build.log cmake --build $build -j "$(nproc)" -- --no-print-directory
+scripts/quietly.sh $build/build.log cmake --build $build -j "$(nproc)"
 
 failed=0
 ctest --preset check -j "$(nproc)" >$build/tests.log 2>&1 ||

@@ -22,13 +22,13 @@ targets        target         bench
 suite-arm      target         bench
 interface      abi            tests bench
 anywhere       tests          bench
-reproducible   build          tests bench
+reproducible   tests          tests bench
 distributions  distributions  bench
 "
 
 run_suite() {  # preset
   scripts/quietly.sh "build/$1.log" cmake --preset "$1"
-  scripts/quietly.sh "build/$1.log" cmake --build "build/$1" -j "$(nproc)" -- --no-print-directory
+  scripts/quietly.sh "build/$1.log" cmake --build "build/$1" -j "$(nproc)"
   ctest --preset "$1" -j "$(nproc)"
 }
 
