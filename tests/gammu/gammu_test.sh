@@ -16,7 +16,7 @@ if [ -z "${GAMMU_TEST_INSIDE:-}" ]; then
   done
 fi
 # The build may stand below /tmp, which is about to be replaced: run copies.
-library=$(ldd "$3" | awk '/libqalt_at/ {print $3}')
+library=$(ldd "$3" | sed -n 's/.*libqalt_at[^ ]* => \(.*\) (0x.*/\1/p')
 work=$GAMMU_TEST_INSIDE
 cp "$1" "$2" "$3" "$library" "$work"
 case $GAMMU_TEST_WAY in
