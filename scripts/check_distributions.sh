@@ -17,7 +17,7 @@ make_system() {  # release
   [ -z "$(find "$tar" -mtime -7 2>/dev/null)" ] || return 0
   rm -rf "$store/$1.packages"
   apt-config dump | grep -E '^Acquire::(Check|http|https|Retries)' >"$store/apt.conf" || true
-  mmdebstrap --variant=minbase --include=make,git --aptopt="$store/apt.conf" "$1" "$tar.new" \
+  mmdebstrap --format=tar --variant=minbase --include=make,git --aptopt="$store/apt.conf" "$1" "$tar.new" \
     "$(scripts/debian_archive.sh)"
   mv "$tar.new" "$tar"
 }
