@@ -76,7 +76,7 @@ coverage:
 	scripts/coverage.sh
 
 check-target:
-	scripts/setup.sh target
+	scripts/setup.sh target abi
 	packaging/target/check_target.sh
 	scripts/footprint.sh --check
 	scripts/check_abi.sh
@@ -98,7 +98,8 @@ bench:
 	cmake --preset bench >/dev/null
 	cmake --build --preset bench -j $$(nproc)
 	scripts/bench_phonebook.sh build/bench >build/bench/phonebook_rows
-	scripts/bench.sh build/bench build/bench/phonebook_rows | tee build/bench/PERFORMANCE.md
+	scripts/bench.sh build/bench build/bench/phonebook_rows >build/bench/PERFORMANCE.md
+	cat build/bench/PERFORMANCE.md
 
 format:
 	scripts/setup.sh format

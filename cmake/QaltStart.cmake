@@ -10,6 +10,6 @@ include(${CMAKE_CURRENT_LIST_DIR}/QaltVersion.cmake)
 
 # Part of another project, this one adds a library and leaves everything else as it is.
 string(COMPARE EQUAL "${CMAKE_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}" QALT_TOP_LEVEL)
-if(QALT_TOP_LEVEL)
+if(QALT_TOP_LEVEL AND NOT DEFINED CMAKE_USER_MAKE_RULES_OVERRIDE)
   set(CMAKE_USER_MAKE_RULES_OVERRIDE ${CMAKE_CURRENT_LIST_DIR}/QaltReleaseFlags.cmake)
 endif()

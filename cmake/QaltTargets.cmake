@@ -3,7 +3,7 @@
 # Whether nobody said which calls are checked: neither the flags nor a compiler that does so by itself
 # whenever it optimises. Checks need an optimising compiler.
 function(qalt_find_unfortified)
-  if(" ${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_RELEASE}" MATCHES "_FORTIFY_SOURCE| -O0")
+  if(" ${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_RELEASE} ${CMAKE_CXX_FLAGS_RELWITHDEBINFO}" MATCHES "_FORTIFY_SOURCE| -O0")
     set(QALT_UNFORTIFIED OFF PARENT_SCOPE)
     return()
   endif()
@@ -17,6 +17,10 @@ endfunction()
 include(CheckCXXSourceCompiles)
 qalt_find_unfortified()
 
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|i[3-6]86)$")
+  set(QALT_GUARDS_STACKS ON)
+endif()
+
 # Release builds stop at an overrun that nobody foresaw. The sanitizers find more, and know only the
 # plain functions; a toolchain that brings a level of its own keeps it.
 function(qalt_harden target)
@@ -26,7 +30,7 @@ function(qalt_harden target)
   set(release $<CONFIG:Release,RelWithDebInfo>)
   # Elsewhere, as on ARM, its guard is a datum of the loader, which the library would need beside the
   # C library: there it is left to the firmware's own options.
-  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|i[3-6]86)$")
+  if(QALT_GUARDS_STACKS)
     target_compile_options(${target} PRIVATE $<${release}:-fstack-protector-strong>)
   endif()
   if(QALT_UNFORTIFIED)
@@ -111,7 +115,7 @@ function(qalt_add_test name)
     target_precompile_headers(${name} REUSE_FROM test_headers)
   endif()
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 120 LABELS "$<IF:$<BOOL:${arg_THREADED}>,threaded,plain>")
+    PROPERTIES TIMEOUT 120)
 endfunction()
 
 function(qalt_configure_quick_build target)

@@ -1,4 +1,4 @@
-# Reads the project's version from the public header, its only home, into QALT_VERSION.
+# Reads the project's version from the public header, where it stands, into QALT_VERSION.
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS include/qalt_at/version.h)
 set(QALT_VERSION "")
 foreach(part MAJOR MINOR PATCH)

@@ -1,4 +1,4 @@
-// text.h - the bounded text helpers that every copy in the library goes through.
+// text.h - the bounded helpers that every copy of a terminated text goes through.
 #ifndef QALT_COMMON_TEXT_H_
 #define QALT_COMMON_TEXT_H_
 

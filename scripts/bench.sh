@@ -11,12 +11,19 @@ build=$1
 shift
 repetitions=${BENCH_REPETITIONS:-25}
 
-# The names of a program's benchmarks, then their medians, all sides interleaved in one run.
+# All sides of a program's works interleaved in one run. It ends when they do not agree, and so does
+# this.
+for program in septets_bench gsm_text_bench hex_bench link_bench parser_bench; do
+  scripts/quietly.sh "$build/$program.log" "$build/bench/$program" \
+    --benchmark_repetitions="$repetitions" --benchmark_min_time=0.02 \
+    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
+    --benchmark_out="$build/$program.csv" --benchmark_out_format=csv
+done
+
+# The names of a program's benchmarks, then their medians.
 measured() {
   "$build/bench/$1" --benchmark_list_tests
-  "$build/bench/$1" --benchmark_repetitions="$repetitions" --benchmark_min_time=0.02 \
-    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
-    --benchmark_format=csv 2>/dev/null | sed -n '/_median",/ { s/_median"//; s/"//g; p }'
+  sed -n '/_median",/ { s/_median"//; s/"//g; p }' "$build/$1.csv"
 }
 
 # Rows of the benchmarks "WORK/ours", "WORK/NAME OF A PEER" and "WORK/floor", in this order; ns an

@@ -4,6 +4,7 @@
 #        check_abi.sh --accept   writes new baselines; CONTRIBUTING.md says when that is right
 set -eu
 cd "$(dirname "$0")/.."
+case ${1:-} in '' | --accept) ;; *) sed -n 's/^# //p' "$0" >&2; exit 2 ;; esac
 failed=0
 for architecture in x86_64 arm; do
   folder=build/abi-$architecture

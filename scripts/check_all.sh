@@ -1,6 +1,7 @@
 #!/bin/sh
 # All that a change must pass, stage by stage, with a table of their times at the end.
-# usage: check_all.sh [STAGE...]   default: all, in the order of the table below
+# usage: check_all.sh [STAGE...]         default: all, in the order of the table below
+#        check_all.sh --but [STAGE...]   all but these
 #
 # A stage that passed is not run again while its files, the compiler and the system are the same;
 # FRESH=1 runs it all the same. One whose tools cannot be had here is left out, and says so. Logs are
@@ -19,16 +20,20 @@ docs           docs           tests bench
 asan           tests          bench
 tsan           tests          bench
 targets        target         bench
-suite-arm      target         bench
+build-arm      target         bench
 interface      abi            tests bench
 anywhere       tests          bench
 reproducible   tests          tests bench
 distributions  distributions  bench
 "
 
-run_suite() {  # preset
+build() {  # preset
   scripts/quietly.sh "build/$1.log" cmake --preset "$1"
   scripts/quietly.sh "build/$1.log" cmake --build "build/$1" -j "$(nproc)"
+}
+
+run_suite() {  # preset
+  build "$1"
   ctest --preset "$1" -j "$(nproc)"
 }
 
@@ -46,9 +51,13 @@ run_stage() {
     # The C program that calls every exported function runs on five C libraries, and measures its
     # stack there.
     targets) scripts/footprint.sh --check ;;
-    suite-arm) packaging/target/check_target.sh suite-build ;;
+    # It runs under make check-target.
+    build-arm) packaging/target/check_target.sh suite-build ;;
     interface) scripts/check_abi.sh ;;
-    anywhere) scripts/check_anywhere.sh ;;
+    anywhere)
+      build check
+      scripts/check_anywhere.sh
+      ;;
     reproducible) scripts/check_reproducible.sh ;;
     distributions) scripts/check_distributions.sh trixie ;;
   esac
@@ -61,7 +70,7 @@ state_of() {  # folders that it does not look at
   for folder; do excluded="$excluded :(exclude)$folder"; done
   # shellcheck disable=SC2086
   { set -f
-    git ls-files -z -co --exclude-standard -- . $excluded | xargs -0 sha256sum
+    scripts/tree_files.sh . $excluded | xargs -0 sh -c 'sha256sum "$@"; stat -c "%a %n" "$@"' -
     "${CXX:-c++}" --version
     uname -m
     cat /etc/os-release; } 2>/dev/null | sha256sum
@@ -80,10 +89,10 @@ one_stage() {  # name, set-up, folders that it does not look at
   fi
   rm -f "$passed"
   echo "== $name, from $(date +%H:%M:%S), log: $store/$name.log"
-  began=$(date +%s) status=0
+  stage_began=$(date +%s) status=0
   # A process of its own: only there a command that fails ends the stage.
   { scripts/setup.sh "$goal" && scripts/check_all.sh --stage "$name"; } >$store/"$name".log 2>&1 </dev/null || status=$?
-  took=$(($(date +%s) - began))
+  took=$(($(date +%s) - stage_began))
   case $status in
     0)
       echo "$state" >"$passed"
@@ -99,6 +108,8 @@ one_stage() {  # name, set-up, folders that it does not look at
 }
 
 [ "${1:-}" != --stage ] || { run_stage "$2"; exit; }
+but=
+[ "${1:-}" != --but ] || { but=yes; shift; }
 for wanted; do
   echo "$stages" | grep -q "^$wanted " ||
     { echo "check_all.sh: no stage $wanted; there are:" $(echo "$stages" | cut -d ' ' -f 1) >&2; exit 2; }
@@ -107,7 +118,10 @@ done
 began=$(date +%s)
 while read -r name rest; do
   [ -n "$name" ] || continue
-  [ $# -eq 0 ] || case " $* " in *" $name "*) ;; *) continue ;; esac
+  case " $* " in
+    *" $name "*) [ -z "$but" ] || continue ;;
+    *) [ -n "$but" ] || [ $# -eq 0 ] || continue ;;
+  esac
   # shellcheck disable=SC2086
   one_stage "$name" $rest
 done <<STAGES

@@ -103,7 +103,7 @@ in_path() {
   place="$PWD/build/any where Ελλάς/tree"
   rm -rf "$place"
   mkdir -p "$place"
-  git ls-files -z --cached --others --exclude-standard | tar --null --ignore-failed-read -T - -cf - |
+  scripts/tree_files.sh | tar --null -T - -cf - |
     tar -C "$place" -xf -
   scripts/quietly.sh "$place.log" cmake -S "$place" -B "$place/build/check" -DBUILD_TESTING=ON -DQALT_WERROR=ON \
     -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE=-O1

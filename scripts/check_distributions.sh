@@ -116,7 +116,7 @@ work=readme_commands
 in_namespaces true 2>/dev/null || { echo "skipped: no mount namespaces here" >&2; exit 77; }
 mkdir -p "$store"
 # The tree as it stands, without what git ignores.
-git ls-files -z --cached --others --exclude-standard | tar --null --ignore-failed-read -T - -cf "$store/tree.tar"
+scripts/tree_files.sh | tar --null -T - -cf "$store/tree.tar"
 failed=0
 for release; do
   echo "== $release"

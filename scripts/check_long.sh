@@ -14,10 +14,12 @@ cmake --build --preset long -j "$(nproc)"
 echo "== all texts of up to $length characters or words"
 QALT_EXHAUSTIVE_LENGTH=$length "$build/tests/exhaustive/exhaustive_test" --gtest_brief=1
 
-repeated() {  # program, test name prefix
+repeated() {  # program
   echo "== $1, $repeat times"
-  "$build/tests/$1" --gtest_brief=1 --gtest_repeat="$repeat" --gtest_break_on_failure |
-    grep -c 'PASSED' | sed 's/$/ runs passed/'
+  scripts/quietly.sh build/long.log "$build/tests/$1" --gtest_brief=1 --gtest_repeat="$repeat" \
+    --gtest_break_on_failure
+  [ "$(grep -c 'PASSED' build/long.log)" -eq "$repeat" ] ||
+    { echo "FAILED: not every run of $1 passed"; exit 1; }
 }
 repeated faults/faults_test
 repeated parser/parser_threads_test

@@ -29,6 +29,9 @@ build_row() {  # row cc cxx options arguments...
   [ ! -e "$folder/libqalt_at.so" ] || scripts/check_symbols.sh "$folder/libqalt_at.so"
 }
 
+for wanted; do
+  echo "$rows" | grep -q "^$wanted " || { echo "check_matrix.sh: there is no row $wanted" >&2; exit 2; }
+done
 echo "$rows" | while read -r row arguments; do
   [ -n "$row" ] || continue
   [ $# -eq 0 ] || echo " $* " | grep -q " $row " || continue

@@ -4,15 +4,18 @@
 set -eu
 export LC_ALL=C
 list=$(dirname "$0")/../packaging/abi/undefined_symbols.txt
-wanted=$(mktemp)
-trap 'rm -f "$wanted"' EXIT
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+wanted=$work/wanted
 grep -v '^#' "$list" | sort >"$wanted"
 
 for library; do
+  nm -D --undefined-only "$library" >"$wanted.symbols"
+  objdump -p "$library" >"$wanted.headers"
   # A C library's own spelling of a function counts as the function: __isoc99_sscanf, __memcpy_chk.
-  extra=$(nm -D --undefined-only "$library" | awk '{print $NF}' |
+  extra=$(awk '{print $NF}' "$wanted.symbols" |
     sed -E 's/@.*//; s/^__isoc[0-9]+_//; s/^__(.*)_chk$/\1/' | sort -u | comm -23 - "$wanted")
   [ -z "$extra" ] || { echo "$library asks for" $extra; exit 1; }
-  needed=$(objdump -p "$library" 2>/dev/null | awk '/NEEDED/ {print $2}' | grep -v '^libc\.so' || true)
+  needed=$(awk '/NEEDED/ {print $2}' "$wanted.headers" | grep -v '^libc\.so' || true)
   [ -z "$needed" ] || { echo "$library needs $needed"; exit 1; }
 done

@@ -92,7 +92,7 @@ TEXT
   table $(columns $sized)
   cat <<TEXT
 
-## Parts
+## Source files
 
 text, data and bss of each source file's object, as \`size\` counts them (text holds constants too).
 
@@ -128,7 +128,7 @@ for target in $marked; do
 done
 
 # Source files and functions; which constants become objects is the compiler's choice.
-rows() { sed -n '/^## Parts/,$ s/^| \(`[^|]*`\) |.*/\1/p' "$1" | sort; }
+rows() { sed -n '/^## Source files/,$ s/^| \(`[^|]*`\) |.*/\1/p' "$1" | sort; }
 if [ "${1:-}" = --check ]; then
   rows docs/FOOTPRINT.md >"$work/said"
   rows "$work/FOOTPRINT.md" | diff "$work/said" - ||

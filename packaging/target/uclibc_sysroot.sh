@@ -2,7 +2,7 @@
 # Builds uClibc for 32-bit little-endian ARM from the distribution's source package, with the
 # distribution's cross compiler. usage: uclibc_sysroot.sh OUT; OUT/usr/include and OUT/lib result.
 set -eu
-out=$1
+out=$(realpath -m "$1")
 triplet=arm-linux-gnueabi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

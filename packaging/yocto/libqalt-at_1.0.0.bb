@@ -19,4 +19,4 @@ EXTRA_OECMAKE = " \
 "
 
 PACKAGES =+ "${PN}-tools"
-FILES:${PN}-tools = "${bindir} ${sbindir}"
+FILES:${PN}-tools = "${bindir} ${sbindir} ${datadir}/bash-completion"

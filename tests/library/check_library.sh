@@ -1,5 +1,7 @@
 #!/bin/sh
-# usage: check_library.sh LIBRARY SOURCE_FOLDER CC CXX BUILD_TYPE
+# What a built library exports and needs, and whether each header stands alone.
+# usage: check_library.sh LIBRARY SOURCE_FOLDER CC CXX BUILD_TYPE HARDENING
+#   HARDENING  what a release build was given of: guarded-stacks checked-calls
 set -eu
 export LC_ALL=C
 library=$1 source=$2 cc=$3 cxx=$4
@@ -34,8 +36,13 @@ unbounded=$(nm -D --undefined-only "$library" | awk '{print $NF}' | sed 's/@.*//
 readelf -lW "$library" | grep -q GNU_RELRO && readelf -dW "$library" | grep -q BIND_NOW ||
   fail "not full RELRO"
 if [ "$5" = Release ]; then
-  nm -D --undefined-only "$library" | grep -q __stack_chk_fail || fail "no stack protector"
-  nm -D --undefined-only "$library" | grep -q '__.*_chk@' || fail "no checked calls"
+  nm -D --undefined-only "$library" >"$folder/asked"
+  for way in $6; do
+    case $way in
+      guarded-stacks) grep -q __stack_chk_fail "$folder/asked" || fail "no stack protector" ;;
+      checked-calls) grep -q '__.*_chk@' "$folder/asked" || fail "no checked calls" ;;
+    esac
+  done
   # The budget of the text section, as size counts it.
   text=$(size "$library" | awk 'NR == 2 {print $1}')
   [ "$text" -lt $((88 * 1024)) ] || fail "text of $text bytes"
