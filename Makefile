@@ -1,5 +1,6 @@
 # The goals a person uses; CMake does the building.
 #   make         the library and the programs, in build/default
+#   make install  DESTDIR=, PREFIX=/usr/local
 #   make demo    the library at work against a simulated modem
 #   make check   the tests of the release build
 #   make check-all  all that a change must pass, what CI runs: STAGES="lint asan" runs a few
@@ -9,26 +10,31 @@
 #   make lint    static analysers over the library
 #   make coverage  which lines and branches of the library the tests reach
 #   make check-target  the tests on ARM with glibc, uClibc and musl, footprint, binary interface
+#   make footprint  writes docs/FOOTPRINT.md: sizes and stacks on each target
 #   make deb     Debian packages, installed, tried and removed
 #   make docs    the reference of the headers, as HTML
 #   make bench   times beside those of peers, stack marks and sizes
 BUILD ?= build/default
+PREFIX ?= /usr/local
 PROFILE ?= standard
 MINUTES ?= 1
+MAKEFLAGS += --no-print-directory
 
-.PHONY: all demo check check-all check-long soak fuzz lint coverage check-target deb docs bench format clean
+.PHONY: all install demo check check-all check-long soak fuzz lint coverage check-target footprint deb docs bench format clean
 
 all:
-	scripts/setup.sh build
-	cmake -S . -B $(BUILD) -DQALT_BUILD_TESTS=OFF >/dev/null
-	cmake --build $(BUILD) -j $$(nproc) -- --no-print-directory
+	@scripts/setup.sh --only-check build
+	@cmake --preset default -B $(BUILD) -DCMAKE_INSTALL_PREFIX="$(PREFIX)" >/dev/null
+	cmake --build $(BUILD) -j $$(nproc)
+
+install: all
+	cmake --install $(BUILD)
 
 # Nobody measures a demonstration: without optimisation it is built in half the time.
 demo:
 	scripts/setup.sh build
-	cmake -S . -B build/demo -DQALT_BUILD_TESTS=OFF -DCMAKE_BUILD_TYPE=Release \
-	  -DCMAKE_CXX_FLAGS_RELEASE=-O0 >/dev/null
-	cmake --build build/demo -j $$(nproc) --target qalt-atd phonebook_demo -- --no-print-directory
+	cmake --preset demo >/dev/null
+	cmake --build --preset demo -j $$(nproc)
 	scripts/demo.sh build/demo $(PROFILE)
 
 check:
@@ -44,13 +50,13 @@ check-long:
 
 soak:
 	scripts/setup.sh build
-	cmake -S . -B build/soak -DQALT_BUILD_SOAK=ON -DQALT_BUILD_TESTS=OFF >/dev/null
-	cmake --build build/soak -j $$(nproc) --target soak -- --no-print-directory
-	build/soak/soak/soak --minutes $(MINUTES) $(if $(SEED),--seed $(SEED))
+	cmake --preset soak >/dev/null
+	cmake --build --preset soak -j $$(nproc)
+	build/soak/tests/soak/soak --minutes $(MINUTES) $(if $(SEED),--seed $(SEED))
 
 fuzz:
 	scripts/setup.sh fuzz
-	scripts/fuzz.sh build/fuzz
+	scripts/fuzz.sh
 
 lint:
 	scripts/setup.sh lint
@@ -66,18 +72,22 @@ check-target:
 	scripts/footprint.sh --check
 	scripts/check_abi.sh
 
-deb:
+footprint:
 	scripts/setup.sh target
+	scripts/footprint.sh
+
+deb:
+	scripts/setup.sh deb
 	scripts/deb.sh --check
 
 docs:
-	scripts/setup.sh target
+	scripts/setup.sh docs
 	scripts/docs.sh
 
 bench:
 	scripts/setup.sh bench
-	cmake -S . -B build/bench -DQALT_BUILD_BENCH=ON -DQALT_BUILD_TESTS=OFF >/dev/null
-	cmake --build build/bench -j $$(nproc) -- --no-print-directory
+	cmake --preset bench >/dev/null
+	cmake --build --preset bench -j $$(nproc)
 	scripts/bench_phonebook.sh build/bench >build/bench/phonebook_rows
 	scripts/bench.sh build/bench build/bench/phonebook_rows | tee build/bench/PERFORMANCE.md
 

@@ -9,7 +9,7 @@ length=${LENGTH:-7}
 repeat=${REPEAT:-100}
 
 cmake --preset long >/dev/null
-cmake --build --preset long -j "$(nproc)" -- --no-print-directory -s
+cmake --build --preset long -j "$(nproc)"
 
 echo "== all texts of up to $length characters or words"
 QALT_EXHAUSTIVE_LENGTH=$length "$build/tests/exhaustive/exhaustive_test" --gtest_brief=1

@@ -23,7 +23,7 @@ build_row() {  # row cc cxx options arguments...
   mkdir -p "$folder"
   { cmake --preset matrix -B "$folder" -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" \
       -DCMAKE_C_FLAGS="$options" -DCMAKE_CXX_FLAGS="$options" "$@" &&
-    cmake --build "$folder" -j "$(nproc)" -- --no-print-directory &&
+    cmake --build "$folder" -j "$(nproc)" &&
     ctest --test-dir "$folder" --output-on-failure --no-tests=error
   } >"$folder/log" 2>&1 || { grep -vE '^\[|^-- |: mark ' "$folder/log" | tail -n 60; return 1; }
   [ ! -e "$folder/libqalt_at.so" ] || scripts/check_symbols.sh "$folder/libqalt_at.so"

@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 
 build=build/coverage
 cmake --preset coverage >/dev/null
-cmake --build $build -j "$(nproc)" -- --no-print-directory >$build/log 2>&1 ||
+cmake --build $build -j "$(nproc)" >$build/log 2>&1 ||
   { tail -n 40 $build/log; exit 1; }
 find $build -name '*.gcda' -delete
 # The built library itself is looked at in a build of its own.

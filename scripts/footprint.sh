@@ -1,8 +1,10 @@
 #!/bin/sh
-# Measures what the library costs on each target and writes docs/FOOTPRINT.md.
-# usage: footprint.sh           builds, measures, writes
-#        footprint.sh --check   builds, measures, fails when a budget is exceeded or the document is
-#                               more than a twentieth off
+# What the library costs on each target, in docs/FOOTPRINT.md.
+# usage: footprint.sh           builds, measures, writes the document: make footprint
+#        footprint.sh --check   builds, measures, fails when a budget is exceeded or the document has
+#                               not the rows that there are now
+# The figures themselves are not compared: they vary with the compiler's release, and stacks with the
+# processor, whose vector registers the dynamic linker saves on the caller's stack.
 set -eu
 export LC_ALL=C
 cd "$(dirname "$0")/.."
@@ -58,8 +60,9 @@ text=$(section $store/small-arm-glibc/libqalt_at.so .text)
   cat <<TEXT
 # What the library costs
 
-Written by \`scripts/footprint.sh\`, checked by \`scripts/footprint.sh --check\`. All builds are at -Os;
-\`glibc\` and \`musl\` are x86-64, the others 32-bit ARM. Bytes throughout.
+Written by \`make footprint\`. All builds are at -Os; \`glibc\` and \`musl\` are x86-64, the others 32-bit
+ARM. Bytes throughout. Of this page \`scripts/footprint.sh --check\` holds the budgets and the rows: the
+figures vary with the compiler's release, and stacks by some hundred bytes with the processor.
 
 | budget | limit | measured |
 |---|---:|---:|
@@ -124,19 +127,12 @@ for target in $marked; do
     { echo "FAILED: measured (<) and exported (>) on $target"; cat "$work/difference"; failed=1; }
 done
 
+# Source files and functions; which constants become objects is the compiler's choice.
+rows() { sed -n '/^## Parts/,$ s/^| \(`[^|]*`\) |.*/\1/p' "$1" | sort; }
 if [ "${1:-}" = --check ]; then
-  # Every row of the document within a twentieth, and 64 bytes, of what was measured. Stacks vary by
-  # 200 bytes from run to run where a thread is started.
-  awk -F'|' '/^## / { slack = /Stack/ ? 256 : 64 }
-    /^[|] [`.]/ {
-      for (i = 3; i < NF; ++i) for (k = split($i, v, "+"); k > 0; --k) {
-        key = $2 "," i "," k
-        if (FILENAME == ARGV[1]) { said[key] = v[k]; continue }
-        apart = v[k] > said[key] ? v[k] - said[key] : said[key] - v[k]
-        if (!(key in said) || apart > slack + v[k] / 20) { print "FAILED: now" $0; bad = 1 }
-      } }
-    END { exit bad }' docs/FOOTPRINT.md "$work/FOOTPRINT.md" ||
-    { echo "docs/FOOTPRINT.md is out of date: run scripts/footprint.sh"; failed=1; }
+  rows docs/FOOTPRINT.md >"$work/said"
+  rows "$work/FOOTPRINT.md" | diff "$work/said" - ||
+    { echo "FAILED: rows of docs/FOOTPRINT.md (<) and measured (>); make footprint writes it"; failed=1; }
 else
   cp "$work/FOOTPRINT.md" docs/FOOTPRINT.md
 fi

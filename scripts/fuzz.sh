@@ -9,7 +9,7 @@ build=build/fuzz
 seconds=${FUZZ_SECONDS:-60}
 
 cmake --preset fuzz >/dev/null
-cmake --build $build -j "$(nproc)" -- --no-print-directory -s
+cmake --build $build -j "$(nproc)"
 
 # shellcheck disable=SC2046
 [ $# -ne 0 ] || set -- $(ls tests/fuzz/corpus)

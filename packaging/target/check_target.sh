@@ -22,7 +22,7 @@ configure_and_build() {  # preset, target, folder
   mkdir -p "$folder"
   : >"$folder/log"
   quietly "$folder/log" cmake --preset "$1"
-  quietly "$folder/log" cmake --build "$folder" -j "$jobs" -- --no-print-directory
+  quietly "$folder/log" cmake --build "$folder" -j "$jobs"
   scripts/check_symbols.sh "$folder/libqalt_at.so"
 }
 
