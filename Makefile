@@ -4,10 +4,12 @@
 #   make demo    the library at work against a simulated modem
 #   make check   the tests of the release build
 #   make check-all  all that a change must pass, what CI runs: STAGES="lint asan" runs a few
+#   make check-distributions  the README's commands on minimal systems of Debian 12, 13 and unstable
+#   make check-anywhere  the tests again: other processor, one core, other user, locales, odd path
 #   make check-long  more of the same: LENGTH=8 for longer texts, REPEAT=1000 for more runs
 #   make soak    clients, server and modem under faults: MINUTES=1, SEED=n for the same run again
 #   make fuzz    every fuzz target for FUZZ_SECONDS=60
-#   make lint    static analysers over the library
+#   make lint    static analysers
 #   make coverage  which lines and branches of the library the tests reach
 #   make check-target  the tests on ARM with glibc, uClibc and musl, footprint, binary interface
 #   make footprint  writes docs/FOOTPRINT.md: sizes and stacks on each target
@@ -20,7 +22,7 @@ PROFILE ?= standard
 MINUTES ?= 1
 MAKEFLAGS += --no-print-directory
 
-.PHONY: all install demo check check-all check-long soak fuzz lint coverage check-target footprint deb docs bench format clean
+.PHONY: all install demo check check-all check-distributions check-anywhere check-long soak fuzz lint coverage check-target footprint deb docs bench format clean
 
 all:
 	@scripts/setup.sh --only-check build
@@ -43,6 +45,13 @@ check:
 
 check-all:
 	scripts/check_all.sh $(STAGES)
+
+check-distributions:
+	scripts/setup.sh distributions
+	scripts/check_distributions.sh $(RELEASES)
+
+check-anywhere: check
+	scripts/check_anywhere.sh processor one-core user container locales path
 
 check-long:
 	scripts/setup.sh tests

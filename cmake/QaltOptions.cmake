@@ -35,10 +35,6 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_C_STANDARD 99)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ${QALT_TOP_LEVEL})
-# Each source has names of its own in its unnamed namespace: kRows, kAlphabet, kLogModule.
-set(CMAKE_UNITY_BUILD OFF)
-# The removed run path of an installed program leaves a gap of its length: the same in every folder.
-set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 include(GNUInstallDirs)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME tools)

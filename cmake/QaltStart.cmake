@@ -2,9 +2,9 @@
 get_filename_component(source ${CMAKE_CURRENT_SOURCE_DIR} REALPATH)
 get_filename_component(binary ${CMAKE_CURRENT_BINARY_DIR} REALPATH)
 if(source STREQUAL binary)
-  # CMake's Makefile would take the place of the project's own.
+  # CMake's Makefile would take the place of the project's own. (Behind a blank the line stays whole.)
   message(FATAL_ERROR
-    "The sources are no build folder: rm -r CMakeCache.txt CMakeFiles; cmake -S . -B build/mine")
+    " The sources are no build folder: rm -rf CMakeCache.txt CMakeFiles; cmake -S . -B build/mine")
 endif()
 include(${CMAKE_CURRENT_LIST_DIR}/QaltVersion.cmake)
 

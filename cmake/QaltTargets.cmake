@@ -65,6 +65,7 @@ function(qalt_configure_library target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON
+    UNITY_BUILD OFF  # kLogModule, kAlphabet: each source has its own
     LINKER_LANGUAGE C
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
@@ -89,6 +90,9 @@ endfunction()
 function(qalt_configure_installed target)
   qalt_configure_program(${target})
   qalt_harden(${target})
+  # The run path that is removed at installation leaves a gap of its length: one of the same length in
+  # every folder. (Not in test programs: uClibc's loader may not know $ORIGIN.)
+  set_target_properties(${target} PROPERTIES BUILD_RPATH_USE_ORIGIN ON)
 endfunction()
 
 # qalt_add_test(name SOURCES a.cpp... LIBRARIES x... [THREADED] [FAST])

@@ -14,7 +14,7 @@ mkdir -p $store
 stages="
 release        tests          bench
 format         format
-lint           lint           tests bench
+lint           lint           bench
 docs           docs           tests bench
 asan           tests          bench
 tsan           tests          bench

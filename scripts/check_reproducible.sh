@@ -10,8 +10,8 @@ installed="qalt_at qalt_at_static qalt-atd qalt-simmodem qalt-pb"
 build() {  # name, cmake arguments...
   name=$1
   shift
+  # shellcheck disable=SC2086
   { cmake --preset check "$@" &&
-    # shellcheck disable=SC2086
     cmake --build --preset check -j "$(nproc)" --target $installed &&
     DESTDIR="$work/$name" cmake --install build/check --prefix /usr
   } >"$work/$name.log" 2>&1 || { tail -n 40 "$work/$name.log"; exit 1; }

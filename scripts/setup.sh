@@ -1,5 +1,6 @@
 #!/bin/sh
-# Installs the Debian packages that goals need, and of those only the missing ones.
+# Installs the Debian packages that goals need, and of those only the missing ones. Build folders that
+# were made elsewhere are removed.
 # usage: scripts/setup.sh [--only-check] GOAL...
 #   GOAL          build demo tests format lint docs target abi matrix fuzz coverage bench deb
 #                 distributions; or all
@@ -153,6 +154,8 @@ stop_for_missing() {  # [what happened]
   say "${1:-packages are missing}; as root: $install$missing"
   exit 1
 }
+
+"$(dirname "$0")/fresh_build_folders.sh"
 
 only_check=
 [ "${1:-}" != --only-check ] || { only_check=yes; shift; }

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
@@ -86,6 +87,10 @@ void PtyLine::receive() {
   modem_end_.async_read_some(asio::buffer(buffer_),
                              [this, session = session_](const asio::error_code& error, size_t n) {
                                if (error || session != session_) return;
+                               // A program that took the line for itself alone would keep it
+                               // from the next one too: this end never closes. Whoever is not
+                               // root could not open it again.
+                               ::ioctl(terminal_end_, TIOCNXCL);
                                received_(std::string_view(buffer_.data(), n));
                                if (session == session_) receive();
                              });

@@ -16,12 +16,12 @@
  *  2. No contact is lost. add() reads the whole phonebook first and takes an index only where that
  *     read found no contact and none unreadable, and where the modem, asked once more, gives none.
  *     Empty means: an answer without contact, "not found", "invalid index"; and ERROR alone, once
- * as many contacts are found as the modem counts before and after that read: while one is missing,
- *     every index that it refuses may hold it. No lock keeps another client from writing there in
- *     between. A write that was answered with OK, with nothing or with
- *     something unreadable is read back and compared field by field. A delete that was answered
- * with OK is asked for again; ERROR and any code but that of a busy card then mean that it is gone.
- * A text that does not fit is refused with the length it may have; no text is cut.
+ *     as many contacts are found as the modem counts before and after that read: while one is
+ *     missing, every index that it refuses may hold it. No lock keeps another client from writing
+ *     there in between. A write that was answered with OK, with nothing or with something
+ *     unreadable is read back and compared field by field. A delete that was answered with OK is
+ *     asked for again; ERROR and any code but that of a busy card then mean that it is gone. A text
+ *     that does not fit is refused with the length it may have; no text is cut.
  *  3. Ownership. Everything is a value. The functions of Options are called on the calling thread.
  *  4. Sizes and units. Texts are UTF-8 with characters up to U+FFFF, the most that a SIM stores; a
  *     character above that, stored by a modem that takes UTF-16, is read but not written.
@@ -29,9 +29,9 @@
  *     process's; a second one is refused. Its calls may come from any thread and are serialised.
  *  6. Stack. 512 KB on the calling thread.
  *  7. The modem. The storage is selected for each call, and with the standard commands the
- * character set UCS2; before it returns, IRA is selected again, if the AT server is there: which
- * set there was before, and what the modem says to it, is not asked. A Job around several calls
- * does so once for all.
+ *     character set UCS2; before it returns, IRA is selected again, if the AT server is there:
+ *     which set there was before, and what the modem says to it, is not asked. A Job around several
+ *     calls does so once for all.
  */
 #ifndef QALT_AT_PHONEBOOK_HPP
 #define QALT_AT_PHONEBOOK_HPP

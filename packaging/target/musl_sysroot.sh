@@ -7,9 +7,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/state/lists/partial" "$work/cache/archives/partial" "$out/lib" "$out/usr"
 : >"$work/status"
-archive=$(cat /etc/apt/sources.list /etc/apt/sources.list.d/* 2>/dev/null |
-  grep -oE 'https?://[^ ]+/debian/?( |$)' | head -n 1)
-[ -n "$archive" ] || { echo "no package archive is configured" >&2; exit 1; }
+archive=$("$(dirname "$0")/../../scripts/debian_archive.sh")
 release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
 keys=/usr/share/keyrings/debian-archive-keyring.gpg
 echo "deb [signed-by=$keys] $archive $release main" >"$work/sources.list"
@@ -18,8 +16,8 @@ apt() {
     -o Dir::State="$work/state" -o Dir::State::status="$work/status" -o Dir::Cache="$work/cache" \
     -o APT::Architecture=armel -o APT::Architectures=armel -o APT::Sandbox::User=root "$@"
 }
-apt update
-(cd "$work" && apt download musl musl-dev)
+apt update && (cd "$work" && apt download musl musl-dev) ||
+  { echo "no musl for armel from $archive, release $release" >&2; exit 1; }
 for package in "$work"/*.deb; do dpkg -x "$package" "$work/unpacked"; done
 cp -r "$work/unpacked/usr/include/arm-linux-musleabi" "$out/usr/include"
 cp -r "$work/unpacked/usr/lib/arm-linux-musleabi" "$out/usr/lib"

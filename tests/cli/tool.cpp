@@ -1,11 +1,26 @@
 #include "tests/cli/tool.h"
 
+#include <stdlib.h>
+
+#include <filesystem>
+
 #include "tests/server/private_tmp.h"
 
 namespace test {
 
 void Tool::SetUp() {
-  if (!enter_private_tmp(BUILD_FOLDER)) GTEST_SKIP() << "no mount namespaces here";
+  if (!enter_private_tmp(BUILD_FOLDER) && !wait_for_tmp()) {
+    GTEST_SKIP() << "no mount namespaces here, and /tmp is in use by another AT server";
+  }
+  char name[] = "/tmp/qalt_tool_XXXXXX";
+  folder = ::mkdtemp(name);
+  std::filesystem::current_path(folder);
+}
+
+void Tool::TearDown() {
+  server.reset();
+  std::error_code ignored;
+  std::filesystem::remove_all(folder, ignored);
 }
 
 void Tool::start(std::vector<std::string> options) {

@@ -14,10 +14,11 @@
 
 namespace test {
 
-// The tool, in front of a server with the given options.
+// The tool, in front of a server with the given options. Each test has an empty working folder.
 class Tool : public testing::Test {
  protected:
   void SetUp() override;
+  void TearDown() override;
   void start(std::vector<std::string> options = {});
   // Runs the tool to its end, without a terminal.
   static Ended run(const std::vector<std::string>& arguments) {
@@ -35,7 +36,8 @@ class Tool : public testing::Test {
   int sent(const std::string& start) const;
 
   std::unique_ptr<Program> server;
-  const std::string log = "/tmp/at.log";
+  const std::string log = "at.log";
+  std::string folder;
 };
 
 }  // namespace test

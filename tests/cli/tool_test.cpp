@@ -15,6 +15,10 @@ struct Profile {
   const char* platform;
   bool fields;  // has more than a name and a number
 };
+// In the names of the tests; by itself GoogleTest names them after addresses.
+void PrintTo(const Profile& profile, std::ostream* out) {
+  *out << profile.server << ", platform " << profile.platform;
+}
 
 class OnProfile : public Tool, public testing::WithParamInterface<Profile> {
  protected:
@@ -75,24 +79,24 @@ TEST_P(OnProfile, EveryCommand) {
 }
 
 TEST_P(OnProfile, FilesThereAndBack) {
-  for (const std::string file : {"/tmp/a.vcf", "/tmp/a.csv", "/tmp/a.jsonl"}) {
+  for (const std::string file : {"a.vcf", "a.csv", "a.jsonl"}) {
     EXPECT_EQ(0, pb({"export", file}).status);
     EXPECT_EQ(15, result({"import", file})["unchanged"]) << file;
     ASSERT_EQ(0, pb({"clear", "--yes"}).status);
     EXPECT_EQ(15, result({"import", file})["written"]) << file;
   }
-  const std::string before = contents("/tmp/a.jsonl");
+  const std::string before = contents("a.jsonl");
   ASSERT_EQ(0, pb({"clear", "--yes"}).status);
-  const json plan = result({"import", "/tmp/a.jsonl", "--dry-run"});
+  const json plan = result({"import", "a.jsonl", "--dry-run"});
   EXPECT_EQ(json::array(), result({"list"}));
-  EXPECT_EQ(15, result({"import", "/tmp/a.jsonl"})["written"]);
+  EXPECT_EQ(15, result({"import", "a.jsonl"})["written"]);
   for (const json& line : plan["lines"]) EXPECT_GT(sent(line), 0) << line;
   EXPECT_EQ(before, pb({"export"}).out);
   // Another contact at an index of the file, and one that the file does not have.
   ASSERT_EQ(0, pb({"set", "1", "--name", "Changed"}).status);
   ASSERT_EQ(0, pb({"add", "--name", "More", "--number", "1"}).status);
-  expect(7, "line 1: index 1 is occupied by \\\"Changed\\\"", pb({"import", "/tmp/a.jsonl"}));
-  const json replaced = result({"import", "/tmp/a.jsonl", "--replace"});
+  expect(7, "line 1: index 1 is occupied by \\\"Changed\\\"", pb({"import", "a.jsonl"}));
+  const json replaced = result({"import", "a.jsonl", "--replace"});
   EXPECT_EQ(1, replaced["written"]);
   EXPECT_EQ(1, replaced["deleted"]);
   EXPECT_EQ(before, pb({"export"}).out);
@@ -107,8 +111,8 @@ TEST_F(Tool, AFullPhonebookOfLongNames) {
     contacts.push_back({{"name", name + std::to_string(1000 + i)},
                         {"number", "+4930" + std::to_string(10000000000000 + i)}});
   }
-  std::ofstream("/tmp/contacts.json") << json{{"SM", contacts}};
-  start({"--sim-contacts", "/tmp/contacts.json", "--sim-name-length", "40"});
+  std::ofstream("contacts.json") << json{{"SM", contacts}};
+  start({"--sim-contacts", "contacts.json", "--sim-name-length", "40"});
   const json list = json_of({"list"});
   EXPECT_LE(sent("AT"), 60);
   ASSERT_EQ(250u, list.size());
@@ -140,7 +144,8 @@ TEST_F(Tool, WhatDoesNotFitIsRefusedBeforeItIsSent) {
 }
 
 TEST_F(Tool, AtReportsAndTexts) {
-  start({"--report-to", "/tmp/reports", "--sim-report", "+CREG: 5"});
+  const std::string module = folder + "/reports";
+  start({"--report-to", module, "--sim-report", "+CREG: 5"});
   const Ended at = run({"--json", "at", "AT+CSQ", "AT+NONE"});
   EXPECT_EQ(1, at.status);
   EXPECT_EQ(json::parse(R"([{"command":"AT+CSQ","answers":[{"result":"OK","payload":"20,99"}]},
@@ -148,19 +153,19 @@ TEST_F(Tool, AtReportsAndTexts) {
             json::parse(at.out));
   EXPECT_EQ(2, run({"at", "AT\rATD1"}).status);
 
-  test::Program reports(PB_PROGRAM,
-                        {"--json", "reports", "--module", "/tmp/reports", "--count", "1"}, false);
+  test::Program reports(PB_PROGRAM, {"--json", "reports", "--module", module, "--count", "1"},
+                        false);
   int listening = -1;
-  while ((listening = test::connect_to("/tmp/reports")) == -1) ::sched_yield();
+  while ((listening = test::connect_to(module)) == -1) ::sched_yield();
   ::close(listening);
   EXPECT_EQ("\r\nOK\r\n", test::ask("/tmp/AT_SERVER_MSG", "AT+CPBW=4,\"1\",129,\"X\""));
   const Ended received = reports.end(0);
   EXPECT_EQ(0, received.status) << received.err;
   EXPECT_EQ(json::parse(R"({"result":"REPORT","payload":"5","name":"+CREG"})"),
             json::parse(received.out));
-  std::ofstream("/tmp/precious") << "text";
-  EXPECT_EQ(2, run({"reports", "--module", "/tmp/precious"}).status);
-  EXPECT_EQ("text", contents("/tmp/precious"));
+  std::ofstream("precious") << "text";
+  EXPECT_EQ(2, run({"reports", "--module", "precious"}).status);
+  EXPECT_EQ("text", contents("precious"));
 
   EXPECT_EQ("041F0440\n", run({"text", "encode", "Пр"}).out);
   EXPECT_EQ("a{\n", run({"text", "decode", "--vendor", "611B28"}).out);

@@ -124,12 +124,6 @@ TEST(Commands, LinesTimeoutsAndResults) {
   }
 }
 
-TEST(Commands, FailWithoutAServer) {
-  test::clear_records();
-  EXPECT_EQ(kCpbrTest(), 1u);  // 300 attempts, one second apart
-  EXPECT_EQ(test::sleeps().size(), 300u);
-}
-
 TEST(Commands, ValuesThatAnswersGive) {
   const struct {
     Call call;

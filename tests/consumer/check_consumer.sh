@@ -7,7 +7,8 @@ set -eu
 export LC_ALL=C
 build=$1 source=$2 cmake=$3 cc=$4 cxx=$5
 project=$(realpath "$(dirname "$0")")/project
-folder=$(mktemp -d)
+# In a name without blanks: pkg-config loses them in a sysroot's.
+folder=$(TMPDIR=/tmp mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 fail() { echo "FAILED: $1"; exit 1; }
 

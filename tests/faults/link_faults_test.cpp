@@ -1,8 +1,10 @@
-// Every system call of a command exchange, failing with every error that there is: the
-// documented result, no descriptor left open, no hang, and the next command works.
+// One command exchanged for one answer: byte by byte, and with every system call of it failing with
+// every error that there is: the documented result, no descriptor left open, no hang, and the next
+// command works.
 #include <errno.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 
 #include "tests/faults/system_calls.h"
@@ -15,13 +17,14 @@ using test::Call;
 using test::kForever;
 using test::kLastError;
 
-// With a server that answers every whole request with OK. It uses the raw calls: the plans are for
-// the library.
+// With a server that answers every whole request, with OK where nothing else is said. It uses the
+// raw calls: the plans are for the library.
 class LinkFaults : public testing::Test {
  protected:
   LinkFaults() {
     test::g_server = directory_.file("server");
     EXPECT_EQ(qalt_at_create_server_socket(test::g_server.c_str(), &listener_), 1);
+    test::clear_records();
     thread_ = std::thread([this] { serve(); });
   }
   ~LinkFaults() override {
@@ -38,24 +41,87 @@ class LinkFaults : public testing::Test {
   }
 
   test::PrivateDirectory directory_;
+  std::string answer_ = test::bytes_of(test::frame_of("\r\nOK\r\n"));
+  std::string request_;  // of connection number `served_`, up to its end
+  std::atomic<int> served_ = 0;
 
  private:
   void serve() {
-    const AtMsg answer = test::frame_of("\r\nOK\r\n");
-    char bytes[sizeof answer];
+    char bytes[sizeof(AtMsg) + 1];
     for (long connection; (connection = syscall(SYS_accept4, listener_, nullptr, nullptr, 0)) != -1;
          syscall(SYS_close, connection)) {
-      const long size =
-          syscall(SYS_recvfrom, connection, bytes, sizeof bytes, MSG_WAITALL, nullptr, nullptr);
-      if (size == sizeof bytes) {
-        syscall(SYS_sendto, connection, &answer, sizeof answer, MSG_NOSIGNAL, nullptr, 0);
-      }
+      const auto receive = [&](char* to, size_t size) {
+        return syscall(SYS_recvfrom, connection, to, size, MSG_WAITALL, nullptr, nullptr);
+      };
+      if (receive(bytes, sizeof(AtMsg)) != sizeof(AtMsg)) continue;
+      syscall(SYS_sendto, connection, answer_.data(), answer_.size(), MSG_NOSIGNAL, nullptr, 0);
+      syscall(SYS_shutdown, connection, SHUT_WR);
+      request_.assign(bytes, receive(bytes + sizeof(AtMsg), 1) == 1 ? sizeof bytes : sizeof(AtMsg));
+      ++served_;
     }
   }
 
   int listener_ = -1;
   std::thread thread_;
 };
+
+TEST_F(LinkFaults, CarriesFramesToTheByte) {
+  AtMsg full = test::frame_of(std::string(10240, 'f'), 7);
+  AtMsg terminated = full;
+  terminated.aucDataBuf[10239] = '\0';
+  const std::string ok = test::bytes_of(test::frame_of("\r\nOK\r\n", 3));
+  const struct {
+    std::string command;
+    uint32_t timeout;
+    std::string answer, received;
+  } cases[] = {
+      {"AT+CPBS?", 5000, ok, ok},
+      {"", 0xFFFFFFFF, ok, ok},
+      {std::string(10239, 'c'), 10000, test::bytes_of(full), test::bytes_of(terminated)},
+      {"AT", 1, "\1", "\1" + std::string(10247, '\0')},
+      {"AT", 1, "", std::string(10248, '\0')},
+  };
+  for (const auto& c : cases) {
+    AtMsg answer;
+    std::memset(&answer, '#', sizeof answer);
+    answer_ = c.answer;
+    const int before = served_;
+    EXPECT_EQ(ClientSendCmd(c.command.c_str(), &answer, c.timeout), 0);
+    while (served_ == before) std::this_thread::yield();
+    EXPECT_EQ(request_, test::bytes_of(test::frame_of(c.command, c.timeout)));
+    EXPECT_EQ(test::bytes_of(answer), c.received);
+  }
+  EXPECT_EQ(test::logged("at_com", 7).size(), 0u);
+}
+
+TEST_F(LinkFaults, RefusesWhatItCannotSend) {
+  AtMsg answer = test::frame_of("as it was");
+  const std::string before = test::bytes_of(answer);
+  EXPECT_EQ(ClientSendCmd(nullptr, &answer, 1), 1);
+  EXPECT_EQ(send_message(nullptr, &answer, 1), -1);
+  EXPECT_EQ(test::bytes_of(answer), before);
+  EXPECT_EQ(ClientSendCmd("AT", nullptr, 1), 1);
+  EXPECT_TRUE(test::logs().empty());
+  EXPECT_EQ(send_message(std::string(10240, 'c').c_str(), &answer, 1), -1);
+  EXPECT_EQ(test::logged("at_com", 3).size(), 1u);
+  EXPECT_EQ(test::bytes_of(answer), test::bytes_of(AtMsg{}));
+  EXPECT_TRUE(test::sleeps().empty());
+}
+
+TEST_F(LinkFaults, SocketFunctionsReportFailures) {
+  const std::string long_path = directory_.file(std::string(107, 'p'));
+  int descriptor = -7;
+  for (const char* path : {long_path.c_str(), static_cast<const char*>(nullptr)}) {
+    EXPECT_EQ(qalt_at_create_client_socket(path, &descriptor), -1);
+    EXPECT_EQ(qalt_at_create_server_socket(path, &descriptor), -1);
+  }
+  EXPECT_EQ(test::logged("libqalt_at", 3).size(), 2u);
+  EXPECT_TRUE(test::sleeps().empty());
+  EXPECT_EQ(qalt_at_accept_client_request(-1, &descriptor), -1);
+  EXPECT_EQ(qalt_at_close_client_socket(-1), -1);
+  EXPECT_EQ(qalt_at_socket_connect_rety(0, nullptr, 110), -1);
+  EXPECT_EQ(descriptor, -7);
+}
 
 TEST_F(LinkFaults, OfACommand) {
   const struct {

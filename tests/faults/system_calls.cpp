@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <errno.h>
+#include <gtest/gtest.h>
 #include <pthread.h>
 
 #include <algorithm>
@@ -55,12 +56,16 @@ extern "C" {
 int socket(int domain, int type, int protocol) {
   return static_cast<int>(done(Call::kSocket, SYS_socket, domain, type, protocol));
 }
-int connect(int descriptor, const sockaddr*, socklen_t) {
+int connect(int descriptor, const sockaddr* asked, socklen_t length) {
+  EXPECT_EQ(length, 110u);
+  EXPECT_STREQ(reinterpret_cast<const sockaddr_un*>(asked)->sun_path, QALT_AT_SERVER_PATH);
   const sockaddr_un address = test::address_of(test::g_server);
   return static_cast<int>(done(Call::kConnect, SYS_connect, descriptor, &address, sizeof address));
 }
 // Of a receive that waits for all, a piece: as when a signal comes in between.
+// A closed peer is a failure, not a SIGPIPE.
 ssize_t send(int descriptor, const void* bytes, size_t size, int flags) {
+  EXPECT_EQ(flags, MSG_NOSIGNAL);
   size = std::min(size, test::g_piece);
   return done(Call::kSend, SYS_sendto, descriptor, bytes, size, flags, nullptr, 0);
 }

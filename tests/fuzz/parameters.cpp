@@ -63,11 +63,13 @@ void check_rewrites(const string& line) {
 
 void check_operator_list(const string& source) {
   static AtRes record;
+  record.Paras[0] = '\0';
   fuzz::GuardedText text(source);
   const bool has_ok = literal::find_unquoted(source, "\r\nOK\r\n") != string::npos;
   const int result = Bk_Parse_At_COPS5_Res(text.data(), &record);
   FUZZ_CHECK(result == (has_ok && source.size() < QALT_AT_PARAS_SIZE ? 0 : 19));
   FUZZ_CHECK(text.str() == source && (result != 0 || record.Paras == source));
+  FUZZ_CHECK(result != 0 || (record.CmdId == 1 && record.ResType == AT_RES_OK));
 }
 
 }  // namespace

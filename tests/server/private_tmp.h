@@ -10,6 +10,10 @@ namespace test {
 // Once for the process; false where the system does not allow it.
 bool enter_private_tmp(const std::string& build_folder);
 
+// Where it does not: takes turns in the /tmp that there is, until this process ends. False where an
+// AT server works there.
+bool wait_for_tmp();
+
 }  // namespace test
 
 #endif  // QALT_TESTS_SERVER_PRIVATE_TMP_H_

@@ -42,13 +42,6 @@ std::vector<std::string> logged(const std::string& module, int priority) {
   return lines;
 }
 
-bool has_logged(int priority, const std::string& message) {
-  for (const LogLine& line : logs()) {
-    if (line.priority == priority && message_of(line) == message) return true;
-  }
-  return false;
-}
-
 std::vector<unsigned> sleeps() {
   const std::lock_guard lock(g_mutex);
   return g_sleeps;

@@ -10,8 +10,6 @@ namespace test {
 struct LogLine {
   int priority;
   std::string text;  // "module, line " included
-
-  bool operator==(const LogLine&) const = default;
 };
 
 // Everything logged since the last clear; thread-safe copies.
@@ -19,9 +17,6 @@ std::vector<LogLine> logs();
 
 // The lines of one module and priority, without "module, line ".
 std::vector<std::string> logged(const std::string& module, int priority);
-
-// Whether a line of any module says exactly this behind its "module, line ".
-bool has_logged(int priority, const std::string& message);
 
 // The seconds of each sleep since the last clear.
 std::vector<unsigned> sleeps();

@@ -4,8 +4,8 @@
  *
  * CALL(f, (x) == 0 && check) is right when f(x) == 0 && check. STEP(f, (x), check) calls f(x), then
  * checks. In front of each, outside the paint, the records in `g` are cleared and an ordinary
- * phonebook is discovered; then comes the call's own preparation. No call needs another one before it:
- * the linker sets their order, and sets another where it optimises.
+ * phonebook is discovered; then comes the call's own preparation. No call needs another one before
+ * it: the linker sets their order, and sets another where it optimises.
  */
 #ifndef QALT_TESTS_TARGET_CALL_H
 #define QALT_TESTS_TARGET_CALL_H

@@ -35,8 +35,7 @@ CALL(qalt_at_close_client_socket, (socket(AF_UNIX, SOCK_STREAM, 0)) == 1);
 
 static int g_listening, g_arrived;
 static char g_path[64];
-CALL(qalt_at_create_server_socket,
-     (private_path("own"), &g.number) == 1 && close(g.number) == 0);
+CALL(qalt_at_create_server_socket, (private_path("own"), &g.number) == 1 && close(g.number) == 0);
 static void knock(void) {
   if (qalt_at_create_server_socket(private_path("own"), &g_listening) != 1) abort();
   deliver_report((void*)private_path("own"));
