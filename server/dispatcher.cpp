@@ -100,6 +100,13 @@ void Dispatcher::tick(TimePoint now) {
     case State::kStarting:
       host_.note(LOG_WARNING, "no answer in time to the server's own " + sent_);
       settings_.lost();
+      // Tried once for each command: what a modem does not answer it may never answer.
+      if (state_ == State::kPreparing && !waiting_.empty() &&
+          waiting_.front().id == prepared_for_) {
+        host_.note(LOG_ERR, "so not sent: " + waiting_.front().line);
+        drop(waiting_.front());
+        waiting_.pop_front();
+      }
       return resync(now);
     case State::kResync:
       return send_probe(now);

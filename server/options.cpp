@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "qalt_at/link.h"
+#include "server/port_list.h"
 #include "sim/options.h"
 
 namespace qalt::server {
@@ -13,11 +14,11 @@ namespace {
 
 constexpr char kExamples[] = R"(
 Examples:
-  qalt-atd                                            simulated modem, ordinary phonebook
-  qalt-atd --sim-profile vendor-usim --sim-busy 3     another one, its card busy at first
-  qalt-atd --sim-fault '1:AT+CPBR:never'              the first read is never answered
   qalt-atd --modem tty:/dev/ttyUSB2,115200 --log at.log
-  qalt-atd --modem replay:at.log                      the same modem again, from the record
+  qalt-atd --modem replay:at.log                       the same modem again, from the record
+  qalt-atd --modem sim                                 simulated modem, ordinary phonebook
+  qalt-atd --modem sim --sim-profile vendor-usim --sim-busy 3
+  qalt-atd --modem sim --sim-fault '1:AT+CPBR:never'   the first read is never answered
 
 Exit status: 0 ended by SIGINT or SIGTERM, 1 could not start, 2 wrong command line.)";
 
@@ -60,6 +61,16 @@ TcpAddress parse_tcp(const std::string& text) {
   return address;
 }
 
+// A phonebook that nobody has must not be taken for the card's, so no modem is the default.
+std::string say_which_modem() {
+  std::string text;
+  for (const std::string& port : modem_ports()) text += " tty:" + port;
+  return "--modem says which: " +
+         (text.empty()
+              ? "sim, the simulated one; there is no port of a modem in /dev"
+              : "a port of this machine (" + text.substr(1) + "), or sim, the simulated one");
+}
+
 unsigned parse_mode(const std::string& text) {
   if (text.empty() || text.size() > 4 || text.find_first_not_of("01234567") != text.npos) {
     throw std::invalid_argument("--socket-mode: '" + text + "' is no octal mode such as 0660");
@@ -85,7 +96,7 @@ std::optional<Options> read_options(int argc, char** argv, int& status) {
   Options options;
   options.socket = QALT_AT_SERVER_PATH;
   sim::Options sim;
-  std::string modem = "sim";
+  std::string modem;
   std::string start = "ATE0";
   std::string mode = "0660";
 
@@ -125,6 +136,7 @@ std::optional<Options> read_options(int argc, char** argv, int& status) {
     app.parse(argc, argv);
     options.start_lines = split(start, '|');
     options.access.mode = parse_mode(mode);
+    if (modem.empty()) throw std::invalid_argument(say_which_modem());
     if (modem == "sim") {
       options.modem = SimAddress{sim::make_config(sim)};
     } else {

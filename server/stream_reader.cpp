@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "at/at_line.h"
+#include "server/command_answers.h"
 #include "server/report_names.h"
 
 namespace qalt::server {
@@ -36,9 +37,12 @@ std::string_view without_line_end(std::string_view line) {
 
 void StreamReader::expect_answer(std::string_view command) {
   own_names_.clear();
-  dialling_ = false;
-  for (const at::Command& part : at::split_line(command).value_or(std::vector<at::Command>())) {
+  dialling_ = prompting_ = false;
+  const auto parts = at::split_line(command);
+  named_ = parts && std::all_of(parts->begin(), parts->end(), answers_by_name);
+  for (const at::Command& part : parts.value_or(std::vector<at::Command>())) {
     own_names_.push_back(part.name + ":");
+    prompting_ |= may_prompt(part);
     dialling_ |= part.name == "D" || part.name == "A" || part.name == "O";
   }
   begin(command);
@@ -50,7 +54,7 @@ void StreamReader::expect_resync(std::string_view command) {
 }
 
 void StreamReader::expect_nothing() {
-  expecting_ = false;
+  expecting_ = named_ = prompting_ = false;
   own_names_.clear();
 }
 
@@ -71,7 +75,8 @@ std::optional<StreamEvent> StreamReader::next() {
     auto event = take_line(*line);
     if (event) return event;
   }
-  if (expecting_ && !line_cut_ && std::string_view(input_).substr(consumed_) == "> ") {
+  if (expecting_ && prompting_ && !line_cut_ &&
+      std::string_view(input_).substr(consumed_) == "> ") {
     consumed_ = scanned_ = input_.size();
     append("> ");
     return finish(StreamEvent::Kind::kPrompt);
@@ -128,14 +133,14 @@ std::optional<StreamEvent> StreamReader::take_line(std::string_view line) {
 
 std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
                                                           std::string_view content, bool cut) {
-  const bool half = std::exchange(half_line_, false);
   if (content.empty()) {
     append_blank(line);
     return std::nullopt;
   }
+  const bool half = std::exchange(half_line_, false);
   if (take_echo(line, content)) return std::nullopt;
   const bool final = is_final(content);
-  if (!final && !is_own(content) && is_report(content)) {
+  if (!final && !is_own(content) && (is_report(content) || (named_ && bears_name(content)))) {
     withdraw_blank();
     return report_head(content);
   }

@@ -1,14 +1,15 @@
 // stream_reader.h - the modem's bytes cut into answers and reports. Pure: no I/O and no clock.
 //
 // The modem's output is read line by line. A line is the command's echo, a report, a final result,
-// or an information line of the answer. Quotes do not matter here: only a line that is a final
-// result ends an answer, so an odd quote in a stored name hides nothing.
+// or an information line of the answer; inside the answer to a command whose lines bear its name, a
+// line of another name is a report, known or not. Quotes do not matter here: only a line that is a
+// final result ends an answer, so an odd quote in a stored name hides nothing.
 //
 // What holds for any input: memory is bounded by the longest answer and the longest line, and every
 // byte is looked at a bounded number of times. The events depend on how the bytes were cut into
-// pieces in two cases only: a "> " at the beginning of a line is the modem's prompt when nothing
-// stands behind it yet, so a cut there makes a prompt of a line that begins so; and of a line
-// longer than two of the longest answers some bytes are left out, which ones depends on the cuts.
+// pieces in two cases only: while a command is under way that asks for a text, a "> " at the
+// beginning of a line is the modem's prompt when nothing stands behind it yet; and of a line longer
+// than two of the longest answers some bytes are left out, which ones depends on the cuts.
 #ifndef QALT_SERVER_STREAM_READER_H_
 #define QALT_SERVER_STREAM_READER_H_
 
@@ -76,6 +77,8 @@ class StreamReader {
 
   bool expecting_ = false;
   bool dialling_ = false;
+  bool prompting_ = true;  // the command, unknown at first, may make the modem ask for a text
+  bool named_ = false;     // every line of the answer bears the command's name
   bool echo_possible_ = false;
   bool half_line_ = false;  // the line at hand began before the command was written
   std::string command_;

@@ -16,11 +16,12 @@
  *  2. No contact is lost. add() reads the whole phonebook first and takes an index only where that
  *     read found no contact and none unreadable, and where the modem, asked once more, gives none.
  *     Empty means: an answer without contact, "not found", "invalid index"; and ERROR alone, once
- * as many contacts are found as the modem counts, or where it does not count. No lock keeps another
- *     client from writing there in between. A write that was answered with OK, with nothing or with
- *     something unreadable is read back and compared field by field. A delete that was answered
- * with OK is asked for again; ERROR and any code but that of a busy card then mean that it is gone.
- * A text that does not fit is refused with the length it may have; no text is cut.
+ *     as many contacts are found as the modem counts before and after that read: while one is
+ *     missing, every index that it refuses may hold it. No lock keeps another client from writing
+ *     there in between. A write that was answered with OK, with nothing or with something
+ *     unreadable is read back and compared field by field. A delete that was answered with OK is
+ *     asked for again; ERROR and any code but that of a busy card then mean that it is gone. A text
+ *     that does not fit is refused with the length it may have; no text is cut.
  *  3. Ownership. Everything is a value. The functions of Options are called on the calling thread.
  *  4. Sizes and units. Texts are UTF-8 with characters up to U+FFFF, the most that a SIM stores; a
  *     character above that, stored by a modem that takes UTF-16, is read but not written.
@@ -28,9 +29,9 @@
  *     process's; a second one is refused. Its calls may come from any thread and are serialised.
  *  6. Stack. 512 KB on the calling thread.
  *  7. The modem. The storage is selected for each call, and with the standard commands the
- * character set UCS2; before it returns, IRA is selected again, if the AT server is there: which
- * set there was before, and what the modem says to it, is not asked. A Job around several calls
- * does so once for all.
+ *     character set UCS2; before it returns, IRA is selected again, if the AT server is there:
+ *     which set there was before, and what the modem says to it, is not asked. A Job around several
+ *     calls does so once for all.
  */
 #ifndef QALT_AT_PHONEBOOK_HPP
 #define QALT_AT_PHONEBOOK_HPP
@@ -83,13 +84,14 @@ class Phonebook {
 
   /*
    * Keeps the storage and the character set selected over several calls, which other threads'
-   * calls wait for. result() says whether the modem took the selection. To be looked at before the
-   * first call: those inside a Job that failed work on whatever is selected.
+   * calls wait for. result() says whether the modem took the selection: without it every call
+   * inside fails with the same error, and nothing is sent.
    */
   class Job {
    public:
     explicit Job(Phonebook& book) : book_(book), lock_(detail::g_phonebook_mutex) {
-      result_ = book_.depth_++ == 0 ? book_.begin() : Result<Done>(Done{});
+      if (book_.depth_++ == 0) book_.selected_ = book_.begin();
+      result_ = book_.selected_;
     }
     ~Job() {
       if (--book_.depth_ == 0) book_.end();
@@ -137,6 +139,7 @@ class Phonebook {
   void end();
   Error wrong_index(int index) const;
   Result<detail::WireReading> read_wire(int first, int last, int used);
+  Result<detail::WireReading> read_whole();
   Result<detail::WireContact> get_wire(int index);
   Result<detail::WireContact> wire_of(const Contact& contact) const;
   Result<int> free_index(int wanted);
@@ -147,8 +150,9 @@ class Phonebook {
   Options options_;
   detail::Link link_{options_};
   Info info_;
-  int depth_ = 0;
-  bool switched_ = false; /* the character set is to be put back */
+  int depth_ = 0;                  /* jobs inside each other */
+  Result<Done> selected_ = Done{}; /* what the outermost one came to */
+  bool switched_ = false;          /* the character set is to be put back */
 };
 
 } /* namespace qalt */

@@ -26,7 +26,7 @@ void Tool::TearDown() {
 void Tool::start(std::vector<std::string> options) {
   server.reset();
   ::unlink(log.c_str());
-  options.insert(options.end(), {"--log", log});
+  options.insert(options.end(), {"--modem", "sim", "--log", log});
   server = std::make_unique<Program>(ATD_PROGRAM, options);
   ASSERT_TRUE(server->ready());
 }

@@ -61,6 +61,49 @@ TEST_F(Book, ARefusedReadIsNotAnEmptyIndex) {
   EXPECT_EQ(3, book.add(contact)->index) << "what could not be read may be occupied";
 }
 
+// The count says how many contacts are missing, not which of the refused indices hold them.
+TEST_F(Book, WhileAContactIsMissingNoRefusedIndexIsFree) {
+  lines = {{1, kAnn}, {2, kAnn}, {3, kAnn}, {5, kAnn}};
+  open();
+  on("AT+CPBR=", [&](const std::string& line) {
+    int first = 0, last = 0;
+    std::sscanf(line.c_str(), "AT+CPBR=%d,%d", &first, &last);
+    return first <= 5 && last >= 4 ? kError : range(first, last);
+  });
+  std::vector<int> named;
+  const auto all = book.read_all();
+  for (const auto& one : all->unreadable) named.push_back(one.index);
+  EXPECT_EQ((std::vector<int>{4, 5}), named);
+  qalt::Contact contact;
+  contact.name = "B";
+  EXPECT_EQ(6, book.add(contact)->index);
+  contact.index = 4;
+  EXPECT_EQ(qalt::Cause::kUsage, book.add(contact).error().cause);
+}
+
+// Where every empty index is refused, and each long range from 21 on, the count decides, as it is in
+// the job that reads.
+TEST_F(Book, CountsAreThoseOfTheReading) {
+  lines = {{1, kAnn}, {2, kAnn}};
+  open();
+  on("AT+CPBR=", [&](const std::string& line) {
+    int first = 0, last = 0;
+    std::sscanf(line.c_str(), "AT+CPBR=%d,%d", &first, &last);
+    const std::string found = range(first, last);
+    return found == kOk || (first > 20 && last > first) ? kError : found;
+  });
+  lines[30] = kAnn;  // by another client
+  EXPECT_EQ(3u, book.read_all()->contacts.size());
+  const qalt::Phonebook::Job job(book);
+  EXPECT_TRUE(book.erase(30));
+  forget();
+  EXPECT_TRUE(book.read_all()->unreadable.empty());
+  EXPECT_LT(sent().size(), 20u) << "no contact is missing";
+  qalt::Contact contact;
+  contact.name = "B";
+  EXPECT_EQ(3, book.add(contact)->index);
+}
+
 TEST_F(Book, EndsWhenTheModemIsGoneOrTheClientAsks) {
   lines = {{1, kAnn}};
   open();

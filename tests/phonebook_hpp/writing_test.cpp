@@ -107,6 +107,8 @@ TEST_F(Book, WithoutTheSelectionNothingIsSent) {
     EXPECT_EQ(Cause::kNoAnswer, book.get(1).error().cause) << line;
     EXPECT_EQ(Cause::kNoAnswer, book.put(contact(2, "B")).error().cause) << line;
     EXPECT_FALSE(book.info().plain);
+    const qalt::Phonebook::Job job(book);
+    EXPECT_EQ(Cause::kNoAnswer, book.put(contact(2, "B")).error().cause) << "in a failed job";
     on(line, information({"+CSCS: \"UCS2\""}));
   }
   EXPECT_EQ(0, count("AT+CPB") - count("AT+CPBS"));

@@ -3,6 +3,7 @@
 #include <netinet/in.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <thread>
@@ -25,6 +26,9 @@ class Atd : public ::testing::Test {
  protected:
   std::unique_ptr<Program> start(std::vector<std::string> arguments = {}) const {
     arguments.insert(arguments.end(), {"--socket", socket});
+    if (std::find(arguments.begin(), arguments.end(), "--modem") == arguments.end()) {
+      arguments.insert(arguments.end(), {"--modem", "sim"});
+    }
     auto atd = std::make_unique<Program>(ATD_PROGRAM, arguments);
     EXPECT_TRUE(atd->ready());
     return atd;
@@ -100,7 +104,7 @@ TEST_F(Atd, ReportsReachWhoeverListens) {
 TEST_F(Atd, TakesAPathOnlyWhereNobodyLives) {
   const auto first = start();
   EXPECT_EQ(mode_of(socket), 0660u);
-  const Ended second = run({"--socket", socket});
+  const Ended second = run({"--modem", "sim", "--socket", socket});
   EXPECT_EQ(second.status, 1);
   EXPECT_NE(second.err.find("already answers"), std::string::npos);
   EXPECT_EQ(ask(socket, "AT"), kOk);
@@ -116,7 +120,7 @@ TEST_F(Atd, TakesAPathOnlyWhereNobodyLives) {
   EXPECT_EQ(mode_of(socket), 0u);
 
   std::ofstream(socket) << "kept";
-  EXPECT_EQ(run({"--socket", socket}).status, 1);
+  EXPECT_EQ(run({"--modem", "sim", "--socket", socket}).status, 1);
   EXPECT_EQ(contents(socket), "kept");
 }
 
@@ -127,11 +131,12 @@ TEST_F(Atd, SaysWhyItDoesNotStart) {
   const std::tuple<std::vector<std::string>, int, const char*> rows[] = {
       {{"--help"}, 0, "Examples:"},
       {{"--no-such-option"}, 2, "no-such-option"},
-      {{"--sim-contacts", twice}, 2, "SM entry 2: index 1 stands twice"},
-      {{"--sim-contacts", typo}, 2, "SM entry 1: \"nmae\" is no key"},
+      {{"--socket", socket}, 2, "sim, the simulated one"},
+      {{"--modem", "sim", "--sim-contacts", twice}, 2, "SM entry 2: index 1 stands twice"},
+      {{"--modem", "sim", "--sim-contacts", typo}, 2, "SM entry 1: \"nmae\" is no key"},
       {{"--modem", "usb"}, 2, "'usb' is not sim"},
-      {{"--socket", std::string(108, 's')}, 1, "108 characters"},
-      {{"--socket", socket, "--socket-group", "no such group"}, 1, "no group"},
+      {{"--modem", "sim", "--socket", std::string(108, 's')}, 1, "108 characters"},
+      {{"--modem", "sim", "--socket", socket, "--socket-group", "no such group"}, 1, "no group"},
       {{"--socket", socket, "--modem", "replay:" + log}, 1, "cannot be read"},
   };
   for (const auto& [arguments, status, said] : rows) {

@@ -144,6 +144,11 @@ TEST(Dispatcher, AnswersAndReportsAreToldApart) {
       {"AT+CSQ;+CGREG?", "/+CSQ: 1//+CGREG: 0//OK/", "/+CSQ: 1//+CGREG: 0//OK/", ""},
       {"AT+CGREG?", "/+CEREG: 5//+CGREG: 0//OK//+CGREG: 2/", "/+CGREG: 0//OK/",
        "/+CEREG: 5//+CGREG: 2/"},
+      // No table knows them; a text may look the same.
+      {"AT+CPBR=1,2", "/+CPBR: 1,\"\"/+CREG: 1,\"C3\"/+CPBR: 2,\"\"//^RSSI:18/OK/",
+       "/+CPBR: 1,\"\"/+CPBR: 2,\"\"//OK/", "/+CREG: 1,\"C3\"//^RSSI:18/"},
+      {"AT+CMGR=1", "/+CMGR: 1/> you/+MEET: here/> /OK/", "/+CMGR: 1/> you/+MEET: here/> /OK/", ""},
+      {"ATI", "/Maker/+GCAP: +CGSM//OK/", "/Maker/+GCAP: +CGSM//OK/", ""},
       {"AT", "/NO CARRIER//+JEND//OK/", "/OK/", "/NO CARRIER//+JEND/"},
       // A stray result between commands is nobody's.
       {"", "/OK//+CME ERROR: 3//+NEW: 1/", "", "/+NEW: 1/"},
@@ -295,6 +300,13 @@ TEST(Dispatcher, ASettingThatCannotBePutBackRefusesTheCommand) {
   EXPECT_EQ(line.ask("AT+CSCS=\"UCS2\""), kOk);
   EXPECT_EQ(line.ask("AT+CPBW=1,\"1\",129,\"0041\"", 1000, {2, 2}), kError);
   EXPECT_EQ(line.modem.state().sim.find(1)->number, "+4930901820");
+  // Without an answer to it each command ends, and the modem is there for the next.
+  Line silent({"*:AT+CSCS=\"IRA\":never"});
+  silent.ask("AT+CSCS=\"UCS2\"");
+  for (int64_t process : {2, 3}) silent.submit("AT+CPBR=1", 2000, {process, 1});
+  silent.run(milliseconds(15'000));
+  EXPECT_EQ(silent.answers, (Answers{{1, kOk}, {2, ""}, {3, ""}}));
+  EXPECT_EQ(silent.ask("AT+CSQ"), kCsq);
 }
 
 // A client that goes on after a selection without an answer must not have its digits stored.

@@ -178,7 +178,7 @@ inline std::string describe(const Answer& answer) {
 inline Error failure(const Answer& answer, const std::string& job) {
   if (answer.reply == Reply::kNoServer) {
     return {Cause::kNoAnswer, "no AT server listens on " QALT_AT_SERVER_PATH,
-            "start one: qalt-atd --modem tty:/dev/ttyUSB2, or qalt-atd for a simulated modem"};
+            "start one: qalt-atd --modem tty:/dev/ttyUSB2, or --modem sim for a simulated one"};
   }
   const bool silent = answer.reply == Reply::kSilent || answer.reply == Reply::kGarbled;
   Error error{silent ? Cause::kNoAnswer : Cause::kRefused,

@@ -149,6 +149,14 @@ inline Result<detail::WireReading> Phonebook::read_wire(int first, int last, int
   return reading;
 }
 
+/* All indices. The contacts are counted first, in the same job: the number tells whether one that
+ * the modem refuses to give is missing, and other clients and the phone itself change it. */
+inline Result<detail::WireReading> Phonebook::read_whole() {
+  const auto now = counts();
+  if (!now) return now.error();
+  return read_wire(info_.first, info_.last, now->used);
+}
+
 inline Result<Reading> Phonebook::read(int nFirst, int nLast) {
   const Job job(*this);
   if (!job.result()) return job.result().error();
@@ -156,7 +164,7 @@ inline Result<Reading> Phonebook::read(int nFirst, int nLast) {
     if (!info_.has_index(index)) return wrong_index(index);
   }
   const bool all = nFirst == info_.first && nLast == info_.last;
-  auto wires = read_wire(nFirst, nLast, all ? info_.used : -1);
+  auto wires = all ? read_whole() : read_wire(nFirst, nLast, -1);
   if (!wires) return wires.error();
   Reading reading;
   reading.unreadable = std::move(wires->unreadable);

@@ -118,10 +118,26 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
 }
 
 inline Result<int> Phonebook::free_index(int wanted) {
-  auto reading = read_wire(info_.first, info_.last, info_.used);
+  auto reading = read_whole();
   if (!reading) return reading.error();
+  if (reading->empty_by_count) {
+    const int counted = info_.used;
+    const auto now = counts();
+    if (!now) return now.error();
+    if (now->used != counted) {
+      return Error{Cause::kUsage, "another client has just changed the phonebook", "try again"};
+    }
+  }
   /* An index that could not be read may hold a contact. */
-  for (const Unreadable& gap : reading->unreadable) reading->contacts[gap.index] = {};
+  for (const Unreadable& gap : reading->unreadable) {
+    if (gap.index == wanted) {
+      return Error{Cause::kUsage,
+                   "index " + std::to_string(wanted) +
+                       " may be occupied, since it cannot be read: " + gap.why,
+                   "choose another index, or overwrite it on purpose"};
+    }
+    reading->contacts[gap.index] = {};
+  }
   /* NOLINTNEXTLINE(readability-container-contains): C++17 has none. */
   const auto is_free = [&](int index) { return reading->contacts.count(index) == 0; };
   if (wanted != kNoIndex) {
@@ -139,8 +155,6 @@ inline Result<Contact> Phonebook::add(const Contact& contact) {
   const Job job(*this);
   if (!job.result()) return job.result().error();
   if (const auto good = check(contact); !good) return good.error();
-  const auto now = counts();
-  if (!now) return now.error();
   const auto index = free_index(contact.index);
   if (!index) return index.error();
   if (info_.total > 0 && info_.used >= info_.total) {

@@ -98,6 +98,7 @@ class Link {
 struct WireReading {
   std::map<int, WireContact> contacts;
   std::vector<Unreadable> unreadable;
+  bool empty_by_count = false; /* of some indices only the number of contacts says so */
 };
 
 class RangeReader {
@@ -112,10 +113,12 @@ class RangeReader {
     Result<Done> done = walk(first, last);
     if (done) done = ask_refused_again();
     if (!done) return done.error();
+    /* Too few contacts were found: any of these may hold a missing one, so none is left out. */
+    const bool missing = used >= 0 && !found_all();
     for (const int index : refused_) {
-      /* Too few contacts were found: one of these holds the missing one. */
-      if (used >= 0 && !found_all()) note(index, "the modem answered ERROR");
+      if (missing) note(index, "the modem answered ERROR");
     }
+    reading_.empty_by_count |= !missing && !refused_.empty();
     std::sort(reading_.unreadable.begin(), reading_.unreadable.end(),
               [](const Unreadable& a, const Unreadable& b) { return a.index < b.index; });
     return std::move(reading_);
@@ -133,9 +136,8 @@ class RangeReader {
   static constexpr int kMostSilent = 3;
   static constexpr int kRetries = 3;
 
-  bool found_all() const { return used_ >= 0 && contacts_found() >= used_; }
-  int contacts_found() const {
-    return static_cast<int>(reading_.contacts.size() + reading_.unreadable.size());
+  bool found_all() const {
+    return used_ >= 0 && static_cast<int>(reading_.contacts.size()) + garbled_ >= used_;
   }
   void note(int index, const std::string& why) { reading_.unreadable.push_back({index, why}); }
 
@@ -203,7 +205,8 @@ class RangeReader {
   /* Takes the contacts of an answer; false when the range has to be asked in parts. */
   bool take(const Answer& answer, const Range& range) {
     const bool empty = answer.code == kNotFound && answer.reply == Reply::kCode;
-    if (empty || (answer.reply == Reply::kError && found_all())) return true;
+    if (answer.reply == Reply::kError && found_all()) return reading_.empty_by_count = true;
+    if (empty) return true;
     if (!answer.ok()) return false;
     std::vector<WireContact> contacts;
     if (!answer.payload.empty()) {
@@ -220,6 +223,7 @@ class RangeReader {
       const auto readable = contact_of(contact, form_);
       if (!readable) {
         note(index, readable.error().what);
+        ++garbled_;
       } else {
         reading_.contacts.insert_or_assign(index, std::move(contact));
       }
@@ -232,6 +236,7 @@ class RangeReader {
       refused_.push_back(index);
     } else if (answer.code != kInvalidIndex) {
       note(index, answer.ok() ? "its answer cannot be read" : "the modem " + describe(answer));
+      if (answer.lines != 0) ++garbled_;
     }
   }
 
@@ -246,6 +251,7 @@ class RangeReader {
   TextForm form_;
   int used_ = -1;
   int silent_ = 0;
+  int garbled_ = 0;          /* contacts that stand there and cannot be read */
   std::vector<int> refused_; /* single indices that answered ERROR */
   WireReading reading_;
 };

@@ -79,10 +79,10 @@ inline std::string read_line(Family family, int first, int last) {
   return std::string(row_of(family).read) + std::to_string(first) + "," + std::to_string(last);
 }
 
-/* A second an index: a modem may search the card for each. */
+/* A second an index, since a modem may search the card for each; never less than for one alone. */
 inline uint32_t read_timeout_ms(Family family, int first, int last) {
   if (family != Family::kStandard) return 5000;
-  return last > first ? static_cast<uint32_t>(last - first) * 1000 : 20000;
+  return std::max<uint32_t>(20000, static_cast<uint32_t>(last - first + 1) * 1000);
 }
 
 inline std::string erase_line(Family family, int index) {

@@ -1,0 +1,25 @@
+// command_answers.h - what the answer to a command can hold, as far as its name tells.
+#ifndef QALT_SERVER_COMMAND_ANSWERS_H_
+#define QALT_SERVER_COMMAND_ANSWERS_H_
+
+#include <string_view>
+
+#include "at/at_line.h"
+
+namespace qalt::server {
+
+// Whether the modem may prompt for a text ("\r\n> ", 3GPP TS 27.005, 3.5.1 and 4.3) before it
+// answers.
+bool may_prompt(const at::Command& command);
+
+// Whether each information line of the answer bears the command's own name, so that a line of
+// another name is a report (3GPP TS 27.007, 4). Not so where an answer has texts in it, and where a
+// vendor's command is not known.
+bool answers_by_name(const at::Command& command);
+
+// "+CREG: 1", "^RSSI:18": a line that bears a name.
+bool bears_name(std::string_view line);
+
+}  // namespace qalt::server
+
+#endif  // QALT_SERVER_COMMAND_ANSWERS_H_
