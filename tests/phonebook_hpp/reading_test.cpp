@@ -81,8 +81,8 @@ TEST_F(Book, WhileAContactIsMissingNoRefusedIndexIsFree) {
   EXPECT_EQ(qalt::Cause::kUsage, book.add(contact).error().cause);
 }
 
-// Where every empty index is refused, and each long range from 21 on, the count decides, as it is in
-// the job that reads.
+// Where every empty index is refused, and each long range from 21 on, the count decides, as it is
+// in the job that reads.
 TEST_F(Book, CountsAreThoseOfTheReading) {
   lines = {{1, kAnn}, {2, kAnn}};
   open();
