@@ -21,23 +21,24 @@ PREFIX ?= /usr/local
 PROFILE ?= standard
 MINUTES ?= 1
 MAKEFLAGS += --no-print-directory
+unexport CDPATH
 
 .PHONY: all install demo check check-all check-distributions check-anywhere check-long soak fuzz lint coverage check-target footprint deb docs bench format clean
 
 all:
 	@scripts/setup.sh --only-check build
-	@cmake --preset default -B $(BUILD) -DCMAKE_INSTALL_PREFIX="$(PREFIX)" >/dev/null
-	cmake --build $(BUILD) -j $$(nproc)
+	@cmake --preset default -B "$(BUILD)" -DCMAKE_INSTALL_PREFIX="$(PREFIX)" >/dev/null
+	cmake --build "$(BUILD)" -j $$(nproc)
 
 install: all
-	cmake --install $(BUILD)
+	cmake --install "$(BUILD)"
 
 # Nobody measures a demonstration: without optimisation it is built in half the time.
 demo:
 	scripts/setup.sh build
 	cmake --preset demo >/dev/null
 	cmake --build --preset demo -j $$(nproc)
-	scripts/demo.sh build/demo $(PROFILE)
+	scripts/demo.sh build/demo '$(PROFILE)'
 
 check:
 	scripts/setup.sh tests

@@ -3,7 +3,7 @@
 # usage: check_abi.sh            fails when anything changed
 #        check_abi.sh --accept   writes new baselines; CONTRIBUTING.md says when that is right
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 case ${1:-} in '' | --accept) ;; *) sed -n 's/^# //p' "$0" >&2; exit 2 ;; esac
 failed=0
 for architecture in x86_64 arm; do

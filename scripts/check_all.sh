@@ -7,8 +7,10 @@
 # FRESH=1 runs it all the same. One whose tools cannot be had here is left out, and says so. Logs are
 # in build/stages. Exit status 1 when a stage failed.
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 store=build/stages
+# What would leave tests out.
+unset GTEST_FILTER GTEST_TOTAL_SHARDS GTEST_SHARD_INDEX
 mkdir -p $store
 
 # Stage, the set-up it needs, and the folders that it does not look at.
@@ -21,9 +23,9 @@ asan           tests          bench
 tsan           tests          bench
 targets        target         bench
 build-arm      target         bench
-interface      abi            tests bench
+interface      abi            bench
 anywhere       tests          bench
-reproducible   tests          tests bench
+reproducible   tests          bench
 distributions  distributions  bench
 "
 
@@ -60,6 +62,7 @@ run_stage() {
       ;;
     reproducible) scripts/check_reproducible.sh ;;
     distributions) scripts/check_distributions.sh trixie ;;
+    *) echo "check_all.sh: no stage $1" >&2; exit 2 ;;
   esac
 }
 
@@ -76,7 +79,7 @@ state_of() {  # folders that it does not look at
     cat /etc/os-release; } 2>/dev/null | sha256sum
 }
 
-row() { printf '%-14s %-9s %5s s  %s\n' "$@" | sed 's/ *$//' >>$store/table; }
+row() { printf '%-14s %-9s %5s s  %s\n' "$@" | sed 's/ *$//' >>"$table"; }
 
 one_stage() {  # name, set-up, folders that it does not look at
   name=$1 goal=$2
@@ -111,10 +114,12 @@ one_stage() {  # name, set-up, folders that it does not look at
 but=
 [ "${1:-}" != --but ] || { but=yes; shift; }
 for wanted; do
-  echo "$stages" | grep -q "^$wanted " ||
+  echo "$stages" | cut -d ' ' -f 1 | grep -qxF -- "$wanted" ||
     { echo "check_all.sh: no stage $wanted; there are:" $(echo "$stages" | cut -d ' ' -f 1) >&2; exit 2; }
 done
-: >$store/table
+# Another run may go on beside this one.
+table=$(mktemp)
+trap 'rm -f "$table"' EXIT
 began=$(date +%s)
 while read -r name rest; do
   [ -n "$name" ] || continue
@@ -128,7 +133,7 @@ done <<STAGES
 $stages
 STAGES
 echo
-cat $store/table
+cat "$table"
 row all '' $(($(date +%s) - began)) ''
-tail -n 1 $store/table
-! grep -q ' FAILED ' $store/table
+tail -n 1 "$table"
+! grep -q ' FAILED ' "$table"

@@ -9,7 +9,7 @@
 #   locales    with LANG=C, C.UTF-8, and Turkish where there is one
 #   path       a build of its own in a folder whose path has blanks and other letters than ASCII's
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 build=build/check
 log=build/anywhere.log
 [ -e $build/CTestTestfile.cmake ] || { echo "$build is not there: make check makes it" >&2; exit 1; }

@@ -8,7 +8,7 @@
 # The systems, and the packages that were once downloaded, stay in build/distributions; after a week
 # a system is made anew. Who is not root needs user namespaces and lines in /etc/subuid, /etc/subgid.
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 store=build/distributions
 
 # The system as a tar file. What this machine's apt was told about its archive holds there too.

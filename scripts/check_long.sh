@@ -2,7 +2,7 @@
 # What takes too long for every change: all texts up to LENGTH words, and more runs of the threaded
 # and fault tests, where what goes wrong goes wrong rarely.
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 
 build=build/long
 length=${LENGTH:-7}

@@ -2,7 +2,7 @@
 # The library and the C program that takes every exported function, in each way a firmware project
 # may build them. usage: check_matrix.sh [ROW...], default all rows
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 
 # Row, C compiler, C++ compiler, compile options, further CMake arguments.
 rows="
@@ -30,7 +30,7 @@ build_row() {  # row cc cxx options arguments...
 }
 
 for wanted; do
-  echo "$rows" | grep -q "^$wanted " || { echo "check_matrix.sh: there is no row $wanted" >&2; exit 2; }
+  echo "$rows" | cut -d " " -f 1 | grep -qxF -- "$wanted" || { echo "check_matrix.sh: there is no row $wanted" >&2; exit 2; }
 done
 echo "$rows" | while read -r row arguments; do
   [ -n "$row" ] || continue

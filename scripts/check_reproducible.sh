@@ -2,7 +2,7 @@
 # Whether what is installed is the same, byte by byte, wherever it was built and whoever installed it:
 # the release build of this tree beside that of a copy with a longer path, installed with another umask.
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 work=$PWD/build/reproducible
 copy=$work/a-copy-with-a-longer-path
 installed="qalt_at qalt_at_static qalt-atd qalt-simmodem qalt-pb"

@@ -2,7 +2,7 @@
 # Lines and branches of the library that the tests reach. The pages in build/coverage/ show each; what
 # is not reached is listed on standard output. Calls that return by an exception there are none.
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 
 build=build/coverage
 cmake --preset coverage >/dev/null

@@ -3,7 +3,7 @@
 # usage: deb.sh            builds them
 #        deb.sh --check    and looks at them with lintian, installs, tries and removes them here
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 folder=build/deb
 mkdir -p $folder
 rm -f $folder/*.deb $folder/*.ddeb

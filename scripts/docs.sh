@@ -2,7 +2,7 @@
 # The reference of the public headers as HTML, in build/docs/html, and the manual pages' check. A
 # warning is an error, and so is a public function without a comment.
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 folder=build/docs
 mkdir -p $folder
 version=$(sed -n 's/^#define QALT_AT_VERSION_[A-Z]* //p' include/qalt_at/version.h | paste -s -d .)

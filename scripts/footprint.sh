@@ -7,7 +7,7 @@
 # processor, whose vector registers the dynamic linker saves on the caller's stack.
 set -eu
 export LC_ALL=C
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 store=build/target
 marked="glibc arm-glibc arm-uclibc musl arm-musl"
 sized="glibc arm-glibc arm-uclibc"

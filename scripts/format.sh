@@ -2,7 +2,7 @@
 # Lays out every C and C++ file as .clang-format says. usage: format.sh [--check]
 #   --check  changes nothing, and fails where something would change
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 action=-i
 [ "${1:-}" != --check ] || action="--dry-run -Werror"
 # shellcheck disable=SC2086

@@ -3,7 +3,7 @@
 # folder; an input that breaks a property is kept there too, and ends the run.
 # usage: scripts/fuzz.sh [TARGET...], default all
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 
 build=build/fuzz
 seconds=${FUZZ_SECONDS:-60}

@@ -2,7 +2,7 @@
 # Static analysers: clang-tidy and cppcheck over the library and the programs, GCC's -fanalyzer over
 # the library, shellcheck over the scripts. Any finding fails.
 set -eu
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 
 library=$(ls link/*.cpp ATPreprocess/*.cpp AtCodec/*.cpp pb/*.cpp codec/*.cpp common/*.cpp)
 programs=$(ls at/*.cpp sim/*.cpp server/*.cpp cli/*.cpp)
@@ -65,4 +65,5 @@ echo "== shellcheck"
 # shellcheck disable=SC2046
 shellcheck --severity=warning --exclude=SC2046 \
   $(find .ci docs packaging scripts tests -type f -exec grep -lE '^#!/bin/(ba)?sh' {} +)
+shellcheck --severity=error --shell=bash packaging/completion/qalt-pb.bash
 echo "no findings"

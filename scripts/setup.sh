@@ -70,7 +70,7 @@ stands() {  # what it is known by
     header:*)
       printf '#if !__has_include(<%s>)\n#error\n#endif\n' "${1#header:}" |
         CPATH=${CPATH:+$CPATH:}$(printf '%s' "${CMAKE_PREFIX_PATH:-}" | sed 's|:|/include:|g; s|$|/include|') \
-          "${CXX:-c++}" -E -x c++ - >/dev/null 2>&1 ;;
+          ${CXX:-c++} -E -x c++ - >/dev/null 2>&1 ;;
     *) false ;;
   esac
 }
@@ -206,7 +206,12 @@ apt() { $as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock::Ti
 updated=
 update() { updated=yes; apt update || true; look; }
 # shellcheck disable=SC2086
-install_missing() { apt install -y --no-install-recommends --no-remove $missing; }
+install_missing() {
+  apt install -y --no-install-recommends --no-remove $missing
+  dpkg_states=$(dpkg-query -W -f '${Package} ${db:Status-Status}\n')
+  look
+  [ -z "$missing" ]
+}
 
 { has_lists && [ -z "$beyond" ]; } || update
 [ -n "$missing" ] || finish

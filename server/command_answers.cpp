@@ -19,32 +19,32 @@ constexpr std::array<std::string_view, 14> kFreeText = {"+CMGL", "+CMGR", "+CNMI
 constexpr std::array<std::string_view, 5> kNamedOfVendors = {"^SCPBR", "^SCPBW", "^CPBR", "^CPBW",
                                                              "^CARDMODE"};
 
-constexpr std::string_view kPrefixes = "+^*%$#";
+constexpr std::string_view kNamePrefixes = "+^*%$#";
 
 template <size_t kCount>
-bool contains(const std::array<std::string_view, kCount>& names, std::string_view name) {
+bool lists(const std::array<std::string_view, kCount>& names, std::string_view name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 bool is_vendors(const at::Command& command) {
-  return kPrefixes.find(command.name[0]) != kPrefixes.npos && command.name[0] != '+';
+  return kNamePrefixes.find(command.name[0]) != kNamePrefixes.npos && command.name[0] != '+';
 }
 
 }  // namespace
 
 bool may_prompt(const at::Command& command) {
   if (command.form == at::Form::kQuery || command.form == at::Form::kTest) return false;
-  return contains(kPrompting, command.name) ||
-         (is_vendors(command) && !contains(kNamedOfVendors, command.name));
+  return lists(kPrompting, command.name) ||
+         (is_vendors(command) && !lists(kNamedOfVendors, command.name));
 }
 
 bool answers_by_name(const at::Command& command) {
-  if (command.name[0] == '+') return !contains(kFreeText, command.name);
-  return contains(kNamedOfVendors, command.name);
+  if (command.name[0] == '+') return !lists(kFreeText, command.name);
+  return lists(kNamedOfVendors, command.name);
 }
 
 bool bears_name(std::string_view line) {
-  if (line.empty() || kPrefixes.find(line[0]) == kPrefixes.npos) return false;
+  if (line.empty() || kNamePrefixes.find(line[0]) == kNamePrefixes.npos) return false;
   size_t end = 1;
   while (end < line.size() && ((line[end] >= 'A' && line[end] <= 'Z') ||
                                (line[end] >= '0' && line[end] <= '9') || line[end] == '_')) {

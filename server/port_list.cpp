@@ -9,7 +9,7 @@ namespace {
 
 // Names of the kernel's drivers for modems: USB serial converters, CDC ACM, WWAN ports, multiplexed
 // lines.
-constexpr std::array<std::string_view, 4> kPrefixes = {"ttyUSB", "ttyACM", "wwan", "gsmtty"};
+constexpr std::array<std::string_view, 4> kPortNames = {"ttyUSB", "ttyACM", "wwan", "gsmtty"};
 
 }  // namespace
 
@@ -19,7 +19,7 @@ std::vector<std::string> modem_ports(const std::filesystem::path& folder) {
   for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end;
        at.increment(error)) {
     const std::string name = at->path().filename();
-    if (std::any_of(kPrefixes.begin(), kPrefixes.end(),
+    if (std::any_of(kPortNames.begin(), kPortNames.end(),
                     [&](std::string_view prefix) { return name.starts_with(prefix); })) {
       ports.push_back(at->path());
     }

@@ -5,7 +5,7 @@
 #   suite-build                                everything for ARM with glibc, the test suite included
 #   suite                                      the same, and runs the suite
 set -eu
-cd "$(dirname "$0")/../.."
+CDPATH='' cd "$(dirname "$0")/../.."
 jobs=$(nproc)
 store=build/target
 
