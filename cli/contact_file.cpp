@@ -84,7 +84,8 @@ std::string loss_of(Format format, const std::vector<Contact>& contacts) {
 std::optional<int> whole_number(std::string_view text) {
   int value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size() || value < 0) return std::nullopt;
+  const bool digits = text.find_first_not_of("0123456789") == text.npos;  // no sign
+  if (error != std::errc() || end != text.data() + text.size() || !digits) return std::nullopt;
   return value;
 }
 

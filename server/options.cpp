@@ -5,6 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "common/command_line.h"
 #include "qalt_at/link.h"
 #include "sim/options.h"
 
@@ -122,7 +123,7 @@ std::optional<Options> read_options(int argc, char** argv, int& status) {
   sim::add_options(app, sim);
 
   try {
-    app.parse(argc, argv);
+    parse_arguments(app, argc, argv);
     options.start_lines = split(start, '|');
     options.access.mode = parse_mode(mode);
     if (modem == "sim") {

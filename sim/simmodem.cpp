@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "at/transcript.h"
+#include "common/command_line.h"
 #include "sim/options.h"
 #include "sim/player.h"
 #include "sim/pty_line.h"
@@ -75,7 +76,7 @@ int main(int argc, char** argv) {
   qalt::sim::add_options(app, options);
   qalt::sim::Config config;
   try {
-    app.parse(argc, argv);
+    qalt::parse_arguments(app, argc, argv);
     config = qalt::sim::make_config(options);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
