@@ -4,12 +4,12 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <iostream>
 #include <utility>
 
 #include "cli/failure.h"
+#include "cli/file_access.h"
 #include "cli/interrupts.h"
 #include "cli/terminal.h"
 
@@ -48,16 +48,6 @@ CommandFunction find_command(const std::string& name) {
     if (row.name == name) return row.run;
   }
   return nullptr;
-}
-
-bool write_all(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(descriptor, text.data(), text.size());
-    if (written == -1 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    text.remove_prefix(size_t(written));
-  }
-  return true;
 }
 
 Context::Context(Arguments arguments)

@@ -53,9 +53,6 @@ class Context {
   long started_ms_;
 };
 
-// Writes all bytes; false when the descriptor takes no more.
-bool write_all(int descriptor, std::string_view text);
-
 // The commands, by name. Each throws Failure.
 using CommandFunction = void (*)(Context& context);
 CommandFunction find_command(const std::string& name);

@@ -5,21 +5,17 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-#include <sstream>
 #include <system_error>
 
 #include "cli/context.h"
 #include "cli/failure.h"
+#include "cli/file_access.h"
 #include "cli/import_plan.h"
 
 namespace qalt::cli {
 namespace {
 
 constexpr size_t kProblemsShown = 20;
-constexpr char kStandardInput[] = "-";
 
 Format wanted_format(const Arguments& arguments) {
   auto format = format_named(arguments.format);
@@ -55,17 +51,6 @@ void write_file(const std::string& path, const std::string& text) {
     errno = error;
     fail_on_file(path, "cannot be written");
   }
-}
-
-std::string read_file(const std::string& path) {
-  if (path == kStandardInput) {
-    return {std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
-  }
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  if (!file || (file.peek() != EOF && !(text << file.rdbuf())))
-    fail_on_file(path, "cannot be read");
-  return text.str();
 }
 
 [[noreturn]] void fail_on_problems(const std::string& path, const ImportPlan& plan) {

@@ -1,4 +1,8 @@
 // qalt-pb end to end against what goes wrong: no server, bad files, modems that misbehave, Ctrl-C.
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <filesystem>
 #include <fstream>
 
 #include "tests/cli/tool.h"
@@ -83,6 +87,22 @@ TEST_F(Tool, ABadFileWritesNothing) {
   EXPECT_EQ(7, run({"export", "no/such/folder.csv"}).status);
   EXPECT_EQ(0, sent("AT+CPBW"));
   expect(0, "line 1: left out: email \"a@b\"", run({"import", "a.vcf", "--force"}));
+}
+
+TEST_F(Tool, WhatCannotBeReadIsNoEmptyFile) {
+  start();
+  std::filesystem::create_directory("folder.csv");
+  for (const char* input : {"- </tmp", "- <&-", "folder.csv", "--replace - </tmp"}) {
+    expect(7, "cannot be read", shell(std::string("$pb import --format csv ") + input));
+  }
+  EXPECT_EQ(15u, json_of({"list"}).size());
+  // The closed descriptors stay without a meaning of their own.
+  EXPECT_EQ(4, shell("exec $pb get 4 <&- >&- 2>&-").status);
+  ASSERT_EQ(0, ::mkfifo("pipe.csv", 0600));
+  test::Program import(PB_PROGRAM, {"import", "pipe.csv"}, false);
+  const int writer = ::open("pipe.csv", O_WRONLY);  // it has opened it, and reads
+  EXPECT_EQ(130, import.end(SIGINT).status);
+  ::close(writer);
 }
 
 TEST_F(Tool, AnInterruptEndsBetweenTwoCommands) {
