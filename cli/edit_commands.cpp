@@ -1,6 +1,7 @@
 // The commands that change single contacts: add, set, delete, clear.
 #include "cli/context.h"
 #include "cli/failure.h"
+#include "cli/write_turn.h"
 
 namespace qalt::cli {
 namespace {
@@ -49,6 +50,7 @@ void run_add(Context& context) {
     throw Failure(Cause::kUsage, "a contact needs --name or --number");
   }
   Phonebook& book = context.book();
+  const WriteTurn turn;
   const bool overwrite = arguments.force && arguments.index.has_value();
   show_stored(context, take(overwrite ? book.put(contact) : book.add(contact)));
 }
@@ -58,7 +60,9 @@ void run_set(Context& context) {
   bool named = false;
   for (const auto& field : arguments.fields.fields) named = named || field.has_value();
   if (!named) throw Failure(Cause::kUsage, "no field is named", "say what to change, as --number");
-  show_stored(context, take(context.book().change(*arguments.index, arguments.fields)));
+  Phonebook& book = context.book();
+  const WriteTurn turn;
+  show_stored(context, take(book.change(*arguments.index, arguments.fields)));
 }
 
 void run_delete(Context& context) {

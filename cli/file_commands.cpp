@@ -10,7 +10,7 @@
 #include "cli/context.h"
 #include "cli/failure.h"
 #include "cli/file_access.h"
-#include "cli/import_plan.h"
+#include "cli/import_run.h"
 
 namespace qalt::cli {
 namespace {
@@ -87,8 +87,10 @@ std::vector<std::string> lines_of(const Phonebook& book, const ImportPlan& plan)
     lines.push_back(detail::read_line(family, index, index));
   }
   for (const PlannedWrite& write : plan.writes) {
+    const std::string look = detail::read_line(family, write.contact.index, write.contact.index);
+    if (write.overwritten.empty()) lines.push_back(look);
     lines.push_back(book.write_line(write.contact));
-    lines.push_back(detail::read_line(family, write.contact.index, write.contact.index));
+    lines.push_back(look);
   }
   if (standard) lines.push_back("AT+CSCS=\"IRA\"");
   return lines;
@@ -117,35 +119,6 @@ void show_plan(Context& context, const ImportPlan& plan) {
     for (const std::string& line : lines) text += "  " + line + "\n";
   }
   context.print(text);
-}
-
-struct Tally {
-  size_t written = 0;
-  size_t deleted = 0;
-};
-
-// Whether to go on after a failure.
-bool goes_on(Context& context, const Error& error) {
-  context.failed(error);
-  return error.cause != Cause::kInterrupted && error.cause != Cause::kNoAnswer;
-}
-
-void carry_out(Context& context, const ImportPlan& plan, Tally& tally) {
-  Phonebook& book = context.book();
-  const Phonebook::Job job(book);
-  take(job.result());
-  for (const int index : plan.deletes) {
-    const auto erased = book.erase(index);
-    if (erased) ++tally.deleted;
-    if (!erased && !goes_on(context, erased.error())) return;
-  }
-  for (const PlannedWrite& write : plan.writes) {
-    const auto stored = book.put(write.contact);
-    if (stored) ++tally.written;
-    if (!stored && !goes_on(context, stored.error())) return;
-    context.progress("writing " + std::to_string(tally.written) + " of " +
-                     std::to_string(plan.writes.size()));
-  }
 }
 
 }  // namespace
@@ -213,17 +186,18 @@ void run_import(Context& context) {
   Tally tally;
   if (!plan.deletes.empty() || !plan.writes.empty()) carry_out(context, plan, tally);
   context.end_progress();
+  const size_t unchanged = size_t(plan.unchanged) + tally.met;
   if (context.json()) {
     context.print(line_of(Json{{"written", tally.written},
                                {"deleted", tally.deleted},
-                               {"unchanged", plan.unchanged},
-                               {"missing", plan.writes.size() - tally.written}}) +
+                               {"unchanged", unchanged},
+                               {"missing", plan.writes.size() - tally.written - tally.met}}) +
                   "\n");
     return;
   }
   context.print(std::to_string(tally.written) + " of " + std::to_string(plan.writes.size()) +
                 " contacts written, " + std::to_string(tally.deleted) + " deleted, " +
-                std::to_string(plan.unchanged) + " unchanged\n");
+                std::to_string(unchanged) + " unchanged\n");
 }
 
 }  // namespace qalt::cli

@@ -105,6 +105,19 @@ TEST_F(Tool, WhatCannotBeReadIsNoEmptyFile) {
   ::close(writer);
 }
 
+TEST_F(Tool, WritersAtOnceLoseNothing) {
+  start({"--sim-delay", "1"});
+  for (const std::string name : {"a", "b"}) {
+    std::ofstream file(name + ".csv");
+    file << "name\n";
+    for (int i = 0; i != 20; ++i) file << name << i << "\n";
+  }
+  const Ended both = shell(
+      "$pb import a.csv & a=$!; $pb import b.csv & b=$!; $pb add --name c; wait $a && wait $b");
+  EXPECT_EQ(0, both.status) << both.err;
+  EXPECT_EQ(15u + 41u, json_of({"list"}).size()) << both.out;
+}
+
 TEST_F(Tool, AnInterruptEndsBetweenTwoCommands) {
   std::ofstream file("guests.jsonl");
   for (int i = 0; i != 200; ++i) file << "{\"name\":\"Guest " << i << "\"}\n";

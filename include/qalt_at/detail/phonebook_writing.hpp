@@ -220,6 +220,13 @@ inline Result<bool> Phonebook::holds_contact(int index) const {
   return answer.ok() && answer.lines != 0;
 }
 
+inline Result<bool> Phonebook::holds(int nIndex) {
+  const Job job(*this);
+  if (!job.result()) return job.result().error();
+  if (!info_.has_index(nIndex)) return wrong_index(nIndex);
+  return holds_contact(nIndex);
+}
+
 inline Result<Done> Phonebook::erase(int nIndex) {
   const Job job(*this);
   if (!job.result()) return job.result().error();
