@@ -1,4 +1,6 @@
 // The commands that change single contacts: add, set, delete, clear.
+#include <algorithm>
+
 #include "cli/context.h"
 #include "cli/failure.h"
 #include "cli/write_turn.h"
@@ -67,13 +69,16 @@ void run_set(Context& context) {
 
 void run_delete(Context& context) {
   Phonebook& book = context.book();
-  // All are looked at before the first is deleted.
+  // All are looked at before the first is deleted. One that is named twice counts once.
+  std::vector<int> indices;
   std::string names;
   for (const int index : context.arguments().indices) {
+    if (std::find(indices.begin(), indices.end(), index) != indices.end()) continue;
+    indices.push_back(index);
     names += "  " + std::to_string(index) + " " + label_of(take(book.get(index))) + "\n";
   }
   context.confirm(names + "delete?");
-  erase_all(context, context.arguments().indices);
+  erase_all(context, indices);
 }
 
 void run_clear(Context& context) {
