@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <iostream>
+#include <system_error>
 #include <utility>
 
 #include "cli/failure.h"
@@ -80,10 +82,13 @@ Phonebook& Context::book() {
   return book_;
 }
 
-void Context::print(std::string_view text) const {
-  if (!write_all(output_, text)) {
-    throw Failure(Cause::kBadInput, "standard output takes no more");
-  }
+void Context::print(std::string_view text) {
+  if (output_failed_ || write_all(output_, text)) return;
+  output_failed_ = true;
+  end_progress();
+  say_error({Cause::kOutput,
+             "standard output takes no more: " + std::generic_category().message(errno), ""},
+            json());
 }
 
 void Context::warn_unreadable(const Reading& reading) {

@@ -24,6 +24,8 @@ const char* class_name(Cause cause) {
       return "differs";
     case Cause::kBadInput:
       return "bad-file";
+    case Cause::kOutput:
+      return "output";
     case Cause::kInterrupted:
       return "interrupted";
   }

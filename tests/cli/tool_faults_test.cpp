@@ -105,6 +105,15 @@ TEST_F(Tool, WhatCannotBeReadIsNoEmptyFile) {
   ::close(writer);
 }
 
+TEST_F(Tool, TheStatusSaysWhatBecameOfThePhonebook) {
+  start();
+  expect(8, "standard output takes no more", shell("exec $pb add --name A >/dev/full"));
+  EXPECT_EQ(8, shell("exec $pb set 4 --name B >&-").status);
+  EXPECT_EQ("B", json_of({"get", "4"})[0]["name"]);
+  EXPECT_EQ(4, shell("exec $pb --json get 1 8 >/dev/full").status) << "the output comes second";
+  EXPECT_EQ("1 of 1 contact deleted\n", run({"delete", "4", "04", "--yes"}).out);
+}
+
 TEST_F(Tool, WritersAtOnceLoseNothing) {
   start({"--sim-delay", "1"});
   for (const std::string name : {"a", "b"}) {
@@ -118,6 +127,14 @@ TEST_F(Tool, WritersAtOnceLoseNothing) {
   EXPECT_EQ(15u + 41u, json_of({"list"}).size()) << both.out;
 }
 
+TEST_F(Tool, NohupKeepsAHangUpIgnored) {
+  start({"--sim-fault", "1:AT+CSQ:delay=300"});
+  const Ended ended = shell(
+      "trap '' HUP; $pb at AT AT+CSQ AT >out & while ! [ -s out ]; do :; done;"
+      "kill -HUP $!; wait $!");
+  EXPECT_EQ(0, ended.status) << ended.err;
+}
+
 TEST_F(Tool, AnInterruptEndsBetweenTwoCommands) {
   std::ofstream file("guests.jsonl");
   for (int i = 0; i != 200; ++i) file << "{\"name\":\"Guest " << i << "\"}\n";
@@ -125,6 +142,8 @@ TEST_F(Tool, AnInterruptEndsBetweenTwoCommands) {
   start({"--sim-delay", "2"});
   test::Program import(PB_PROGRAM, {"--json", "import", "guests.jsonl"}, false);
   while (sent("AT+CPBW") < 5) ::sched_yield();
+  // A terminal that closes and timeout(1) send more than one signal.
+  for (const int number : {SIGTERM, SIGHUP, SIGTERM, SIGINT}) import.signal(number);
   const Ended ended = import.end(SIGINT);
   EXPECT_EQ(130, ended.status);
   const json tally = json::parse(ended.out);

@@ -19,6 +19,7 @@ enum class Cause {
   kFull = 5,         /* no free index */
   kDiffers = 6,      /* what was read back is not what was written */
   kBadInput = 7,     /* a file that cannot be read or written, or does not hold contacts */
+  kOutput = 8,       /* standard output took no more; what was to be done is done */
   kInterrupted = 130 /* the client asked to stop */
 };
 
