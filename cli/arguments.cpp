@@ -41,6 +41,10 @@ void add_indices(CLI::App& command, Arguments& arguments) {
       ->transform(decimal());
 }
 
+void add_yes(CLI::App& command, Arguments& arguments) {
+  command.add_flag("--yes", arguments.yes, "do not ask; required without a terminal");
+}
+
 void add_format(CLI::App& command, Arguments& arguments) {
   command.add_option("--format", arguments.format, "jsonl, vcf or csv; else by the file's ending")
       ->check(CLI::IsMember({"jsonl", "vcf", "csv"}))
@@ -71,20 +75,19 @@ void add_writing_commands(CLI::App& app, Arguments& arguments) {
   CLI::App* erase = app.add_subcommand("delete", "deletes contacts");
   add_indices(*erase, arguments);
   CLI::App* clear = app.add_subcommand("clear", "deletes all contacts");
-  for (CLI::App* command : {erase, clear}) {
-    command->add_flag("--yes", arguments.yes, "do not ask; required without a terminal");
-  }
+  for (CLI::App* command : {erase, clear}) add_yes(*command, arguments);
 }
 
 void add_file_commands(CLI::App& app, Arguments& arguments) {
   CLI::App* save = app.add_subcommand("export", "writes all contacts to a file");
-  save->add_option("FILE", arguments.file, "standard output without it");
+  save->add_option("FILE", arguments.file, "standard output without it, or for -");
   add_format(*save, arguments);
   CLI::App* load = app.add_subcommand("import", "writes the contacts of a file");
   load->add_option("FILE", arguments.file, "a file, or - for standard input")->required();
   add_format(*load, arguments);
   load->add_flag("--dry-run", arguments.dry_run, "say what would change and be sent");
   load->add_flag("--replace", arguments.replace, "delete what the file does not have");
+  add_yes(*load, arguments);
   load->add_flag("--force", arguments.force,
                  "overwrite occupied indices, leave out fields that the phonebook does not have");
 }

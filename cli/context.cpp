@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <iostream>
@@ -129,7 +130,10 @@ void Context::confirm(const std::string& question) {
   }
   std::string answer;
   std::getline(std::cin, answer);
-  if (answer != "y" && answer != "Y" && answer != "yes") {
+  answer.erase(0, answer.find_first_not_of(" \t"));
+  answer.erase(answer.find_last_not_of(" \t\r") + 1);
+  for (char& c : answer) c = char(std::tolower(uint8_t(c)));
+  if (answer != "y" && answer != "yes") {
     throw Failure(Cause::kUsage, "nothing was changed");
   }
 }

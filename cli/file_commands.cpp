@@ -1,11 +1,5 @@
 // The commands that move contacts between the phonebook and files: export, import.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <system_error>
+#include <algorithm>
 
 #include "cli/context.h"
 #include "cli/failure.h"
@@ -20,7 +14,7 @@ constexpr size_t kProblemsShown = 20;
 Format wanted_format(const Arguments& arguments) {
   auto format = format_named(arguments.format);
   if (!format) format = format_of_path(arguments.file);
-  if (!format && arguments.command == "export" && arguments.file.empty()) {
+  if (!format && arguments.command == "export" && is_standard_output(arguments.file)) {
     format = Format::kJsonLines;
   }
   if (!format) {
@@ -28,29 +22,6 @@ Format wanted_format(const Arguments& arguments) {
                   "say --format jsonl, vcf or csv");
   }
   return *format;
-}
-
-[[noreturn]] void fail_on_file(const std::string& path, const char* what) {
-  throw Failure(Cause::kBadInput,
-                path + " " + what + ": " + std::generic_category().message(errno));
-}
-
-// An earlier export stays whole until the new one is.
-void write_file(const std::string& path, const std::string& text) {
-  struct stat status = {};
-  const bool special = stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-  const std::string name = special ? path : path + ".part";
-  const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (descriptor == -1) fail_on_file(path, "cannot be written");
-  bool done = write_all(descriptor, text) && (special || fsync(descriptor) == 0);
-  done = close(descriptor) == 0 && done;
-  if (done && !special) done = rename(name.c_str(), path.c_str()) == 0;
-  if (!done) {
-    const int error = errno;
-    if (!special) unlink(name.c_str());
-    errno = error;
-    fail_on_file(path, "cannot be written");
-  }
 }
 
 [[noreturn]] void fail_on_problems(const std::string& path, const ImportPlan& plan) {
@@ -96,6 +67,16 @@ std::vector<std::string> lines_of(const Phonebook& book, const ImportPlan& plan)
   return lines;
 }
 
+// What is lost by --replace, where something is.
+void confirm_losses(Context& context, const ImportPlan& plan) {
+  const auto overwritten =
+      std::count_if(plan.writes.begin(), plan.writes.end(),
+                    [](const PlannedWrite& write) { return !write.overwritten.empty(); });
+  if (plan.deletes.empty() && overwritten == 0) return;
+  context.confirm("delete " + std::to_string(plan.deletes.size()) + " contacts and overwrite " +
+                  std::to_string(overwritten) + "?");
+}
+
 void show_plan(Context& context, const ImportPlan& plan) {
   const std::vector<std::string> lines = lines_of(context.book(), plan);
   if (context.json()) {
@@ -137,7 +118,7 @@ void run_export(Context& context) {
   const std::string loss = loss_of(format, reading.contacts);
   if (!loss.empty()) context.warn(loss);
   const std::string text = write_contacts(format, reading.contacts);
-  if (arguments.file.empty()) {
+  if (is_standard_output(arguments.file)) {
     context.print(text);
   } else {
     write_file(arguments.file, text);
@@ -183,6 +164,7 @@ void run_import(Context& context) {
     show_plan(context, plan);
     return;
   }
+  if (arguments.replace) confirm_losses(context, plan);
   Tally tally;
   if (!plan.deletes.empty() || !plan.writes.empty()) carry_out(context, plan, tally);
   context.end_progress();

@@ -30,7 +30,7 @@ _qalt_pb() {
     set) words+=" $fields" ;;
     delete | clear) words+=' --yes' ;;
     export) words+=' --format' ;;
-    import) words+=' --format --dry-run --replace --force' ;;
+    import) words+=' --format --dry-run --replace --yes --force' ;;
     at) words+=' --timeout' ;;
     reports) words+=' --module --count' ;;
     text) words+=' encode decode --vendor --compact' ;;

@@ -92,7 +92,7 @@ TEST_F(Tool, ABadFileWritesNothing) {
 TEST_F(Tool, WhatCannotBeReadIsNoEmptyFile) {
   start();
   std::filesystem::create_directory("folder.csv");
-  for (const char* input : {"- </tmp", "- <&-", "folder.csv", "--replace - </tmp"}) {
+  for (const char* input : {"- </tmp", "- <&-", "folder.csv", "--replace --yes - </tmp"}) {
     expect(7, "cannot be read", shell(std::string("$pb import --format csv ") + input));
   }
   EXPECT_EQ(15u, json_of({"list"}).size());
@@ -112,6 +112,40 @@ TEST_F(Tool, TheStatusSaysWhatBecameOfThePhonebook) {
   EXPECT_EQ("B", json_of({"get", "4"})[0]["name"]);
   EXPECT_EQ(4, shell("exec $pb --json get 1 8 >/dev/full").status) << "the output comes second";
   EXPECT_EQ("1 of 1 contact deleted\n", run({"delete", "4", "04", "--yes"}).out);
+}
+
+TEST_F(Tool, ExportsReplaceOrWriteTo) {
+  start();
+  const std::string whole = run({"export"}).out;
+  const auto mode = [](const char* path) {
+    struct stat status = {};
+    return ::stat(path, &status) == 0 ? status.st_mode & 0777 : 0;
+  };
+  std::ofstream("kept.jsonl") << "old";
+  ::chmod("kept.jsonl", 0640);
+  std::ofstream("kept.jsonl.part") << "somebody's";
+  std::filesystem::create_directory("folder");
+  std::filesystem::create_symlink("../kept.jsonl", "folder/link.jsonl");
+  std::filesystem::create_symlink("later.jsonl", "folder/dangling.jsonl");
+  for (const char* path : {"folder/link.jsonl", "folder/dangling.jsonl", "/dev/full"}) {
+    EXPECT_EQ(path == std::string("/dev/full") ? 7 : 0,
+              run({"export", "--format", "jsonl", path}).status)
+        << path;
+  }
+  EXPECT_EQ(whole, test::contents("kept.jsonl"));
+  EXPECT_EQ(0640U, mode("kept.jsonl"));
+  EXPECT_EQ(whole, test::contents("folder/later.jsonl"));
+  EXPECT_EQ(0600U, mode("folder/later.jsonl"));
+  EXPECT_TRUE(std::filesystem::is_symlink("folder/link.jsonl"));
+  EXPECT_EQ("somebody's", test::contents("kept.jsonl.part"));
+  EXPECT_EQ(whole, run({"export", "-"}).out);
+  EXPECT_EQ(0, shell("{ echo head; $pb export /dev/stdout; } >both;"
+                     "$pb export --format jsonl /dev/fd/3 3>third;"
+                     "mkfifo f.jsonl; cat f.jsonl >fourth & $pb export f.jsonl; wait")
+                   .status);
+  EXPECT_EQ("head\n" + whole, test::contents("both"));
+  EXPECT_EQ(whole, test::contents("third"));
+  EXPECT_EQ(whole, test::contents("fourth"));
 }
 
 TEST_F(Tool, WritersAtOnceLoseNothing) {
