@@ -145,18 +145,27 @@ std::optional<Arguments> read_arguments(int argc, char** argv, int& status) {
   add_other_commands(app, arguments);
   for (CLI::App* command : app.get_subcommands({})) command->fallthrough();
 
+  const auto fail = [&](const std::string& what) {
+    const bool json = std::find(argv, argv + argc, std::string("--json")) != argv + argc;
+    say_error({Cause::kUsage, what, "see qalt-pb --help"}, json);
+    status = int(Cause::kUsage);
+  };
   try {
     parse_arguments(app, argc, argv);
     arguments.command = app.get_subcommands().front()->get_name();
     arguments.progress = !no_progress;
     return arguments;
+  } catch (const CLI::ExtrasError&) {
+    std::string what;
+    for (const std::string& extra : app.remaining(/*recurse=*/true)) {
+      what += (what.empty() ? "not expected: " : " ") + extra;
+    }
+    fail(what);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
       status = app.exit(error);
     } else {
-      const bool json = std::find(argv, argv + argc, std::string("--json")) != argv + argc;
-      say_error({Cause::kUsage, error.what(), "see qalt-pb --help"}, json);
-      status = int(Cause::kUsage);
+      fail(error.what());
     }
   }
   return std::nullopt;

@@ -45,6 +45,14 @@ TEST(Arguments, AnEmptyValueIsAValueOrAnError) {
   }
 }
 
+TEST(Arguments, WhatIsNotExpectedIsNamedInItsOrder) {
+  int status = 0;
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(read({"info", "one", "--two", "three"}, status));
+  EXPECT_EQ("qalt-pb: not expected: one --two three; see qalt-pb --help\n",
+            testing::internal::GetCapturedStderr());
+}
+
 TEST(Arguments, NumbersAreDecimal) {
   int status = 0;
   EXPECT_EQ((std::vector<int>{10, 0, 8}), read({"get", "010", "00", "08"}, status)->indices);

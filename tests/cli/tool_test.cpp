@@ -136,6 +136,8 @@ TEST_F(Tool, WhatDoesNotFitIsRefusedBeforeItIsSent) {
       {{"--number", "1\";+CPBW=1"}, "number may hold 0-9"},
       {{"--name", "A", "--index", "251"}, "the indices 1 to 250"},
   };
+  expect(2, "--from 251 is behind the last index", run({"list", "--from", "251"}));
+  expect(2, "--to 0 is before the first index", run({"list", "--to", "0"}));
   for (auto [arguments, said] : cases) {
     arguments.insert(arguments.begin(), "add");
     expect(2, said, run(arguments));
