@@ -20,7 +20,8 @@ Examples:
   qalt-pb --wait 30 info                             a card that has just been powered up
 
 Exit status: 0 done, 1 the modem refused, 2 usage, 3 no AT server or no answer, 4 no such contact,
-5 phonebook full, 6 read-back differs, 7 bad file, 8 output failed, 130 interrupted.)";
+5 phonebook full, 6 read-back differs, 7 bad file, 8 output failed, 9 another client
+was faster, 130 interrupted.)";
 
 constexpr char kFieldGroup[] = "Fields";
 

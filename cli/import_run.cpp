@@ -64,7 +64,7 @@ class Writer {
   }
 
   static Error taken(int index, const Contact& occupant) {
-    return {Cause::kUsage,
+    return {Cause::kCollision,
             "another client has just stored " + label_of(occupant) + " at index " +
                 std::to_string(index) + ", which was free",
             "import again"};

@@ -26,6 +26,8 @@ const char* class_name(Cause cause) {
       return "bad-file";
     case Cause::kOutput:
       return "output";
+    case Cause::kCollision:
+      return "collision";
     case Cause::kInterrupted:
       return "interrupted";
   }

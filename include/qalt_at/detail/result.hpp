@@ -20,6 +20,7 @@ enum class Cause {
   kDiffers = 6,      /* what was read back is not what was written */
   kBadInput = 7,     /* a file that cannot be read or written, or does not hold contacts */
   kOutput = 8,       /* standard output took no more; what was to be done is done */
+  kCollision = 9,    /* another client was faster, nothing was sent: the same call may do it now */
   kInterrupted = 130 /* the client asked to stop */
 };
 
