@@ -16,9 +16,11 @@
 namespace qalt::cli {
 namespace {
 
-constexpr int kPatienceMs = 30000;
 constexpr int kWaiters = 64;
 constexpr int kStepMs = 5;
+
+// Whoever holds a turn for that long may hold it for good: there is no second waiting.
+int g_patience_ms = 30000;
 
 struct Address {
   sockaddr_un name = {};
@@ -47,8 +49,9 @@ bool wait_for_end(const sockaddr* name, socklen_t size) {
   const bool queued = connect(waiting, name, size) == 0;
   pollfd events[] = {{interrupt_descriptor(), POLLIN, 0}, {waiting, POLLIN, 0}};
   // Where the queue is full, or the turn has ended, the next try tells more.
-  const int told = poll(events, queued ? 2 : 1, queued ? kPatienceMs : kStepMs);
+  const int told = poll(events, queued ? 2 : 1, queued ? g_patience_ms : kStepMs);
   close(waiting);
+  if (queued && told == 0) g_patience_ms = 0;
   return events[0].revents == 0 && (told != 0 || !queued);
 }
 

@@ -106,7 +106,8 @@ std::optional<Options> read_options(int argc, char** argv, int& status) {
          [&options](unsigned ms) { options.longest_wait = std::chrono::milliseconds(ms); },
          "most that is waited for an answer, whatever time-out a client asks for")
       ->type_name("MS")
-      ->check(CLI::Range(1, 1 << 30));
+      ->check(CLI::Range(1, 1 << 30))
+      ->transform(decimal());
   app.add_option("--report-to", options.report_paths,
                  "socket that gets the reports; may be repeated")
       ->type_name("PATH")
@@ -117,7 +118,8 @@ std::optional<Options> read_options(int argc, char** argv, int& status) {
   app.add_option("--ready-fd", options.ready_descriptor,
                  "descriptor that gets the line \"ready\" once clients may connect")
       ->type_name("FD")
-      ->check(CLI::Range(0, 1 << 20));
+      ->check(CLI::Range(0, 1 << 20))
+      ->transform(decimal());
   app.add_flag("--syslog", options.syslog, "messages to syslog, not to standard error");
   app.add_flag("--verbose", options.verbose, "more messages");
   sim::add_options(app, sim);

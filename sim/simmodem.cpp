@@ -72,7 +72,8 @@ int main(int argc, char** argv) {
       ->type_name("FILE");
   app.add_option("--ready-fd", ready_descriptor,
                  "descriptor that gets the line \"ready\" once the link is there")
-      ->type_name("FD");
+      ->type_name("FD")
+      ->transform(qalt::decimal());
   qalt::sim::add_options(app, options);
   qalt::sim::Config config;
   try {
