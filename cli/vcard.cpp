@@ -305,7 +305,8 @@ std::string write_vcards(const std::vector<Contact>& contacts) {
       if (!number.empty()) text += folded_line("TEL:" + escaped(number));
     }
     if (!contact.email.empty()) text += folded_line("EMAIL:" + escaped(contact.email));
-    if (!contact.extra.empty()) text += folded_line("NOTE:" + escaped(contact.extra));
+    const std::string note = escaped(contact.extra);
+    if (!note.empty()) text += folded_line("NOTE:" + note);
     text += "END:VCARD\r\n";
   }
   return text;
