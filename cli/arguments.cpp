@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "cli/output.h"
+#include "common/command_line.h"
 
 namespace qalt::cli {
 namespace {
@@ -19,7 +20,8 @@ Examples:
   qalt-pb --wait 30 info                             a card that has just been powered up
 
 Exit status: 0 done, 1 the modem refused, 2 usage, 3 no AT server or no answer, 4 no such contact,
-5 phonebook full, 6 read-back differs, 7 bad file, 130 interrupted.)";
+5 phonebook full, 6 read-back differs, 7 bad file, 8 output failed, 9 another client
+was faster, 130 interrupted.)";
 
 constexpr char kFieldGroup[] = "Fields";
 
@@ -35,7 +37,13 @@ void add_fields(CLI::App& command, Arguments& arguments) {
 }
 
 void add_indices(CLI::App& command, Arguments& arguments) {
-  command.add_option("INDEX", arguments.indices, "index of a contact")->required();
+  command.add_option("INDEX", arguments.indices, "index of a contact")
+      ->required()
+      ->transform(decimal());
+}
+
+void add_yes(CLI::App& command, Arguments& arguments) {
+  command.add_flag("--yes", arguments.yes, "do not ask; required without a terminal");
 }
 
 void add_format(CLI::App& command, Arguments& arguments) {
@@ -47,8 +55,8 @@ void add_format(CLI::App& command, Arguments& arguments) {
 void add_reading_commands(CLI::App& app, Arguments& arguments) {
   app.add_subcommand("info", "size, index range, field lengths, command family");
   CLI::App* list = app.add_subcommand("list", "the contacts as a table, or JSON");
-  list->add_option("--from", arguments.from, "first index")->type_name("N");
-  list->add_option("--to", arguments.to, "last index")->type_name("N");
+  list->add_option("--from", arguments.from, "first index")->type_name("N")->transform(decimal());
+  list->add_option("--to", arguments.to, "last index")->type_name("N")->transform(decimal());
   add_indices(*app.add_subcommand("get", "single contacts"), arguments);
   app.add_subcommand("find", "contacts by a part of a name or number, in any case")
       ->add_option("TEXT", arguments.text, "what to look for")
@@ -59,28 +67,28 @@ void add_writing_commands(CLI::App& app, Arguments& arguments) {
   CLI::App* add = app.add_subcommand("add", "writes a new contact");
   add_fields(*add, arguments);
   add->add_option("--index", arguments.index, "its index; else the lowest free one")
-      ->type_name("N");
+      ->type_name("N")
+      ->transform(decimal());
   add->add_flag("--force", arguments.force, "overwrite what stands at --index");
   CLI::App* set = app.add_subcommand("set", "changes the fields named, keeps the others");
-  set->add_option("INDEX", arguments.index, "index of a contact")->required();
+  set->add_option("INDEX", arguments.index, "index of a contact")->required()->transform(decimal());
   add_fields(*set, arguments);
   CLI::App* erase = app.add_subcommand("delete", "deletes contacts");
   add_indices(*erase, arguments);
   CLI::App* clear = app.add_subcommand("clear", "deletes all contacts");
-  for (CLI::App* command : {erase, clear}) {
-    command->add_flag("--yes", arguments.yes, "do not ask; required without a terminal");
-  }
+  for (CLI::App* command : {erase, clear}) add_yes(*command, arguments);
 }
 
 void add_file_commands(CLI::App& app, Arguments& arguments) {
   CLI::App* save = app.add_subcommand("export", "writes all contacts to a file");
-  save->add_option("FILE", arguments.file, "standard output without it");
+  save->add_option("FILE", arguments.file, "standard output without it, or for -");
   add_format(*save, arguments);
   CLI::App* load = app.add_subcommand("import", "writes the contacts of a file");
   load->add_option("FILE", arguments.file, "a file, or - for standard input")->required();
   add_format(*load, arguments);
   load->add_flag("--dry-run", arguments.dry_run, "say what would change and be sent");
   load->add_flag("--replace", arguments.replace, "delete what the file does not have");
+  add_yes(*load, arguments);
   load->add_flag("--force", arguments.force,
                  "overwrite occupied indices, leave out fields that the phonebook does not have");
 }
@@ -90,13 +98,16 @@ void add_other_commands(CLI::App& app, Arguments& arguments) {
   at->add_option("COMMAND", arguments.lines, "such as AT+CSQ")->required();
   at->add_option("--timeout", arguments.timeout_seconds, "for each answer (10)")
       ->type_name("SECONDS")
-      ->check(CLI::Range(1, 600));
+      ->check(CLI::Range(1, 600))
+      ->transform(decimal());
   CLI::App* reports = app.add_subcommand("reports", "receives pushed reports and prints them");
   reports
       ->add_option("--module", arguments.module,
                    "socket to listen on, as given to qalt-atd --report-to (/tmp/qalt-pb.reports)")
       ->type_name("PATH");
-  reports->add_option("--count", arguments.count, "end after so many")->type_name("N");
+  reports->add_option("--count", arguments.count, "end after so many")
+      ->type_name("N")
+      ->transform(decimal());
   CLI::App* text = app.add_subcommand("text", "codes a contact's text without a modem");
   CLI::App* encode = text->add_subcommand("encode", "text to hexadecimal digits");
   CLI::App* decode = text->add_subcommand("decode", "hexadecimal digits to text");
@@ -120,10 +131,12 @@ std::optional<Arguments> read_arguments(int argc, char** argv, int& status) {
   app.set_version_flag("--version", "qalt-pb " QALT_VERSION);
   app.require_subcommand(1);
   app.add_option("--platform", arguments.platform, "platform code of the device (0)")
-      ->type_name("N");
+      ->type_name("N")
+      ->transform(decimal());
   app.add_option("--wait", arguments.wait_seconds, "how long a starting card may be busy (10)")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0, 3600));
+      ->check(CLI::Range(0, 3600))
+      ->transform(decimal());
   app.add_flag("--json", arguments.json, "objects on standard output, errors too, on the other");
   app.add_flag("--no-progress", no_progress, "no progress on a terminal");
   app.add_flag("--verbose", arguments.verbose, "the library's diagnostics on standard error");
@@ -133,18 +146,27 @@ std::optional<Arguments> read_arguments(int argc, char** argv, int& status) {
   add_other_commands(app, arguments);
   for (CLI::App* command : app.get_subcommands({})) command->fallthrough();
 
+  const auto fail = [&](const std::string& what) {
+    const bool json = std::find(argv, argv + argc, std::string("--json")) != argv + argc;
+    say_error({Cause::kUsage, what, "see qalt-pb --help"}, json);
+    status = int(Cause::kUsage);
+  };
   try {
-    app.parse(argc, argv);
+    parse_arguments(app, argc, argv);
     arguments.command = app.get_subcommands().front()->get_name();
     arguments.progress = !no_progress;
     return arguments;
+  } catch (const CLI::ExtrasError&) {
+    std::string what;
+    for (const std::string& extra : app.remaining(/*recurse=*/true)) {
+      what += (what.empty() ? "not expected: " : " ") + extra;
+    }
+    fail(what);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
       status = app.exit(error);
     } else {
-      const bool json = std::find(argv, argv + argc, std::string("--json")) != argv + argc;
-      say_error({Cause::kUsage, error.what(), "see qalt-pb --help"}, json);
-      status = int(Cause::kUsage);
+      fail(error.what());
     }
   }
   return std::nullopt;

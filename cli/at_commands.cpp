@@ -172,6 +172,7 @@ void run_at(Context& context) {
   if (!detail::server_listens()) throw Failure(detail::failure({}, "send"));
   Json results = Json::array();
   for (const std::string& line : context.arguments().lines) {
+    if (context.output_failed()) return;
     if (interrupted()) throw Failure(Cause::kInterrupted, "interrupted before " + line);
     if (line.find_first_of("\r\n") != line.npos || line.size() >= QALT_AT_TEXT_SIZE) {
       throw Failure(Cause::kUsage, "a command is one line of at most 10239 characters");
@@ -212,6 +213,7 @@ void run_reports(Context& context) {
       throw Failure(Cause::kInterrupted, "interrupted");
     }
     print_reports(context, inbox.take(), left);
+    if (context.output_failed()) break;
   }
   SetClientProcRecvCallback(nullptr);
   unlink(path.c_str());

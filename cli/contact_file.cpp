@@ -19,6 +19,13 @@ constexpr std::array<FormatName, 6> kNames = {{{"jsonl", Format::kJsonLines},
                                                {"json", Format::kJsonLines},
                                                {"vcard", Format::kVcard}}};
 
+bool has_unfit_characters(const Contact& contact) {
+  return std::any_of(kFields.begin(), kFields.end(), [&](const FieldRow& field) {
+    const std::string& text = contact.*field.member;
+    return !std::all_of(text.begin(), text.end(), fits_vcard);
+  });
+}
+
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
@@ -71,6 +78,7 @@ std::string loss_of(Format format, const std::vector<Contact>& contacts) {
     return std::any_of(contacts.begin(), contacts.end(), holds);
   };
   if (any([](const Contact& c) { return c.coding != 0; })) loss += ", the codings";
+  if (any(has_unfit_characters)) loss += ", control characters";
   // Numbers are counted from the first one that is there.
   if (any([](const Contact& c) {
         return (c.number.empty() && !(c.number2.empty() && c.number3.empty())) ||
@@ -84,7 +92,8 @@ std::string loss_of(Format format, const std::vector<Contact>& contacts) {
 std::optional<int> whole_number(std::string_view text) {
   int value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size() || value < 0) return std::nullopt;
+  const bool digits = text.find_first_not_of("0123456789") == text.npos;  // no sign
+  if (error != std::errc() || end != text.data() + text.size() || !digits) return std::nullopt;
   return value;
 }
 

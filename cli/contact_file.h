@@ -47,6 +47,8 @@ FileContents read_json_lines(const std::string& text);
 std::string write_json_lines(const std::vector<Contact>& contacts);
 FileContents read_vcards(const std::string& text);
 std::string write_vcards(const std::vector<Contact>& contacts);
+// A card has no control characters but tabs and line ends.
+bool fits_vcard(char c);
 FileContents read_csv(const std::string& text);
 std::string write_csv(const std::vector<Contact>& contacts);
 

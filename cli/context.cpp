@@ -4,12 +4,15 @@
 #include <unistd.h>
 
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <iostream>
+#include <system_error>
 #include <utility>
 
 #include "cli/failure.h"
+#include "cli/file_access.h"
 #include "cli/interrupts.h"
 #include "cli/terminal.h"
 
@@ -50,16 +53,6 @@ CommandFunction find_command(const std::string& name) {
   return nullptr;
 }
 
-bool write_all(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(descriptor, text.data(), text.size());
-    if (written == -1 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    text.remove_prefix(size_t(written));
-  }
-  return true;
-}
-
 Context::Context(Arguments arguments)
     : arguments_(std::move(arguments)),
       output_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)),
@@ -90,10 +83,13 @@ Phonebook& Context::book() {
   return book_;
 }
 
-void Context::print(std::string_view text) const {
-  if (!write_all(output_, text)) {
-    throw Failure(Cause::kBadInput, "standard output takes no more");
-  }
+void Context::print(std::string_view text) {
+  if (output_failed_ || write_all(output_, text)) return;
+  output_failed_ = true;
+  end_progress();
+  say_error({Cause::kOutput,
+             "standard output takes no more: " + std::generic_category().message(errno), ""},
+            json());
 }
 
 void Context::warn_unreadable(const Reading& reading) {
@@ -134,7 +130,10 @@ void Context::confirm(const std::string& question) {
   }
   std::string answer;
   std::getline(std::cin, answer);
-  if (answer != "y" && answer != "Y" && answer != "yes") {
+  answer.erase(0, answer.find_first_not_of(" \t"));
+  answer.erase(answer.find_last_not_of(" \t\r") + 1);
+  for (char& c : answer) c = char(std::tolower(uint8_t(c)));
+  if (answer != "y" && answer != "yes") {
     throw Failure(Cause::kUsage, "nothing was changed");
   }
 }

@@ -26,8 +26,10 @@ class Context {
   // The phonebook, opened at the first use. Throws Failure.
   Phonebook& book();
 
-  // Writes all of `text` to standard output. Throws Failure.
-  void print(std::string_view text) const;
+  // Writes all of `text` to standard output. Where that takes no more, standard error says so,
+  // once, and a job whose whole point is the output looks at output_failed().
+  void print(std::string_view text);
+  bool output_failed() const { return output_failed_; }
   void warn(const std::string& text) const { say_warning(text, json()); }
   // Says what could not be read; the command then ends with the class "refused".
   void warn_unreadable(const Reading& reading);
@@ -41,7 +43,8 @@ class Context {
   // nobody can be asked.
   void confirm(const std::string& question);
 
-  int status() const { return status_; }
+  // What happened to the phonebook comes first, then the output.
+  int status() const { return status_ == 0 && output_failed_ ? int(Cause::kOutput) : status_; }
 
  private:
   Arguments arguments_;
@@ -49,12 +52,10 @@ class Context {
   bool open_ = false;
   int output_;
   int status_ = 0;
+  bool output_failed_ = false;
   bool progress_shown_ = false;
   long started_ms_;
 };
-
-// Writes all bytes; false when the descriptor takes no more.
-bool write_all(int descriptor, std::string_view text);
 
 // The commands, by name. Each throws Failure.
 using CommandFunction = void (*)(Context& context);

@@ -1,6 +1,9 @@
 // The commands that change single contacts: add, set, delete, clear.
+#include <algorithm>
+
 #include "cli/context.h"
 #include "cli/failure.h"
+#include "cli/write_turn.h"
 
 namespace qalt::cli {
 namespace {
@@ -49,6 +52,7 @@ void run_add(Context& context) {
     throw Failure(Cause::kUsage, "a contact needs --name or --number");
   }
   Phonebook& book = context.book();
+  const WriteTurn turn;
   const bool overwrite = arguments.force && arguments.index.has_value();
   show_stored(context, take(overwrite ? book.put(contact) : book.add(contact)));
 }
@@ -58,18 +62,23 @@ void run_set(Context& context) {
   bool named = false;
   for (const auto& field : arguments.fields.fields) named = named || field.has_value();
   if (!named) throw Failure(Cause::kUsage, "no field is named", "say what to change, as --number");
-  show_stored(context, take(context.book().change(*arguments.index, arguments.fields)));
+  Phonebook& book = context.book();
+  const WriteTurn turn;
+  show_stored(context, take(book.change(*arguments.index, arguments.fields)));
 }
 
 void run_delete(Context& context) {
   Phonebook& book = context.book();
-  // All are looked at before the first is deleted.
+  // All are looked at before the first is deleted. One that is named twice counts once.
+  std::vector<int> indices;
   std::string names;
   for (const int index : context.arguments().indices) {
+    if (std::find(indices.begin(), indices.end(), index) != indices.end()) continue;
+    indices.push_back(index);
     names += "  " + std::to_string(index) + " " + label_of(take(book.get(index))) + "\n";
   }
   context.confirm(names + "delete?");
-  erase_all(context, context.arguments().indices);
+  erase_all(context, indices);
 }
 
 void run_clear(Context& context) {

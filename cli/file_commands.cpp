@@ -1,30 +1,20 @@
 // The commands that move contacts between the phonebook and files: export, import.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-#include <sstream>
-#include <system_error>
+#include <algorithm>
 
 #include "cli/context.h"
 #include "cli/failure.h"
-#include "cli/import_plan.h"
+#include "cli/file_access.h"
+#include "cli/import_run.h"
 
 namespace qalt::cli {
 namespace {
 
 constexpr size_t kProblemsShown = 20;
-constexpr char kStandardInput[] = "-";
 
 Format wanted_format(const Arguments& arguments) {
   auto format = format_named(arguments.format);
   if (!format) format = format_of_path(arguments.file);
-  if (!format && arguments.command == "export" && arguments.file.empty()) {
+  if (!format && arguments.command == "export" && is_standard_output(arguments.file)) {
     format = Format::kJsonLines;
   }
   if (!format) {
@@ -32,40 +22,6 @@ Format wanted_format(const Arguments& arguments) {
                   "say --format jsonl, vcf or csv");
   }
   return *format;
-}
-
-[[noreturn]] void fail_on_file(const std::string& path, const char* what) {
-  throw Failure(Cause::kBadInput,
-                path + " " + what + ": " + std::generic_category().message(errno));
-}
-
-// An earlier export stays whole until the new one is.
-void write_file(const std::string& path, const std::string& text) {
-  struct stat status = {};
-  const bool special = stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-  const std::string name = special ? path : path + ".part";
-  const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (descriptor == -1) fail_on_file(path, "cannot be written");
-  bool done = write_all(descriptor, text) && (special || fsync(descriptor) == 0);
-  done = close(descriptor) == 0 && done;
-  if (done && !special) done = rename(name.c_str(), path.c_str()) == 0;
-  if (!done) {
-    const int error = errno;
-    if (!special) unlink(name.c_str());
-    errno = error;
-    fail_on_file(path, "cannot be written");
-  }
-}
-
-std::string read_file(const std::string& path) {
-  if (path == kStandardInput) {
-    return {std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
-  }
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  if (!file || (file.peek() != EOF && !(text << file.rdbuf())))
-    fail_on_file(path, "cannot be read");
-  return text.str();
 }
 
 [[noreturn]] void fail_on_problems(const std::string& path, const ImportPlan& plan) {
@@ -102,11 +58,23 @@ std::vector<std::string> lines_of(const Phonebook& book, const ImportPlan& plan)
     lines.push_back(detail::read_line(family, index, index));
   }
   for (const PlannedWrite& write : plan.writes) {
+    const std::string look = detail::read_line(family, write.contact.index, write.contact.index);
+    if (write.overwritten.empty()) lines.push_back(look);
     lines.push_back(book.write_line(write.contact));
-    lines.push_back(detail::read_line(family, write.contact.index, write.contact.index));
+    lines.push_back(look);
   }
   if (standard) lines.push_back("AT+CSCS=\"IRA\"");
   return lines;
+}
+
+// What is lost by --replace, where something is.
+void confirm_losses(Context& context, const ImportPlan& plan) {
+  const auto overwritten =
+      std::count_if(plan.writes.begin(), plan.writes.end(),
+                    [](const PlannedWrite& write) { return !write.overwritten.empty(); });
+  if (plan.deletes.empty() && overwritten == 0) return;
+  context.confirm("delete " + std::to_string(plan.deletes.size()) + " contacts and overwrite " +
+                  std::to_string(overwritten) + "?");
 }
 
 void show_plan(Context& context, const ImportPlan& plan) {
@@ -134,35 +102,6 @@ void show_plan(Context& context, const ImportPlan& plan) {
   context.print(text);
 }
 
-struct Tally {
-  size_t written = 0;
-  size_t deleted = 0;
-};
-
-// Whether to go on after a failure.
-bool goes_on(Context& context, const Error& error) {
-  context.failed(error);
-  return error.cause != Cause::kInterrupted && error.cause != Cause::kNoAnswer;
-}
-
-void carry_out(Context& context, const ImportPlan& plan, Tally& tally) {
-  Phonebook& book = context.book();
-  const Phonebook::Job job(book);
-  take(job.result());
-  for (const int index : plan.deletes) {
-    const auto erased = book.erase(index);
-    if (erased) ++tally.deleted;
-    if (!erased && !goes_on(context, erased.error())) return;
-  }
-  for (const PlannedWrite& write : plan.writes) {
-    const auto stored = book.put(write.contact);
-    if (stored) ++tally.written;
-    if (!stored && !goes_on(context, stored.error())) return;
-    context.progress("writing " + std::to_string(tally.written) + " of " +
-                     std::to_string(plan.writes.size()));
-  }
-}
-
 }  // namespace
 
 void run_export(Context& context) {
@@ -179,7 +118,7 @@ void run_export(Context& context) {
   const std::string loss = loss_of(format, reading.contacts);
   if (!loss.empty()) context.warn(loss);
   const std::string text = write_contacts(format, reading.contacts);
-  if (arguments.file.empty()) {
+  if (is_standard_output(arguments.file)) {
     context.print(text);
   } else {
     write_file(arguments.file, text);
@@ -225,20 +164,22 @@ void run_import(Context& context) {
     show_plan(context, plan);
     return;
   }
+  if (arguments.replace) confirm_losses(context, plan);
   Tally tally;
   if (!plan.deletes.empty() || !plan.writes.empty()) carry_out(context, plan, tally);
   context.end_progress();
+  const size_t unchanged = size_t(plan.unchanged) + tally.met;
   if (context.json()) {
     context.print(line_of(Json{{"written", tally.written},
                                {"deleted", tally.deleted},
-                               {"unchanged", plan.unchanged},
-                               {"missing", plan.writes.size() - tally.written}}) +
+                               {"unchanged", unchanged},
+                               {"missing", plan.writes.size() - tally.written - tally.met}}) +
                   "\n");
     return;
   }
   context.print(std::to_string(tally.written) + " of " + std::to_string(plan.writes.size()) +
                 " contacts written, " + std::to_string(tally.deleted) + " deleted, " +
-                std::to_string(plan.unchanged) + " unchanged\n");
+                std::to_string(unchanged) + " unchanged\n");
 }
 
 }  // namespace qalt::cli

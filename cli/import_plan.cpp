@@ -36,6 +36,10 @@ class Planner {
         if (!claimed_.contains(index)) plan_.deletes.push_back(index);
       }
     }
+    for (int index = book_.info().first; index <= book_.info().last; ++index) {
+      const bool used = stored_.contains(index) || unreadable_.contains(index);
+      if (!used && !claimed_.contains(index)) plan_.spare.push_back(index);
+    }
     return std::move(plan_);
   }
 
@@ -87,7 +91,7 @@ class Planner {
                           "; --force overwrites it");
       return;
     }
-    plan_.writes.push_back({record.contact, label});
+    plan_.writes.push_back({record.contact, label, false});
   }
 
   // Each stored contact stands for one record only.
@@ -111,7 +115,8 @@ class Planner {
     }
     claimed_.insert(contact.index);
     const auto occupant = stored_.find(contact.index);
-    plan_.writes.push_back({contact, occupant == stored_.end() ? "" : label_of(occupant->second)});
+    plan_.writes.push_back(
+        {contact, occupant == stored_.end() ? "" : label_of(occupant->second), true});
   }
 
   const std::multimap<std::string, int>& by_label() {

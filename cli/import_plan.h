@@ -19,11 +19,13 @@ struct ImportRules {
 struct PlannedWrite {
   Contact contact;
   std::string overwritten;  // label of the contact that stands there, empty for a free index
+  bool movable = false;     // any free index will do
 };
 
 struct ImportPlan {
   std::vector<int> deletes;
   std::vector<PlannedWrite> writes;
+  std::vector<int> spare;  // the indices that are free and stay so
   int unchanged = 0;
   std::vector<Problem> problems;  // nothing may be written when there is one
   std::vector<Problem> dropped;   // what --force leaves out

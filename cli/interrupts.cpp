@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
@@ -22,9 +23,17 @@ std::atomic<bool> g_interrupted = false;
 int g_descriptor = -1;
 
 void watch(sigset_t signals) {
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point first;
   for (int signal = 0;;) {
     if (sigwait(&signals, &signal) != 0) continue;
-    if (g_interrupted.exchange(true)) _exit(int(Cause::kInterrupted));
+    if (g_interrupted.exchange(true)) {
+      // timeout(1) and a terminal that closes send their signal twice, or two of them.
+      const bool meant = signal == SIGINT && Clock::now() - first >= std::chrono::seconds(1);
+      if (meant) _exit(int(Cause::kInterrupted));
+      continue;
+    }
+    first = Clock::now();
     const uint64_t one = 1;
     [[maybe_unused]] ssize_t unused = write(g_descriptor, &one, sizeof one);
     constexpr std::string_view kText = "\nqalt-pb: ending after the command under way\n";
@@ -40,7 +49,12 @@ void start_interrupts() {
   g_descriptor = eventfd(0, EFD_CLOEXEC);
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
+  for (const int number : {SIGINT, SIGTERM}) sigaddset(&signals, number);
+  // nohup(1) has it ignored, and so it stays.
+  struct sigaction hangup = {};
+  if (sigaction(SIGHUP, nullptr, &hangup) == 0 && hangup.sa_handler != SIG_IGN) {
+    sigaddset(&signals, SIGHUP);
+  }
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   std::thread(watch, signals).detach();
 }

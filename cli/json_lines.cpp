@@ -1,4 +1,5 @@
-// JSON Lines: one object a line, every field, exactly.
+// JSON Lines: one object a line, every field, exactly. An array of the same objects is read, too:
+// it is what the tool prints.
 #include "cli/contact_file.h"
 #include "cli/output.h"
 
@@ -41,10 +42,46 @@ void read_line(const std::string& text, int line, FileContents& contents) {
   contents.records.push_back(std::move(record));
 }
 
+// The objects of an array, each with the line on which it begins.
+void read_array(const std::string& text, FileContents& contents) {
+  const Json array = Json::parse(text, nullptr, /*allow_exceptions=*/false);
+  if (!array.is_array()) {
+    contents.problems.push_back({1, "is no JSON array"});
+    return;
+  }
+  int line = 1;
+  int depth = 0;
+  int start_line = 0;
+  size_t start = 0;
+  size_t objects = 0;
+  bool quoted = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '\n') ++line;
+    if (quoted && c == '\\') ++i;
+    if (c == '"') quoted = !quoted;
+    if (quoted || c == '"') continue;
+    if (c == '{' && depth == 1) {
+      start = i;
+      start_line = line;
+    }
+    depth += c == '{' || c == '[' ? 1 : c == '}' || c == ']' ? -1 : 0;
+    if (c != '}' || depth != 1) continue;
+    read_line(text.substr(start, i + 1 - start), start_line, contents);
+    ++objects;
+  }
+  if (objects != array.size()) contents.problems.push_back({1, "holds more than JSON objects"});
+}
+
 }  // namespace
 
 FileContents read_json_lines(const std::string& text) {
   FileContents contents;
+  const size_t first = text.find_first_not_of(" \t\r\n");
+  if (first != text.npos && text[first] == '[') {
+    read_array(text, contents);
+    return contents;
+  }
   int line = 1;
   for (size_t start = 0; start < text.size(); ++line) {
     const size_t end = std::min(text.find('\n', start), text.size());

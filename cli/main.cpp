@@ -6,10 +6,12 @@
 
 #include "cli/context.h"
 #include "cli/failure.h"
+#include "cli/file_access.h"
 #include "cli/interrupts.h"
 
 int main(int argc, char** argv) {
   using namespace qalt::cli;
+  open_standard_descriptors();
   int status = 0;
   const auto arguments = read_arguments(argc, argv, status);
   if (!arguments) return status;

@@ -24,6 +24,10 @@ const char* class_name(Cause cause) {
       return "differs";
     case Cause::kBadInput:
       return "bad-file";
+    case Cause::kOutput:
+      return "output";
+    case Cause::kCollision:
+      return "collision";
     case Cause::kInterrupted:
       return "interrupted";
   }

@@ -103,7 +103,16 @@ void run_list(Context& context) {
   Phonebook& book = context.book();
   const int first = arguments.from.value_or(book.info().first);
   const int last = arguments.to.value_or(book.info().last);
-  if (first > last) throw Failure(Cause::kUsage, "--from is greater than --to");
+  if (first > last && arguments.from && arguments.to) {
+    throw Failure(Cause::kUsage, "--from is greater than --to");
+  }
+  if (first > last) {
+    throw Failure(Cause::kUsage,
+                  arguments.from ? "--from " + std::to_string(first) + " is behind the last index"
+                                 : "--to " + std::to_string(last) + " is before the first index",
+                  "the phonebook has the indices " + std::to_string(book.info().first) + " to " +
+                      std::to_string(book.info().last));
+  }
   const Reading reading = take(book.read(first, last));
   show(context, reading.contacts);
   warn_if_plain(context);

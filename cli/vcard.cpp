@@ -1,10 +1,11 @@
 // vCard 3.0 (RFC 2426) and 4.0 (RFC 6350), as address books write them; written as 4.0.
 //
-// A name (FN, else N), telephone numbers (TEL), an address (EMAIL) and a note (NOTE) are taken. A
-// number whose parameters mention PREF comes before those read so far, whatever its rank: of
-// several such the last comes first.
+// A name (FN, else N), telephone numbers (TEL), an address (EMAIL) and a note (NOTE) are taken.
+// Preferred numbers come first, PREF=1 before PREF=2, others in their order. Both names are
+// written: phones take N, and a card of version 4 has to have FN.
 #include <algorithm>
 #include <array>
+#include <map>
 #include <utility>
 
 #include "cli/contact_file.h"
@@ -114,6 +115,36 @@ std::string dialled(std::string value) {
   return number;
 }
 
+// How much a property is preferred: 1 the most, as vCard 4 has it ("PREF=1" to "PREF=100"). Version
+// 3 has a type of that name ("TYPE=cell,pref", "TYPE=pref").
+int preference(const std::string& parameters) {
+  constexpr int kNone = 101;
+  const auto cut = [](const std::string& text, std::string_view separator) {
+    std::vector<std::string> parts;
+    for (std::string rest = text;;) {
+      const size_t end = find_unquoted(rest, separator);
+      parts.push_back(rest.substr(0, end));
+      if (end == rest.npos) return parts;
+      rest.erase(0, end + 1);
+    }
+  };
+  int best = kNone;
+  for (const std::string& parameter : cut(parameters, ";")) {
+    const size_t equals = std::min(parameter.find('='), parameter.size());
+    const std::string name = parameter.substr(0, equals);
+    std::string values = equals < parameter.size() ? parameter.substr(equals + 1) : name;
+    values.erase(std::remove(values.begin(), values.end(), '"'), values.end());
+    if (name == "PREF") {
+      const auto rank = whole_number(values);
+      best = std::min(best, rank && *rank > 0 ? *rank : 1);
+    } else if (name == "TYPE") {
+      const std::vector<std::string> types = cut(values, ",");
+      if (std::find(types.begin(), types.end(), "PREF") != types.end()) best = 1;
+    }
+  }
+  return best;
+}
+
 class CardReader {
  public:
   explicit CardReader(FileContents& contents) : contents_(contents) {}
@@ -159,8 +190,7 @@ class CardReader {
     } else if (property.name == "N") {
       name_ = spoken_name(property.value);
     } else if (property.name == "TEL") {
-      const bool preferred = property.parameters.find("PREF") != std::string::npos;
-      numbers_.insert(preferred ? numbers_.begin() : numbers_.end(), dialled(property.value));
+      numbers_.emplace(preference(property.parameters), dialled(property.value));
     } else if (property.name == "EMAIL") {
       take_text(property, contact.email);
     } else if (property.name == "NOTE") {
@@ -194,7 +224,7 @@ class CardReader {
     if (contact.name.empty()) contact.name = name_;
     std::string* const members[] = {&contact.number, &contact.number2, &contact.number3};
     size_t used = 0;
-    for (const std::string& number : numbers_) {
+    for (const auto& [rank, number] : numbers_) {
       if (number.empty()) continue;
       if (used < 3) {
         *members[used++] = number;
@@ -208,7 +238,7 @@ class CardReader {
 
   FileContents& contents_;
   Record record_;
-  std::vector<std::string> numbers_;
+  std::multimap<int, std::string> numbers_;  // by preference
   std::string name_;
   bool open_ = false;
 };
@@ -216,7 +246,7 @@ class CardReader {
 std::string escaped(const std::string& text) {
   std::string result;
   for (const char c : text) {
-    if (c == '\r') continue;
+    if (!fits_vcard(c)) continue;
     if (c == '\\' || c == ',' || c == ';') result += '\\';
     if (c == '\n') {
       result += "\\n";
@@ -247,6 +277,10 @@ std::string folded_line(const std::string& line) {
 
 }  // namespace
 
+bool fits_vcard(char c) {
+  return uint8_t(c) >= ' ' ? c != 0x7F : c == '\t' || c == '\n';
+}
+
 FileContents read_vcards(const std::string& text) {
   FileContents contents;
   CardReader reader(contents);
@@ -265,12 +299,14 @@ FileContents read_vcards(const std::string& text) {
 std::string write_vcards(const std::vector<Contact>& contacts) {
   std::string text;
   for (const Contact& contact : contacts) {
-    text += "BEGIN:VCARD\r\nVERSION:4.0\r\n" + folded_line("FN:" + escaped(contact.name));
+    text += "BEGIN:VCARD\r\nVERSION:4.0\r\n" + folded_line("FN:" + escaped(contact.name)) +
+            folded_line("N:" + escaped(contact.name) + ";;;;");
     for (const std::string& number : {contact.number, contact.number2, contact.number3}) {
       if (!number.empty()) text += folded_line("TEL:" + escaped(number));
     }
     if (!contact.email.empty()) text += folded_line("EMAIL:" + escaped(contact.email));
-    if (!contact.extra.empty()) text += folded_line("NOTE:" + escaped(contact.extra));
+    const std::string note = escaped(contact.extra);
+    if (!note.empty()) text += folded_line("NOTE:" + note);
     text += "END:VCARD\r\n";
   }
   return text;

@@ -5,6 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "common/command_line.h"
 #include "qalt_at/link.h"
 #include "server/port_list.h"
 #include "sim/options.h"
@@ -116,7 +117,8 @@ std::optional<Options> read_options(int argc, char** argv, int& status) {
          [&options](unsigned ms) { options.longest_wait = std::chrono::milliseconds(ms); },
          "most that is waited for an answer, whatever time-out a client asks for")
       ->type_name("MS")
-      ->check(CLI::Range(1, 1 << 30));
+      ->check(CLI::Range(1, 1 << 30))
+      ->transform(decimal());
   app.add_option("--report-to", options.report_paths,
                  "socket that gets the reports; may be repeated")
       ->type_name("PATH")
@@ -127,13 +129,14 @@ std::optional<Options> read_options(int argc, char** argv, int& status) {
   app.add_option("--ready-fd", options.ready_descriptor,
                  "descriptor that gets the line \"ready\" once clients may connect")
       ->type_name("FD")
-      ->check(CLI::Range(0, 1 << 20));
+      ->check(CLI::Range(0, 1 << 20))
+      ->transform(decimal());
   app.add_flag("--syslog", options.syslog, "messages to syslog, not to standard error");
   app.add_flag("--verbose", options.verbose, "more messages");
   sim::add_options(app, sim);
 
   try {
-    app.parse(argc, argv);
+    parse_arguments(app, argc, argv);
     options.start_lines = split(start, '|');
     options.access.mode = parse_mode(mode);
     if (modem.empty()) throw std::invalid_argument(say_which_modem());

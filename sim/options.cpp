@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "common/command_line.h"
 #include "sim/contacts_file.h"
 
 namespace qalt::sim {
@@ -55,15 +56,19 @@ void add_options(CLI::App& app, Options& options) {
       ->group(modem);
   app.add_option("--sim-base", config.first_index, "first index of a storage (1)")
       ->check(CLI::Range(0, 1000))
+      ->transform(decimal())
       ->group(modem);
   app.add_option("--sim-size", config.size, "places of the storage SM (250)")
       ->check(CLI::Range(1, 10000))
+      ->transform(decimal())
       ->group(modem);
   app.add_option("--sim-number-length", config.number_length, "longest number (40)")
       ->check(CLI::Range(1, 80))
+      ->transform(decimal())
       ->group(modem);
   app.add_option("--sim-name-length", config.name_length, "longest name (18)")
       ->check(CLI::Range(1, 240))
+      ->transform(decimal())
       ->group(modem);
   app.add_flag("--sim-no-lengths", options.no_lengths, "+CPBR=? without field lengths")
       ->group(modem);
@@ -77,13 +82,16 @@ void add_options(CLI::App& app, Options& options) {
              "answer to the read of an empty place");
   app.add_option("--sim-cmee", config.cmee, "+CMEE at power-up (1)")
       ->check(CLI::Range(0, 2))
+      ->transform(decimal())
       ->group(modem);
   app.add_option("--sim-card-mode", config.card_mode, "answer to ^CARDMODE=? (2)")
       ->check(CLI::Range(0, 9))
+      ->transform(decimal())
       ->group(modem);
   app.add_option("--sim-number-scheme", config.number_scheme,
                  "third value of AT+CPBR=1 on profile scpbr (0)")
       ->check(CLI::Range(0, 9))
+      ->transform(decimal())
       ->group(modem);
   app.add_option("--sim-report", options.report, "report after every write to the phonebook")
       ->type_name("TEXT")
@@ -91,12 +99,15 @@ void add_options(CLI::App& app, Options& options) {
 
   app.add_option("--sim-busy", faults.busy, "the first N storage commands find the card busy")
       ->type_name("N")
+      ->transform(decimal())
       ->group(fault);
   app.add_option("--sim-refuse", faults.refused_reads, "the first N entry reads get ERROR")
       ->type_name("N")
+      ->transform(decimal())
       ->group(fault);
   app.add_option("--sim-delay", options.delay_ms, "delay of every answer")
       ->type_name("MS")
+      ->transform(decimal())
       ->group(fault);
   app.add_flag("--sim-split", faults.single_bytes, "everything comes byte by byte")->group(fault);
   app.add_flag("--sim-echo", faults.always_echo, "commands are echoed in spite of ATE0")
@@ -119,6 +130,7 @@ void add_options(CLI::App& app, Options& options) {
       ->group(fault);
   app.add_option("--sim-seed", faults.seed, "of the faults by chance (1)")
       ->type_name("N")
+      ->transform(decimal())
       ->group(fault);
 }
 

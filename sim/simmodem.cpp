@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "at/transcript.h"
+#include "common/command_line.h"
 #include "sim/options.h"
 #include "sim/player.h"
 #include "sim/pty_line.h"
@@ -71,11 +72,12 @@ int main(int argc, char** argv) {
       ->type_name("FILE");
   app.add_option("--ready-fd", ready_descriptor,
                  "descriptor that gets the line \"ready\" once the link is there")
-      ->type_name("FD");
+      ->type_name("FD")
+      ->transform(qalt::decimal());
   qalt::sim::add_options(app, options);
   qalt::sim::Config config;
   try {
-    app.parse(argc, argv);
+    qalt::parse_arguments(app, argc, argv);
     config = qalt::sim::make_config(options);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;

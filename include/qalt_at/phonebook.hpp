@@ -111,6 +111,9 @@ class Phonebook {
   Result<Reading> read_all() { return read(info_.first, info_.last); }
   /* One contact; kNotFound when the index is empty. */
   Result<Contact> get(int nIndex);
+  /* Whether an index holds a contact, by one command: right before a write to a free index. One
+   * that the modem refuses to read counts as empty. */
+  Result<bool> holds(int nIndex);
 
   /* Whether a contact could be written, as far as that can be told without the modem. */
   Result<Done> check(const Contact& contact) const;
@@ -120,7 +123,8 @@ class Phonebook {
 
   /*
    * Writes a new contact, at its index or at the lowest free one. kUsage when the index is occupied
-   * or could not be read, kFull without a free one. Gives the contact as it is stored now.
+   * or could not be read, kCollision when another client was faster, kFull without a free one.
+   * Gives the contact as it is stored now.
    */
   Result<Contact> add(const Contact& contact);
   /* Writes a contact at its index, whatever stands there. */

@@ -5,11 +5,20 @@ _qalt_pb() {
   local commands='info list get find add set delete clear export import at reports text'
   local fields='--name --number --number2 --number3 --email --extra'
 
+  # bash takes --format=csv for three words.
+  if [[ $cur == = ]]; then
+    cur=
+  elif [[ $prev == = ]]; then
+    prev=${COMP_WORDS[COMP_CWORD-2]}
+  fi
+
   # The command is the first word that is neither an option nor an option's value.
   for ((i = 1; i < COMP_CWORD; ++i)); do
     word=${COMP_WORDS[i]}
     case $word in
-      --platform | --wait) ((++i)) ;;
+      --platform | --wait)
+        [[ ${COMP_WORDS[i+1]} == = ]] && ((++i))
+        ((++i)) ;;
       -*) ;;
       *) command=$word; break ;;
     esac
@@ -17,7 +26,7 @@ _qalt_pb() {
 
   case $prev in
     --format) COMPREPLY=($(compgen -W 'jsonl vcf csv' -- "$cur")); return ;;
-    --module) compopt -o filenames; COMPREPLY=($(compgen -f -- "$cur")); return ;;
+    --module) compopt -o default; return ;;
     --platform | --wait | --from | --to | --index | --timeout | --count) return ;;
     --name | --number | --number2 | --number3 | --email | --extra) return ;;
   esac
@@ -30,7 +39,7 @@ _qalt_pb() {
     set) words+=" $fields" ;;
     delete | clear) words+=' --yes' ;;
     export) words+=' --format' ;;
-    import) words+=' --format --dry-run --replace --force' ;;
+    import) words+=' --format --dry-run --replace --yes --force' ;;
     at) words+=' --timeout' ;;
     reports) words+=' --module --count' ;;
     text) words+=' encode decode --vendor --compact' ;;
@@ -38,8 +47,7 @@ _qalt_pb() {
   case $command in
     export | import)
       if [[ $cur != -* ]]; then
-        compopt -o filenames
-        COMPREPLY=($(compgen -f -- "$cur"))
+        compopt -o default  # the shell's own completion, which knows how to quote a name
         return
       fi ;;
   esac

@@ -36,6 +36,39 @@ TEST(Vcard, AsAddressBooksWriteIt) {
   EXPECT_EQ("Jörg Schmidt", read.records[1].contact.name);
 }
 
+TEST(Vcard, PreferredNumbersComeFirst) {
+  const std::pair<const char*, std::string> cases[] = {
+      {"TEL;PREF=1:1\nTEL;PREF=2:2", "1 2 "},
+      {"TEL:1\nTEL;TYPE=cell;PREF=20:2\nTEL;PREF=3;TYPE=\"work,voice\":3", "3 2 1"},
+      {"TEL;TYPE=x-nopref:1\nTEL;TYPE=home,pref:2", "2 1 "},
+      {"TEL;TYPE=\"home,pref\":1\nTEL;type=CELL;type=pref:2\nTEL;PREF=1:3", "1 2 3"},
+  };
+  for (const auto& [lines, numbers] : cases) {
+    const std::string card = std::string("BEGIN:VCARD\nFN:A\n") + lines + "\nEND:VCARD\n";
+    const FileContents read = read_contacts(Format::kVcard, card);
+    ASSERT_EQ(1u, read.records.size()) << lines;
+    const Contact& contact = read.records[0].contact;
+    EXPECT_EQ(numbers, contact.number + " " + contact.number2 + " " + contact.number3) << lines;
+  }
+}
+
+TEST(Vcard, IsWrittenForReadersOfEitherName) {
+  const std::vector<Contact> contacts = {{1, "A;B\r\x01\n", "", "", "", "", "", 0}};
+  EXPECT_EQ("BEGIN:VCARD\r\nVERSION:4.0\r\nFN:A\\;B\\n\r\nN:A\\;B\\n;;;;\r\nEND:VCARD\r\n",
+            write_contacts(Format::kVcard, contacts));
+  EXPECT_NE(std::string::npos, loss_of(Format::kVcard, contacts).find("control characters"));
+}
+
+TEST(Files, WhatListPrintsIsRead) {
+  const std::vector<Contact> contacts = {{1, "{[\\\"", "2", "", "", "", "", 0},
+                                         {7, "B", "", "", "", "", "", 3}};
+  const FileContents read = read_contacts(Format::kJsonLines, array_of(contacts));
+  ASSERT_EQ(2u, read.records.size());
+  EXPECT_EQ(contacts[0].name, read.records[0].contact.name);
+  EXPECT_EQ(7, read.records[1].contact.index);
+  EXPECT_EQ(3, read.records[1].line);
+}
+
 TEST(Files, SayWhichLineIsWrong) {
   const struct {
     Format format;
@@ -51,6 +84,9 @@ TEST(Files, SayWhichLineIsWrong) {
       {Format::kCsv, "name\n\"A\nB", 2},
       {Format::kJsonLines, "{}\n[1]", 2},
       {Format::kJsonLines, "{\"index\":1e99}", 1},
+      {Format::kJsonLines, "[{\"name\":\"A\"},\n{\"nam\":\"B\"}]", 2},
+      {Format::kJsonLines, "[{\"name\":\"A\"}, 1]", 1},
+      {Format::kJsonLines, "[{\"name\":\"A\"}", 1},
       {Format::kJsonLines, "{\"name\":\"\xFF\"}", 1},
   };
   for (const auto& c : cases) {

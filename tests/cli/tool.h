@@ -24,6 +24,10 @@ class Tool : public testing::Test {
   static Ended run(const std::vector<std::string>& arguments) {
     return Program(PB_PROGRAM, arguments, false).end(0);
   }
+  // A line of the shell, in which $pb is the tool.
+  static Ended shell(const std::string& line) {
+    return Program("/bin/sh", {"-c", "pb='" PB_PROGRAM "'; " + line}, false).end(0);
+  }
   static nlohmann::json json_of(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "--json");
     return nlohmann::json::parse(run(arguments).out);

@@ -1,4 +1,8 @@
 // qalt-pb end to end against what goes wrong: no server, bad files, modems that misbehave, Ctrl-C.
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <filesystem>
 #include <fstream>
 
 #include "tests/cli/tool.h"
@@ -85,6 +89,86 @@ TEST_F(Tool, ABadFileWritesNothing) {
   expect(0, "line 1: left out: email \"a@b\"", run({"import", "a.vcf", "--force"}));
 }
 
+TEST_F(Tool, WhatCannotBeReadIsNoEmptyFile) {
+  start();
+  std::filesystem::create_directory("folder.csv");
+  for (const char* input : {"- </tmp", "- <&-", "folder.csv", "--replace --yes - </tmp"}) {
+    expect(7, "cannot be read", shell(std::string("$pb import --format csv ") + input));
+  }
+  EXPECT_EQ(15u, json_of({"list"}).size());
+  // The closed descriptors stay without a meaning of their own.
+  EXPECT_EQ(4, shell("exec $pb get 4 <&- >&- 2>&-").status);
+  ASSERT_EQ(0, ::mkfifo("pipe.csv", 0600));
+  test::Program import(PB_PROGRAM, {"import", "pipe.csv"}, false);
+  const int writer = ::open("pipe.csv", O_WRONLY);  // it has opened it, and reads
+  EXPECT_EQ(130, import.end(SIGINT).status);
+  ::close(writer);
+}
+
+TEST_F(Tool, TheStatusSaysWhatBecameOfThePhonebook) {
+  start();
+  expect(8, "standard output takes no more", shell("exec $pb add --name A >/dev/full"));
+  EXPECT_EQ(8, shell("exec $pb set 4 --name B >&-").status);
+  EXPECT_EQ("B", json_of({"get", "4"})[0]["name"]);
+  EXPECT_EQ(4, shell("exec $pb --json get 1 8 >/dev/full").status) << "the output comes second";
+  EXPECT_EQ("1 of 1 contact deleted\n", run({"delete", "4", "04", "--yes"}).out);
+}
+
+TEST_F(Tool, ExportsReplaceOrWriteTo) {
+  start();
+  const std::string whole = run({"export"}).out;
+  const auto mode = [](const char* path) {
+    struct stat status = {};
+    return ::stat(path, &status) == 0 ? status.st_mode & 0777 : 0;
+  };
+  std::ofstream("kept.jsonl") << "old";
+  ::chmod("kept.jsonl", 0640);
+  std::ofstream("kept.jsonl.part") << "somebody's";
+  std::filesystem::create_directory("folder");
+  std::filesystem::create_symlink("../kept.jsonl", "folder/link.jsonl");
+  std::filesystem::create_symlink("later.jsonl", "folder/dangling.jsonl");
+  for (const char* path : {"folder/link.jsonl", "folder/dangling.jsonl", "/dev/full"}) {
+    EXPECT_EQ(path == std::string("/dev/full") ? 7 : 0,
+              run({"export", "--format", "jsonl", path}).status)
+        << path;
+  }
+  EXPECT_EQ(whole, test::contents("kept.jsonl"));
+  EXPECT_EQ(0640U, mode("kept.jsonl"));
+  EXPECT_EQ(whole, test::contents("folder/later.jsonl"));
+  EXPECT_EQ(0600U, mode("folder/later.jsonl"));
+  EXPECT_TRUE(std::filesystem::is_symlink("folder/link.jsonl"));
+  EXPECT_EQ("somebody's", test::contents("kept.jsonl.part"));
+  EXPECT_EQ(whole, run({"export", "-"}).out);
+  EXPECT_EQ(0, shell("{ echo head; $pb export /dev/stdout; } >both;"
+                     "$pb export --format jsonl /dev/fd/3 3>third;"
+                     "mkfifo f.jsonl; cat f.jsonl >fourth & $pb export f.jsonl; wait")
+                   .status);
+  EXPECT_EQ("head\n" + whole, test::contents("both"));
+  EXPECT_EQ(whole, test::contents("third"));
+  EXPECT_EQ(whole, test::contents("fourth"));
+}
+
+TEST_F(Tool, WritersAtOnceLoseNothing) {
+  start({"--sim-delay", "1"});
+  for (const std::string name : {"a", "b"}) {
+    std::ofstream file(name + ".csv");
+    file << "name\n";
+    for (int i = 0; i != 20; ++i) file << name << i << "\n";
+  }
+  const Ended both = shell(
+      "$pb import a.csv & a=$!; $pb import b.csv & b=$!; $pb add --name c; wait $a && wait $b");
+  EXPECT_EQ(0, both.status) << both.err;
+  EXPECT_EQ(15u + 41u, json_of({"list"}).size()) << both.out;
+}
+
+TEST_F(Tool, NohupKeepsAHangUpIgnored) {
+  start({"--sim-fault", "1:AT+CSQ:delay=300"});
+  const Ended ended = shell(
+      "trap '' HUP; $pb at AT AT+CSQ AT >out & while ! [ -s out ]; do :; done;"
+      "kill -HUP $!; wait $!");
+  EXPECT_EQ(0, ended.status) << ended.err;
+}
+
 TEST_F(Tool, AnInterruptEndsBetweenTwoCommands) {
   std::ofstream file("guests.jsonl");
   for (int i = 0; i != 200; ++i) file << "{\"name\":\"Guest " << i << "\"}\n";
@@ -92,6 +176,8 @@ TEST_F(Tool, AnInterruptEndsBetweenTwoCommands) {
   start({"--sim-delay", "2"});
   test::Program import(PB_PROGRAM, {"--json", "import", "guests.jsonl"}, false);
   while (sent("AT+CPBW") < 5) ::sched_yield();
+  // A terminal that closes and timeout(1) send more than one signal.
+  for (const int number : {SIGTERM, SIGHUP, SIGTERM, SIGINT}) import.signal(number);
   const Ended ended = import.end(SIGINT);
   EXPECT_EQ(130, ended.status);
   const json tally = json::parse(ended.out);

@@ -96,7 +96,8 @@ TEST_P(OnProfile, FilesThereAndBack) {
   ASSERT_EQ(0, pb({"set", "1", "--name", "Changed"}).status);
   ASSERT_EQ(0, pb({"add", "--name", "More", "--number", "1"}).status);
   expect(7, "line 1: index 1 is occupied by \\\"Changed\\\"", pb({"import", "a.jsonl"}));
-  const json replaced = result({"import", "a.jsonl", "--replace"});
+  expect(2, "no terminal to ask on", pb({"import", "a.jsonl", "--replace"}));
+  const json replaced = result({"import", "a.jsonl", "--replace", "--yes"});
   EXPECT_EQ(1, replaced["written"]);
   EXPECT_EQ(1, replaced["deleted"]);
   EXPECT_EQ(before, pb({"export"}).out);
@@ -135,6 +136,8 @@ TEST_F(Tool, WhatDoesNotFitIsRefusedBeforeItIsSent) {
       {{"--number", "1\";+CPBW=1"}, "number may hold 0-9"},
       {{"--name", "A", "--index", "251"}, "the indices 1 to 250"},
   };
+  expect(2, "--from 251 is behind the last index", run({"list", "--from", "251"}));
+  expect(2, "--to 0 is before the first index", run({"list", "--to", "0"}));
   for (auto [arguments, said] : cases) {
     arguments.insert(arguments.begin(), "add");
     expect(2, said, run(arguments));

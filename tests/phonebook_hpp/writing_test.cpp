@@ -30,7 +30,7 @@ TEST_F(Book, AddTakesTheLowestFreeIndex) {
   // Between the read and the write another client may be faster.
   hidden = 0;
   on("AT+CPBR=4,4", information({"+CPBR: 4,\"1\",129,\"0041\""}));
-  EXPECT_EQ(Cause::kUsage, book.add(contact(qalt::kNoIndex, "B")).error().cause);
+  EXPECT_EQ(Cause::kCollision, book.add(contact(qalt::kNoIndex, "B")).error().cause);
   EXPECT_EQ(1, count("AT+CPBW"));
 }
 

@@ -125,7 +125,7 @@ inline Result<int> Phonebook::free_index(int wanted) {
     const auto now = counts();
     if (!now) return now.error();
     if (now->used != counted) {
-      return Error{Cause::kUsage, "another client has just changed the phonebook", "try again"};
+      return Error{Cause::kCollision, "another client has just changed the phonebook", "try again"};
     }
   }
   /* An index that could not be read may hold a contact. */
@@ -167,7 +167,7 @@ inline Result<Contact> Phonebook::add(const Contact& contact) {
   const auto taken = holds_contact(*index);
   if (!taken) return taken.error();
   if (*taken) {
-    return Error{Cause::kUsage, "another client has just taken index " + std::to_string(*index),
+    return Error{Cause::kCollision, "another client has just taken index " + std::to_string(*index),
                  "try again"};
   }
   Contact placed = contact;
@@ -218,6 +218,13 @@ inline Result<bool> Phonebook::holds_contact(int index) const {
     return detail::failure(answer, "read index " + std::to_string(index));
   }
   return answer.ok() && answer.lines != 0;
+}
+
+inline Result<bool> Phonebook::holds(int nIndex) {
+  const Job job(*this);
+  if (!job.result()) return job.result().error();
+  if (!info_.has_index(nIndex)) return wrong_index(nIndex);
+  return holds_contact(nIndex);
 }
 
 inline Result<Done> Phonebook::erase(int nIndex) {

@@ -19,6 +19,8 @@ enum class Cause {
   kFull = 5,         /* no free index */
   kDiffers = 6,      /* what was read back is not what was written */
   kBadInput = 7,     /* a file that cannot be read or written, or does not hold contacts */
+  kOutput = 8,       /* standard output took no more; what was to be done is done */
+  kCollision = 9,    /* another client was faster, nothing was sent: the same call may do it now */
   kInterrupted = 130 /* the client asked to stop */
 };
 

@@ -1,0 +1,105 @@
+#include "cli/import_run.h"
+
+#include "cli/failure.h"
+#include "cli/output.h"
+#include "cli/write_turn.h"
+
+namespace qalt::cli {
+namespace {
+
+class Writer {
+ public:
+  Writer(Phonebook& book, const ImportPlan& plan, Tally& tally)
+      : book_(book), spare_(plan.spare), tally_(tally) {}
+
+  Result<Done> write(const PlannedWrite& planned) {
+    Contact contact = planned.contact;
+    for (;;) {
+      const WriteTurn turn;
+      if (planned.overwritten.empty()) {
+        const auto occupant = occupant_of(contact.index);
+        if (!occupant) return occupant.error();
+        if (*occupant && same_fields(**occupant, contact)) {
+          ++tally_.met;
+          return Done{};
+        }
+        if (*occupant) {
+          if (planned.movable && move(contact)) continue;
+          return taken(contact.index, **occupant);
+        }
+      }
+      const auto stored = book_.put(contact);
+      if (stored) {
+        ++tally_.written;
+        return Done{};
+      }
+      if (!planned.movable || !overwritten_at_once(stored.error(), contact) || !move(contact)) {
+        return stored.error();
+      }
+    }
+  }
+
+ private:
+  // What stands at an index that was free when the import was planned.
+  Result<std::optional<Contact>> occupant_of(int index) {
+    const auto holds = book_.holds(index);
+    if (!holds) return holds.error();
+    if (!*holds) return std::optional<Contact>();
+    auto contact = book_.get(index);
+    if (!contact) return contact.error();
+    return std::optional<Contact>(std::move(*contact));
+  }
+
+  // A contact of neither this name nor this number is no work of the modem's on ours.
+  bool overwritten_at_once(const Error& error, const Contact& contact) {
+    if (error.cause != Cause::kDiffers) return false;
+    const auto found = book_.get(contact.index);
+    return found && found->name != contact.name && found->number != contact.number;
+  }
+
+  bool move(Contact& contact) {
+    if (next_spare_ == spare_.size()) return false;
+    contact.index = spare_[next_spare_++];
+    return true;
+  }
+
+  static Error taken(int index, const Contact& occupant) {
+    return {Cause::kCollision,
+            "another client has just stored " + label_of(occupant) + " at index " +
+                std::to_string(index) + ", which was free",
+            "import again"};
+  }
+
+  Phonebook& book_;
+  const std::vector<int>& spare_;
+  size_t next_spare_ = 0;
+  Tally& tally_;
+};
+
+// Whether to go on after a failure.
+bool goes_on(Context& context, const Error& error) {
+  context.failed(error);
+  return error.cause != Cause::kInterrupted && error.cause != Cause::kNoAnswer;
+}
+
+}  // namespace
+
+void carry_out(Context& context, const ImportPlan& plan, Tally& tally) {
+  Phonebook& book = context.book();
+  const Phonebook::Job job(book);
+  take(job.result());
+  for (const int index : plan.deletes) {
+    const auto erased = book.erase(index);
+    if (erased) ++tally.deleted;
+    if (!erased && !goes_on(context, erased.error())) return;
+  }
+  Writer writer(book, plan, tally);
+  for (const PlannedWrite& write : plan.writes) {
+    const auto written = writer.write(write);
+    if (!written && !goes_on(context, written.error())) return;
+    context.progress("writing " + std::to_string(tally.written) + " of " +
+                     std::to_string(plan.writes.size()));
+  }
+}
+
+}  // namespace qalt::cli
