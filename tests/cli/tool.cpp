@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "tests/server/private_tmp.h"
+#include "tests/support/private_tmp.h"
 
 namespace test {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/server/private_tmp.h"
-#include "tests/server/program.h"
+#include "tests/support/private_tmp.h"
+#include "tests/support/program.h"
 
 namespace test {
 

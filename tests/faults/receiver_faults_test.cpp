@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "tests/faults/system_calls.h"
-#include "tests/link/private_server.h"
+#include "tests/support/private_server.h"
 #include "tests/support/recorder.h"
 
 namespace {

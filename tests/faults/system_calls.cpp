@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <atomic>
 
-#include "tests/link/private_server.h"
+#include "tests/support/private_server.h"
 
 namespace test {
 namespace {

@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/link/private_server.h"
+#include "tests/support/private_server.h"
 #include "tests/support/recorder.h"
 
 namespace {

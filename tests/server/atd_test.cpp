@@ -9,7 +9,7 @@
 #include <thread>
 #include <tuple>
 
-#include "tests/server/program.h"
+#include "tests/support/program.h"
 
 namespace {
 

@@ -14,10 +14,10 @@
 
 #include "at/escape.h"
 #include "qalt_at/link.h"
-#include "tests/server/private_tmp.h"
-#include "tests/server/program.h"
 #include "tests/soak/modem_view.h"
 #include "tests/soak/process_state.h"
+#include "tests/support/private_tmp.h"
+#include "tests/support/program.h"
 
 namespace soak {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/server/private_tmp.h"
+#include "tests/support/private_tmp.h"
 
 #include <fcntl.h>
 #include <sched.h>
@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/server/program.h"
+#include "tests/support/program.h"
 
 namespace test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/server/program.h"
+#include "tests/support/program.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>

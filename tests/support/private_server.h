@@ -1,7 +1,7 @@
 // private_server.h - what the link tests share: a directory of their own for sockets, the count of
 // open descriptors, and frames as bytes.
-#ifndef QALT_TESTS_LINK_PRIVATE_SERVER_H_
-#define QALT_TESTS_LINK_PRIVATE_SERVER_H_
+#ifndef QALT_TESTS_SUPPORT_PRIVATE_SERVER_H_
+#define QALT_TESTS_SUPPORT_PRIVATE_SERVER_H_
 
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -61,4 +61,4 @@ inline std::string bytes_of(const AtMsg& frame) {
 
 }  // namespace test
 
-#endif  // QALT_TESTS_LINK_PRIVATE_SERVER_H_
+#endif  // QALT_TESTS_SUPPORT_PRIVATE_SERVER_H_

@@ -1,12 +1,12 @@
 // program.h - a built program run by a test, and a client that speaks frames by hand.
-#ifndef QALT_TESTS_SERVER_PROGRAM_H_
-#define QALT_TESTS_SERVER_PROGRAM_H_
+#ifndef QALT_TESTS_SUPPORT_PROGRAM_H_
+#define QALT_TESTS_SUPPORT_PROGRAM_H_
 
 #include <csignal>
 #include <string>
 #include <vector>
 
-#include "tests/link/private_server.h"
+#include "tests/support/private_server.h"
 
 namespace test {
 
@@ -53,4 +53,4 @@ std::string contents(const std::string& path);
 
 }  // namespace test
 
-#endif  // QALT_TESTS_SERVER_PROGRAM_H_
+#endif  // QALT_TESTS_SUPPORT_PROGRAM_H_

@@ -1,7 +1,7 @@
 // private_tmp.h - the library's socket path is fixed, so whoever runs real programs on it does so
 // with a /tmp of its own, in a mount namespace of its own.
-#ifndef QALT_TESTS_SERVER_PRIVATE_TMP_H_
-#define QALT_TESTS_SERVER_PRIVATE_TMP_H_
+#ifndef QALT_TESTS_SUPPORT_PRIVATE_TMP_H_
+#define QALT_TESTS_SUPPORT_PRIVATE_TMP_H_
 
 #include <string>
 
@@ -16,4 +16,4 @@ bool wait_for_tmp();
 
 }  // namespace test
 
-#endif  // QALT_TESTS_SERVER_PRIVATE_TMP_H_
+#endif  // QALT_TESTS_SUPPORT_PRIVATE_TMP_H_
