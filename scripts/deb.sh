@@ -38,7 +38,7 @@ else
 fi
 
 $as_root dpkg -i $folder/*.deb >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
-version=$(dpkg-deb -f "$(ls $folder/libqalt-at[0-9]*_*.deb)" Version)
+version=$(dpkg-deb -f "$(ls $folder/libqalt-at-dev_*.deb)" Version)
 for program in /usr/bin/qalt-* /usr/sbin/qalt-*; do
   [ -e "$program" ] || continue
   "$program" --version | grep -F "$version"
