@@ -2,8 +2,8 @@
 // finished and the modem's character set is put back.
 //
 // The signals are blocked and taken by a thread of their own: no system call of the library is
-// ever interrupted. A second Ctrl-C, a second later or
-// more, ends the program where it stands; signals that come twice do not.
+// ever interrupted. A second Ctrl-C, a second later or more, ends the program where it stands;
+// signals that come twice do not.
 #ifndef QALT_CLI_INTERRUPTS_H_
 #define QALT_CLI_INTERRUPTS_H_
 

@@ -100,8 +100,9 @@ void Dispatcher::tick(TimePoint now) {
     case State::kStarting:
       host_.note(LOG_WARNING, "no answer in time to the server's own " + sent_);
       settings_.lost();
-      // Tried once for each command: what a modem does not answer it may never answer.
-      if (state_ == State::kPreparing && !waiting_.empty() &&
+      // Tried once for each command: what a modem does not answer it may never answer. A question,
+      // asked once for all, is none that the command needs.
+      if (state_ == State::kPreparing && !sent_.ends_with('?') && !waiting_.empty() &&
           waiting_.front().id == prepared_for_) {
         host_.note(LOG_ERR, "so not sent: " + waiting_.front().line);
         drop(waiting_.front());

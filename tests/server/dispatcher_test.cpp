@@ -307,6 +307,9 @@ TEST(Dispatcher, ASettingThatCannotBePutBackRefusesTheCommand) {
   silent.run(milliseconds(15'000));
   EXPECT_EQ(silent.answers, (Answers{{1, kOk}, {2, ""}, {3, ""}}));
   EXPECT_EQ(silent.ask("AT+CSQ"), kCsq);
+  // What only asks is not needed.
+  Line mute({"*:AT+CSCS?:never"});
+  EXPECT_EQ(mute.ask("AT+CSCS=\"UCS2\""), kOk);
 }
 
 // A client that goes on after a selection without an answer must not have its digits stored.
