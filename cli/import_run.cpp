@@ -12,8 +12,8 @@ class Writer {
   Writer(Phonebook& book, const ImportPlan& plan, Tally& tally)
       : book_(book), spare_(plan.spare), tally_(tally) {}
 
-  Result<Done> write(const PlannedWrite& planned) {
-    Contact contact = planned.contact;
+  // Where the contact came to stand, or was to, is in `contact`.
+  Result<Done> write(const PlannedWrite& planned, Contact& contact) {
     for (;;) {
       const WriteTurn turn;
       if (planned.overwritten.empty()) {
@@ -76,27 +76,23 @@ class Writer {
   Tally& tally_;
 };
 
-// Whether to go on after a failure.
-bool goes_on(Context& context, const Error& error) {
-  context.failed(error);
-  return error.cause != Cause::kInterrupted && error.cause != Cause::kNoAnswer;
-}
-
 }  // namespace
 
 void carry_out(Context& context, const ImportPlan& plan, Tally& tally) {
   Phonebook& book = context.book();
   const Phonebook::Job job(book);
+  tally.rest.left = plan.deletes.size() + plan.writes.size();
   take(job.result());
   for (const int index : plan.deletes) {
     const auto erased = book.erase(index);
     if (erased) ++tally.deleted;
-    if (!erased && !goes_on(context, erased.error())) return;
+    if (!context.goes_on(erased, index, tally.rest)) return;
   }
   Writer writer(book, plan, tally);
   for (const PlannedWrite& write : plan.writes) {
-    const auto written = writer.write(write);
-    if (!written && !goes_on(context, written.error())) return;
+    Contact contact = write.contact;
+    const auto written = writer.write(write, contact);
+    if (!context.goes_on(written, contact.index, tally.rest)) return;
     context.progress("writing " + std::to_string(tally.written) + " of " +
                      std::to_string(plan.writes.size()));
   }

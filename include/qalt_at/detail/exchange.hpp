@@ -143,18 +143,20 @@ inline Answer parse_answer(AtMsg& frame) {
   }
 }
 
+/* What stands for an answer where none came. */
+inline Answer unanswered(Delivery delivery) {
+  Answer answer;
+  answer.cause = errno;
+  if (delivery == Delivery::kLost) answer.reply = Reply::kLost;
+  return answer;
+}
+
 inline Answer exchange(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {}) {
   AtMsg frame;
   const Delivery delivery = deliver(line, timeout_ms, frame);
-  Answer answer;
-  answer.cause = errno;
-  if (delivery == Delivery::kNotSent) return answer;
-  if (delivery == Delivery::kLost) {
-    answer.reply = Reply::kLost;
-    return answer;
-  }
+  if (delivery != Delivery::kAnswered) return unanswered(delivery);
   const size_t lines = count_lines(frame.aucDataBuf, prefix);
-  answer = parse_answer(frame);
+  Answer answer = parse_answer(frame);
   answer.lines = lines;
   return answer;
 }
