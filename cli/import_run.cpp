@@ -1,5 +1,7 @@
 #include "cli/import_run.h"
 
+#include <utility>
+
 #include "cli/failure.h"
 #include "cli/output.h"
 #include "cli/write_turn.h"
@@ -14,7 +16,7 @@ class Writer {
 
   // Where the contact came to stand, or was to, is in `contact`.
   Result<Done> write(const PlannedWrite& planned, Contact& contact) {
-    for (;;) {
+    for (bool once_more = true;;) {
       const WriteTurn turn;
       if (planned.overwritten.empty()) {
         const auto occupant = occupant_of(contact.index);
@@ -32,6 +34,12 @@ class Writer {
       if (stored) {
         ++tally_.written;
         return Done{};
+      }
+      // Not answered and, as a look has shown, not stored: the modem is there.
+      const Error& error = stored.error();
+      if (error.cause == Cause::kNoAnswer && error.fate == Fate::kNotDone &&
+          std::exchange(once_more, false)) {
+        continue;
       }
       if (!planned.movable || !overwritten_at_once(stored.error(), contact) || !move(contact)) {
         return stored.error();
