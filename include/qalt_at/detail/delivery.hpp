@@ -60,6 +60,8 @@ inline Delivery deliver_over(int descriptor, AtMsg& frame) {
   while (received < sizeof frame) {
     const ssize_t count = uninterrupted(
         [&] { return recv(descriptor, bytes + received, sizeof frame - received, MSG_WAITALL); });
+    /* The server was gone before it had read the whole request: a part of it stayed unread. */
+    if (count == -1 && errno == ECONNRESET && received == 0) return Delivery::kNotSent;
     if (count <= 0) break;
     received += static_cast<size_t>(count);
   }

@@ -236,7 +236,7 @@ inline Error failure(const Answer& answer, const std::string& job) {
                       : answer.code == kMemoryFull ? Cause::kFull
                                                    : Cause::kRefused;
   std::string what = "could not " + job + ": ";
-  if (answer.of_selection) what += "its phonebook was not selected: ";
+  if (answer.of_selection) what += "while selecting the storage, ";
   return {cause, what + describe(answer), advice_on(answer)};
 }
 

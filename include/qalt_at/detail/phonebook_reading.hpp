@@ -108,20 +108,20 @@ inline Result<Done> Phonebook::begin() {
     return Error{Cause::kUsage, "the phonebook is not open", ""};
   }
   /* Another client may have selected another storage since. */
-  const detail::Answer selected = link_.send(detail::kSelectStorage, detail::kSelectTimeoutMs);
+  const detail::Answer selected = link_.ask(detail::kSelectStorage, detail::kSelectTimeoutMs);
   if (!selected.ok()) return detail::selection_failure(link_, selected);
   link_.keep_selected({detail::kSelectStorage});
   if (info_.family != Family::kStandard) return Done{};
   /* The set is put back even where the switch failed: it may have been carried out all the same. */
   switched_ = true;
-  const detail::Answer set = link_.send(detail::kSelectUcs2, detail::kSelectTimeoutMs);
+  const detail::Answer set = link_.ask(detail::kSelectUcs2, detail::kSelectTimeoutMs);
   /* Only a modem that says so is one without UCS2. */
   if (!set.decided()) return detail::failure(set, "select the character set UCS2");
   info_.plain = !set.ok();
   if (info_.plain) return Done{};
   link_.keep_selected({detail::kSelectStorage, detail::kSelectUcs2});
   /* Some modems say OK and stay where they were. The name comes in the new set itself, or not. */
-  const detail::Answer now = link_.send("AT+CSCS?", detail::kSelectTimeoutMs);
+  const detail::Answer now = link_.ask("AT+CSCS?", detail::kSelectTimeoutMs);
   if (!now.decided()) return detail::failure(now, "ask for the character set");
   info_.plain = now.ok() && now.payload.find("UCS2") == now.payload.npos &&
                 now.payload.find("0055004300530032") == now.payload.npos;
@@ -213,7 +213,7 @@ inline Result<Contact> Phonebook::get(int nIndex) {
 inline Result<Info> Phonebook::counts() {
   const Job job(*this);
   if (!job.result()) return job.result().error();
-  const detail::Answer answer = link_.send("AT+CPBS?", detail::kSelectTimeoutMs);
+  const detail::Answer answer = link_.ask("AT+CPBS?", detail::kSelectTimeoutMs);
   if (!answer.ok()) return detail::failure(answer, "count the entries");
   const auto values = detail::split_outside_quotes(answer.payload, ",");
   if (values.size() >= 3) {

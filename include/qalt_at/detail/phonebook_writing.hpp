@@ -245,9 +245,9 @@ inline Result<Contact> Phonebook::change(int nIndex, const Changes& changes) {
 }
 
 inline detail::Answer Phonebook::look_at(int index) const {
-  return link_.send(detail::read_line(info_.family, index, index),
-                    detail::read_timeout_ms(info_.family, index, index),
-                    detail::row_of(info_.family).prefix);
+  return link_.ask(detail::read_line(info_.family, index, index),
+                   detail::read_timeout_ms(info_.family, index, index),
+                   detail::row_of(info_.family).prefix);
 }
 
 /* Asked where an empty index is expected, so that a refusal says so. */

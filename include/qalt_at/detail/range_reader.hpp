@@ -87,11 +87,21 @@ class Link {
     for (int waited = 0;; ++waited) {
       const Answer answer = attempt(line, timeout_ms, prefix);
       const bool early = answer.busy() || (starting && answer.reply == Reply::kError);
-      const bool absent = answer.away() || answer.reply == Reply::kNoServer;
+      const bool absent = answer.away() || answer.reply == Reply::kNoServer ||
+                          (answer.of_selection && answer.reply == Reply::kLost);
       const int patience = early ? options_.wait_seconds : absent ? options_.away_seconds : 0;
       if (waited >= patience || stopped()) return answer;
       pause();
     }
+  }
+
+  /* The same for a line that changes nothing: where no answer came, it is sent once more, if the
+   * modem or the server may be back by then. */
+  Answer ask(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {}) const {
+    const Answer answer = send(line, timeout_ms, prefix);
+    const bool again = answer.reply == Reply::kLost ||
+                       (answer.reply == Reply::kSilent && options_.away_seconds > 0);
+    return again && !stopped() ? send(line, timeout_ms, prefix) : answer;
   }
 
  private:
@@ -222,8 +232,8 @@ class RangeReader {
   }
 
   Answer ask(const Range& range) const {
-    return link_.send(read_line(family_, range.first, range.last),
-                      read_timeout_ms(family_, range.first, range.last), row_of(family_).prefix);
+    return link_.ask(read_line(family_, range.first, range.last),
+                     read_timeout_ms(family_, range.first, range.last), row_of(family_).prefix);
   }
 
   /* Takes the contacts of an answer; false when the range has to be asked in parts. */
