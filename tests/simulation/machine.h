@@ -1,5 +1,5 @@
-// machine.h - a modem as the simulation sees one: bytes in, bytes out. It does nothing by itself and
-// knows no clock, so that a run is the same each time.
+// machine.h - a modem as the simulation sees one: bytes in, bytes out. It does nothing by itself
+// and knows no clock, so that a run is the same each time.
 #ifndef QALT_TESTS_SIMULATION_MACHINE_H_
 #define QALT_TESTS_SIMULATION_MACHINE_H_
 
@@ -15,9 +15,10 @@ namespace qalt::simulation {
 
 // A contact as the modem holds it.
 struct Stored {
-  std::string number;  // with "+" when international
-  std::u16string name;
-  std::string further;  // what stands behind the text in a +CPBR line, verbatim, e.g. `,0,"group"`
+  std::string number = {};  // with "+" when international
+  std::u16string name = {};
+  std::string further =
+      {};  // what stands behind the text in a +CPBR line, verbatim, e.g. `,0,"group"`
   bool operator==(const Stored&) const = default;
 };
 

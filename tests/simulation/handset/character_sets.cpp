@@ -52,6 +52,12 @@ std::optional<std::string> septets_of(char16_t character) {
   return {};
 }
 
+std::string to_septets(std::u16string_view text) {
+  std::string bytes;
+  for (char16_t c : text) bytes += septets_of(c).value_or("?");
+  return bytes;
+}
+
 Text from_septets(std::string_view bytes) {
   std::u16string text;
   bool extended = false;
@@ -136,20 +142,14 @@ std::optional<std::string> from_hex(std::string_view digits) {
 
 }  // namespace
 
-std::string septets_of(std::u16string_view text) {
-  std::string bytes;
-  for (char16_t c : text) bytes += septets_of(c).value_or("?");
-  return bytes;
-}
-
 std::string alpha_identifier(std::u16string_view text) {
   for (char16_t c : text)
     if (!septets_of(c)) return '\x80' + to_big_endian(text);
-  return septets_of(text);
+  return to_septets(text);
 }
 
 std::string encoded(std::u16string_view text, std::string_view set, bool upper_hex) {
-  if (set == "GSM") return septets_of(text);
+  if (set == "GSM") return to_septets(text);
   if (set == "IRA") return to_single_bytes(text, 0x7f);
   if (set == "8859-1") return to_single_bytes(text, 0xff);
   // "HEX" converts nothing: it is what the card has.

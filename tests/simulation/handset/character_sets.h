@@ -17,9 +17,6 @@ std::optional<std::u16string> decoded(std::string_view bytes, std::string_view s
 // A text as a SIM stores it, ETSI TS 102 221 Annex A: in the default alphabet, or 80 and UCS2.
 std::string alpha_identifier(std::u16string_view text);
 
-// Septets of the default alphabet of TS 23.038, one in a byte.
-std::string septets_of(std::u16string_view text);
-
 }  // namespace qalt::simulation
 
 #endif  // QALT_TESTS_SIMULATION_HANDSET_CHARACTER_SETS_H_

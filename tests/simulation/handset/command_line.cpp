@@ -6,8 +6,12 @@
 namespace qalt::simulation {
 namespace {
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-bool is_capital(char c) { return c >= 'A' && c <= 'Z'; }
+bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool is_capital(char c) {
+  return c >= 'A' && c <= 'Z';
+}
 
 // Where `wanted` stands outside of strings, or the end.
 size_t find_unquoted(std::string_view text, char wanted) {
@@ -82,8 +86,10 @@ std::string tidied(std::string_view body) {
   for (char c : body) {
     if (c == '"') in_string = !in_string;
     const bool printed = static_cast<unsigned char>(c) > ' ' && c != '\x7f';
-    if (in_string) text += c;
-    else if (printed) text += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    if (in_string)
+      text += c;
+    else if (printed)
+      text += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
   }
   return text;
 }
@@ -131,8 +137,10 @@ std::string quoted(std::string_view text, bool escapes) {
   std::string string = "\"";
   for (char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    if (escapes && (byte < ' ' || c == '"' || c == '\\')) string += "\\" + hex_of(byte, true);
-    else string += c;
+    if (escapes && (byte < ' ' || c == '"' || c == '\\'))
+      string += "\\" + hex_of(byte, true);
+    else
+      string += c;
   }
   return string + '"';
 }

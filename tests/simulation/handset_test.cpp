@@ -1,0 +1,92 @@
+#include "tests/simulation/handset/handset.h"
+
+#include <gtest/gtest.h>
+
+namespace qalt::simulation {
+namespace {
+
+struct Step {
+  std::string_view line, answer;
+};
+
+// Runs lines at a modem.
+void expect(Options options, std::initializer_list<Step> steps) {
+  Handset modem(std::move(options));
+  for (const Step& step : steps) {
+    modem.receive(step.line);
+    std::string bytes;
+    for (const Said& piece : modem.take()) bytes += piece.bytes;
+    EXPECT_EQ(bytes, step.answer) << step.line;
+  }
+}
+
+// Answers are short without echo, in numbers.
+const Settings kShort = {.echo = 0, .verbose = 0, .errors = 1};
+
+TEST(HandsetTest, ReadsCommandLines) {
+  expect({.line_length = 30},
+         {{"AT\r", "AT\r\r\nOK\r\n"},
+          {"ATX\bE0\r", "ATX\b \bE0\r\r\nOK\r\n"},
+          {"x at + c s q ; +cfun?\r", "\r\n+CSQ: 17,99\r\n\r\n+CFUN: 1\r\n\r\nOK\r\n"},
+          {"A/", "\r\n+CSQ: 17,99\r\n\r\n+CFUN: 1\r\n\r\nOK\r\n"},
+          {"AT+CPIN=\"1\";+CMEE=2;+CPIN=\"1\"\r", "\r\nERROR\r\n"},
+          {"ATV0S3?+CMEE=2;+CMEE?\r", "013\r\n+CMEE: 2\r\n0\r"},
+          {"AT+CPIN=\"1\"\r", "+CME ERROR: operation not allowed\r"},
+          {"AT+CSQ;+NONE;+CSQ\r", "+CSQ: 17,99\r\n4\r"},
+          {"AT+CSQ;+CSQ;+CSQ;+CSQ;+CSQ;+CSQ;+CSQ\r", "4\r"},
+          {"ATQ1S3=36S4?\r", "010$\n"},
+          {"AT&F$", "\r\nOK\r\n"}});
+}
+
+TEST(HandsetTest, KeepsContacts) {
+  expect({.initial = kShort,
+          .storages = {{.first = 5, .size = 3, .text_length = 6},
+                       {.name = "FD", .needs_pin2 = true, .contacts = {{1, {"112", u"SOS"}}}}},
+          .card = Card::kNeedsPin,
+          .busy_for = 1,
+          .further = true,
+          .tells_index = true,
+          .empty_index = Empty::kNotFound,
+          .refused_in_range = {6},
+          .lines_before_refusal = true},
+         {{"AT+CPBS?\r", "+CME ERROR: 11\r"},
+          {"AT+CPIN=\"0\"\r", "+CME ERROR: 16\r"},
+          {"AT+CPIN=1234;+CPBS?\r", "+CME ERROR: 14\r"},
+          {"AT+CPBW=,\"+49\",,\"; \\\"\r", "+CPBW: 5\r\n0\r"},
+          {"AT+CPBW=6,\"49\",145,\"b\",\"group\",,,,,,,1\r", "+CPBW: 6\r\n0\r"},
+          {"AT+CPBW=7,\"1x\"\r", "+CME ERROR: 27\r"},
+          {"AT+CPBW=7,\"1\",129,\"1234567\"\r", "+CME ERROR: 24\r"},
+          {"AT+CPBW=7,\"1\",129,\"a\"b\"\r", "4\r"},
+          {"AT+CPBW=8,\"1\"\r", "+CME ERROR: 21\r"},
+          {"AT+CPBR=5\r", "+CPBR: 5,\"+49\",145,\"; \\\"\r\n0\r"},
+          {"AT+CPBR=6\r", "+CPBR: 6,\"+49\",145,\"b\",1,\"group\"\r\n0\r"},
+          {"AT+CPBR=5,7\r", "+CPBR: 5,\"+49\",145,\"; \\\"\r\n4\r"},
+          {"AT+CPBR=7\r", "+CME ERROR: 22\r"},
+          {"AT+CPBW=6;+CPBR=6\r", "+CME ERROR: 22\r"},
+          {"AT+CPBS=\"FD\";+CPBR=?;+CPBF=\"S\";+CPBW=1\r",
+           "+CPBR: (1-250),40,14\r\n+CPBF: 1,\"112\",129,\"SOS\"\r\n+CME ERROR: 17\r"}});
+}
+
+TEST(HandsetTest, SpeaksCharacterSets) {
+  expect({.initial = kShort,
+          .storages = {{.contacts = {{1, {"1", u"Ö€"}}, {2, {"2", u"Ж"}}}}},
+          .escapes = true,
+          .set_named_in_itself = true},
+         {{"AT+CSCS=\"GSM\";+CPBR=1\r", "+CPBR: 1,\"1\",129,\"\\5C\\1Be\"\r\n0\r"},
+          {"AT+CSCS=\"UCS2\";+CPBR=1\r", "+CPBR: 1,\"1\",129,\"00D620AC\"\r\n0\r"},
+          {"AT+CSCS?;+CPBW=1,\"1\",,\"00d\"\r", "+CSCS: \"0055004300530032\"\r\n+CME ERROR: 25\r"},
+          {"AT+CSCS=\"004800450058\";+CPBR=1,2\r",
+           "+CPBR: 1,\"1\",129,\"5C1B65\"\r\n+CPBR: 2,\"2\",129,\"800416\"\r\n0\r"},
+          {"AT+CPBW=3,\"3\",,\"810208A741\";+CSCS=\"UCS2\";+CPBR=3\r",
+           "+CPBR: 3,\"3\",129,\"04270041\"\r\n0\r"},
+          {"AT+CMGF=1;+CSCS=\"GSM\";+CMGR=3\r",
+           "+CMGR: \"REC UNREAD\",\"+4915112345678\",,\"26/11/23,18:00:00+04\"\r\n"
+           "so it said\r\n+CPBR: 1\r\n0\r"},
+          {"AT+CMGF=0;+CMGR=1;+CMGR=4\r",
+           "+CMGR: 0,,32\r\n"
+           "00040D91945111325476F80000621132810000400D"
+           "F37219947FD71B8AE7B2A100\r\n+CMS ERROR: 321\r"}});
+}
+
+}  // namespace
+}  // namespace qalt::simulation
