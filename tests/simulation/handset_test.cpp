@@ -41,12 +41,12 @@ TEST(HandsetTest, ReadsCommandLines) {
 TEST(HandsetTest, KeepsContacts) {
   expect({.initial = kShort,
           .storages = {{.first = 5, .size = 3, .text_length = 6},
-                       {.name = "FD", .needs_pin2 = true, .contacts = {{1, {"112", u"SOS"}}}}},
+                       {.name = "FD", .contacts = {{1, {"112", u"SOS"}}}}},
           .card = Card::kNeedsPin,
           .busy_for = 1,
           .further = true,
           .tells_index = true,
-          .empty_index = Empty::kNotFound,
+          .empty_index = Result::kNotFound,
           .refused_in_range = {6},
           .lines_before_refusal = true},
          {{"AT+CPBS?\r", "+CME ERROR: 11\r"},
@@ -63,8 +63,8 @@ TEST(HandsetTest, KeepsContacts) {
           {"AT+CPBR=5,7\r", "+CPBR: 5,\"+49\",145,\"; \\\"\r\n4\r"},
           {"AT+CPBR=7\r", "+CME ERROR: 22\r"},
           {"AT+CPBW=6;+CPBR=6\r", "+CME ERROR: 22\r"},
-          {"AT+CPBS=\"FD\";+CPBR=?;+CPBF=\"S\";+CPBW=1\r",
-           "+CPBR: (1-250),40,14\r\n+CPBF: 1,\"112\",129,\"SOS\"\r\n+CME ERROR: 17\r"}});
+          {"AT+CPBS=\"FD\";+CPBR=?;+CPBF=\"S\";+CPBW=0\r",
+           "+CPBR: (1-250),40,14\r\n+CPBF: 1,\"112\",129,\"SOS\"\r\n+CME ERROR: 21\r"}});
 }
 
 TEST(HandsetTest, SpeaksCharacterSets) {

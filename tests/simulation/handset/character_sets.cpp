@@ -142,6 +142,10 @@ std::optional<std::string> from_hex(std::string_view digits) {
 
 }  // namespace
 
+std::u16string widened(std::string_view text) {
+  return {text.begin(), text.end()};
+}
+
 std::string alpha_identifier(std::u16string_view text) {
   for (char16_t c : text)
     if (!septets_of(c)) return '\x80' + to_big_endian(text);

@@ -14,6 +14,9 @@ std::string encoded(std::u16string_view text, std::string_view set, bool upper_h
 // The other way; nothing where the bytes are no text of the set.
 std::optional<std::u16string> decoded(std::string_view bytes, std::string_view set);
 
+// A text of plain letters.
+std::u16string widened(std::string_view text);
+
 // A text as a SIM stores it, ETSI TS 102 221 Annex A: in the default alphabet, or 80 and UCS2.
 std::string alpha_identifier(std::u16string_view text);
 

@@ -107,6 +107,11 @@ std::optional<Command> next_command(std::string_view& body) {
   return Command{name, Form::kSet, {std::string(value.empty() ? "0" : value)}};
 }
 
+const std::string* sole_parameter(const Command& command) {
+  const bool sole = command.form == Form::kSet && command.parameters.size() == 1;
+  return sole ? &command.parameters.front() : nullptr;
+}
+
 std::optional<int> number_of(std::string_view parameter) {
   if (parameter.empty() || !std::all_of(parameter.begin(), parameter.end(), is_digit)) return {};
   int value = 0;

@@ -23,6 +23,9 @@ std::string tidied(std::string_view body);
 // Takes the next command off a tidied body; nothing where what begins there is none.
 std::optional<Command> next_command(std::string_view& body);
 
+// What a command is set to; none where it is not set to one value.
+const std::string* sole_parameter(const Command& command);
+
 // A parameter as a decimal number.
 std::optional<int> number_of(std::string_view parameter);
 

@@ -15,7 +15,7 @@ struct Value {
   int first, last;
   std::string_view behind;
 };
-constexpr std::array<Value, 12> kValues = {{
+constexpr std::array<Value, 10> kValues = {{
     {"E", &Settings::echo, 0, 1, ""},
     {"Q", &Settings::quiet, 0, 1, ""},
     {"V", &Settings::verbose, 0, 1, ""},
@@ -25,8 +25,6 @@ constexpr std::array<Value, 12> kValues = {{
     {"S5", &Settings::backspace, 0, 127, ""},
     {"+CMEE", &Settings::errors, 0, 2, ""},
     {"+CREG", &Settings::registration, 0, 2, ",1"},
-    {"+CLIP", &Settings::caller, 0, 1, ",1"},
-    {"+CRC", &Settings::cellular_result, 0, 1, ""},
     {"+CMGF", &Settings::message_format, 0, 1, ""},
 }};
 
@@ -44,8 +42,8 @@ Result run_value(Phone& phone, const Value& value, const Command& command, Lines
                          : name + ": " + digits + std::string(value.behind)};
     return Result::kOk;
   }
-  if (command.form != Form::kSet || command.parameters.size() != 1) return Result::kError;
-  const auto number = number_of(command.parameters[0]);
+  const std::string* parameter = sole_parameter(command);
+  const auto number = number_of(parameter ? *parameter : "");
   if (!number || *number < value.first || *number > value.last) return Result::kError;
   phone.now.*value.place = *number;
   return Result::kOk;
@@ -83,51 +81,38 @@ Result reset(Phone& phone, const Command& command, Lines&) {
   return Result::kOk;
 }
 
-// There is no call to end.
-Result hang_up(Phone&, const Command&, Lines&) {
-  return Result::kOk;
-}
-
 Result character_set(Phone& phone, const Command& command, Lines& lines) {
-  const Options& options = phone.options;
-  const auto in_set = [&](const std::string& name) {
-    return encoded(std::u16string(name.begin(), name.end()), phone.now.set, options.upper_hex);
-  };
+  std::string& set = phone.now.set;
   if (command.form == Form::kTest) {
-    std::string names;
-    for (const std::string& set : options.sets)
-      names += (names.empty() ? "\"" : options.blanks ? ", \"" : ",\"") + set + '"';
-    lines = {"+CSCS: (" + names + ")"};
+    lines = {"+CSCS: (" + list_of(phone, phone.options.sets) + ')'};
     return Result::kOk;
   }
   if (command.form == Form::kRead) {
-    const std::string& set = phone.now.set;
-    lines = {"+CSCS: \"" + (options.set_named_in_itself ? in_set(set) : set) + '"'};
+    lines = {"+CSCS: " +
+             (phone.options.set_named_in_itself ? said(phone, widened(set)) : quoted(set, false))};
     return Result::kOk;
   }
-  if (command.form != Form::kSet || command.parameters.size() != 1) return Result::kError;
-  const auto name = string_of(command.parameters[0], options.escapes);
-  const auto set = std::find_if(options.sets.begin(), options.sets.end(), [&](const auto& each) {
-    return name == each || name == in_set(each);
-  });
-  if (set == options.sets.end()) return Result::kError;
-  phone.now.set = *set;
-  return Result::kOk;
+  const std::string* parameter = sole_parameter(command);
+  for (const std::string& each : phone.options.sets) {
+    if (!parameter || !is_word(phone, *parameter, each)) continue;
+    set = each;
+    return Result::kOk;
+  }
+  return Result::kError;
 }
 
 Result pin(Phone& phone, const Command& command, Lines& lines) {
   if (command.form == Form::kTest) return Result::kOk;
   if (phone.card == Card::kAbsent) return Result::kNoCard;
   if (command.form == Form::kRead) {
-    const bool ready = phone.card == Card::kReady, puk = phone.card == Card::kNeedsPuk;
-    lines = {ready ? "+CPIN: READY" : puk ? "+CPIN: SIM PUK" : "+CPIN: SIM PIN"};
+    lines = {phone.card == Card::kReady ? "+CPIN: READY" : "+CPIN: SIM PIN"};
     return Result::kOk;
   }
-  if (command.form != Form::kSet || command.parameters.size() != 1) return Result::kError;
-  if (phone.card == Card::kNeedsPuk) return Result::kPukNeeded;
+  const std::string* parameter = sole_parameter(command);
+  if (!parameter) return Result::kError;
   if (phone.card == Card::kReady) return Result::kNotAllowed;
-  const auto code = string_of(command.parameters[0], phone.options.escapes);
-  if (code.value_or(command.parameters[0]) != phone.options.pin) return Result::kWrongPassword;
+  const auto code = string_of(*parameter, phone.options.escapes);
+  if (code.value_or(*parameter) != phone.options.pin) return Result::kWrongPassword;
   phone.card = Card::kReady;
   return Result::kOk;
 }
@@ -138,10 +123,9 @@ struct Row {
   std::string_view name;
   Result (*run)(Phone&, const Command&, Lines&);
 };
-constexpr std::array<Row, 11> kCommands = {{
+constexpr std::array<Row, 10> kCommands = {{
     {"Z", reset},              // V.250 6.1.1
     {"&F", reset},             // V.250 6.1.2
-    {"H", hang_up},            // V.250 6.3.6
     {"+CSCS", character_set},  // TS 27.007 5.5
     {"+CPIN", pin},            // TS 27.007 8.3
     {"+CPBS", phonebook},      // TS 27.007 8.11
@@ -153,7 +137,7 @@ constexpr std::array<Row, 11> kCommands = {{
 }};
 
 template <typename Table>
-const typename Table::value_type* find(const Table& table, std::string_view name) {
+const typename Table::value_type* row_of(const Table& table, std::string_view name) {
   const auto* row =
       std::find_if(table.begin(), table.end(), [&](const auto& each) { return each.name == name; });
   return row == table.end() ? nullptr : row;
@@ -183,12 +167,28 @@ std::string said(const Phone& phone, std::u16string_view text) {
   return quoted(encoded(text, phone.now.set, phone.options.upper_hex), phone.options.escapes);
 }
 
+bool is_word(const Phone& phone, std::string_view parameter, std::string_view word) {
+  const auto text = string_of(parameter, phone.options.escapes);
+  return text && (*text == word || decoded(*text, phone.now.set) == widened(word));
+}
+
+std::string list_of(const Phone& phone, const std::vector<std::string>& words) {
+  std::string list;
+  for (const std::string& word : words)
+    (list += list.empty() ? "" : comma(phone)) += quoted(word, false);
+  return list;
+}
+
+std::string_view comma(const Phone& phone) {
+  return phone.options.blanks ? ", " : ",";
+}
+
 Result run(Phone& phone, const Command& command, Lines& lines) {
   if (phone.options.unknown.contains(command.name)) return Result::kError;
-  if (const auto* value = find(kValues, command.name))
+  if (const auto* value = row_of(kValues, command.name))
     return run_value(phone, *value, command, lines);
-  if (const auto* text = find(kTexts, command.name)) return run_text(*text, command, lines);
-  const auto* row = find(kCommands, command.name);
+  if (const auto* text = row_of(kTexts, command.name)) return run_text(*text, command, lines);
+  const auto* row = row_of(kCommands, command.name);
   return row ? row->run(phone, command, lines) : Result::kError;
 }
 

@@ -13,9 +13,9 @@ std::vector<Message> confusing_messages() {
 
 Result read_message(Phone& phone, const Command& command, Lines& lines) {
   if (command.form == Form::kTest) return Result::kOk;
-  if (command.form != Form::kSet || command.parameters.size() != 1) return Result::kError;
+  const std::string* parameter = sole_parameter(command);
   auto& messages = phone.options.messages;
-  const auto index = number_of(command.parameters[0]);
+  const auto index = number_of(parameter ? *parameter : "");
   if (!index) return Result::kError;
   if (*index < 1 || *index > static_cast<int>(messages.size())) return Result::kNoSuchMessage;
   Message& message = messages[static_cast<size_t>(*index) - 1];
@@ -25,9 +25,8 @@ Result read_message(Phone& phone, const Command& command, Lines& lines) {
     lines = {"+CMGR: " + std::string(message.read ? "1" : "0") + ",," + length, message.pdu};
   } else {
     // The address, too, is in the character set of the terminal.
-    const std::u16string from(message.from.begin(), message.from.end());
     lines = {"+CMGR: \"REC " + std::string(message.read ? "READ" : "UNREAD") + "\"," +
-                 said(phone, from) + ",,\"" + message.time + '"',
+                 said(phone, widened(message.from)) + ",,\"" + message.time + '"',
              encoded(message.text, phone.now.set, phone.options.upper_hex)};
   }
   message.read = true;

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/simulation/handset/result.h"
 #include "tests/simulation/machine.h"
 
 namespace qalt::simulation {
@@ -25,8 +26,6 @@ struct Settings {
   int backspace = 8;           // V.250 6.2.3, S5
   int errors = 0;              // TS 27.007 9.1, +CMEE
   int registration = 0;        // TS 27.007 7.2, +CREG
-  int caller = 0;              // TS 27.007 7.6, +CLIP
-  int cellular_result = 0;     // TS 27.007 6.11, +CRC
   int message_format = 0;      // TS 27.005 3.2.3, +CMGF
   std::string set = "IRA";     // TS 27.007 5.5, +CSCS
   std::string storage = "SM";  // TS 27.007 8.11, +CPBS
@@ -38,7 +37,6 @@ struct Storage {
   int first = 1, size = 250;
   // Announced; what is written may not be longer. None: not announced, anything may be written.
   std::optional<int> number_length = 40, text_length = 14;
-  bool needs_pin2 = false;  // for writing, as the fixed dialling numbers do
   std::map<int, Stored> contacts = {};
 };
 
@@ -54,8 +52,7 @@ struct Message {
 // Three whose text has lines as a modem's own: "OK", a prompt, the beginning of a contact.
 std::vector<Message> confusing_messages();
 
-enum class Card { kReady, kNeedsPin, kNeedsPuk, kAbsent };
-enum class Empty { kOk, kNotFound, kError };     // the answer where nothing is stored
+enum class Card { kReady, kNeedsPin, kAbsent };
 enum class Counts { kRight, kAbsent, kZero };    // "used" and "total" of +CPBS?
 enum class Measure { kCharacters, kOctets };     // what the announced length of a text counts
 enum class FurtherOrder { kStandard, kAsRead };  // of the parameters of +CPBW
@@ -87,11 +84,11 @@ struct Options {
   // Phonebook.
   bool further = false;  // the parameters behind the text are known
   FurtherOrder further_order = FurtherOrder::kStandard;
-  bool plus_in_numbers = true;   // "+49",145, not "49",145
-  bool finds_free_index = true;  // where +CPBW has none
-  bool tells_index = false;      // +CPBW answers where it has written
-  Empty empty_index = Empty::kOk;
-  Empty empty_range = Empty::kOk;                           // nor has +CPBF found any
+  bool plus_in_numbers = true;                              // "+49",145, not "49",145
+  bool finds_free_index = true;                             // where +CPBW has none
+  bool tells_index = false;                                 // +CPBW answers where it has written
+  Result empty_index = Result::kOk;                         // or kNotFound, kError
+  Result empty_range = Result::kOk;                         // nor has +CPBF found any
   std::set<int> refused_alone = {}, refused_in_range = {};  // reads that end with ERROR
   bool lines_before_refusal = false;                        // of the indices before it
   std::optional<int> largest_range = {};                    // indices in one read; more: ERROR

@@ -32,6 +32,13 @@ size_t storage_place(const Phone& phone, std::string_view name);
 // A text between terminal and telephone: in the set of +CSCS, as the value of a string.
 std::string said(const Phone& phone, std::u16string_view text);
 
+// Whether a parameter is that word, plain or in the set of +CSCS; and words as +X=? lists them.
+bool is_word(const Phone& phone, std::string_view parameter, std::string_view word);
+std::string list_of(const Phone& phone, const std::vector<std::string>& words);
+
+// What is between values.
+std::string_view comma(const Phone& phone);
+
 // Puts a contact, or none, where another may be.
 void place(Phone& phone, Storage& storage, int index, const std::optional<Stored>& contact);
 

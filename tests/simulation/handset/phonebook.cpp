@@ -20,47 +20,38 @@ std::string announced(const std::optional<int>& length) {
   return length ? std::to_string(*length) : "";
 }
 
-Result answer_of(Empty empty) {
-  return empty == Empty::kOk      ? Result::kOk
-         : empty == Empty::kError ? Result::kError
-                                  : Result::kNotFound;
-}
-
 // TS 27.007 8.12: <index>,<number>,<type>,<text> and what is behind it.
 std::string line_of(const Phone& phone, std::string_view name, int index, const Stored& contact) {
-  const std::string comma = phone.options.blanks ? ", " : ",";
   const bool international = contact.number.starts_with('+');
   const bool bare = international && !phone.options.plus_in_numbers;
-  return std::string(name) + ": " + std::to_string(index) + comma + '"' +
-         contact.number.substr(bare ? 1 : 0) + '"' + comma + (international ? "145" : "129") +
-         comma + said(phone, contact.name) + (phone.options.further ? contact.further : "");
+  std::string line = std::string(name) + ": " + std::to_string(index);
+  (line += comma(phone)) += quoted(contact.number.substr(bare ? 1 : 0), false);
+  (line += comma(phone)) += international ? "145" : "129";
+  (line += comma(phone)) += said(phone, contact.name);
+  return phone.options.further ? line + contact.further : line;
 }
 
 // 8.11: +CPBS.
 Result select(Phone& phone, Storage& held, const Command& command, Lines& lines) {
   const Options& options = phone.options;
-  const std::string comma = options.blanks ? ", " : ",";
+  std::vector<std::string> names;
+  for (const Storage& each : options.storages) names.push_back(each.name);
   if (command.form == Form::kTest) {
-    std::string names;
-    for (const Storage& each : options.storages)
-      names += (names.empty() ? "" : comma) + '"' + each.name + '"';
-    lines = {"+CPBS: (" + names + ")"};
+    lines = {"+CPBS: (" + list_of(phone, names) + ')'};
     return Result::kOk;
   }
   if (command.form == Form::kRead) {
     const size_t used = options.counts == Counts::kRight ? held.contacts.size() : 0;
-    lines = {"+CPBS: \"" + held.name + '"'};
-    if (options.counts != Counts::kAbsent)
-      lines[0] += comma + std::to_string(used) + comma + std::to_string(held.size);
+    lines = {"+CPBS: " + quoted(held.name, false)};
+    if (options.counts == Counts::kAbsent) return Result::kOk;
+    (lines[0] += comma(phone)) += std::to_string(used);
+    (lines[0] += comma(phone)) += std::to_string(held.size);
     return Result::kOk;
   }
-  if (command.form != Form::kSet || command.parameters.size() != 1) return Result::kError;
-  const auto name = string_of(command.parameters[0], options.escapes);
-  for (const Storage& each : options.storages) {
-    const bool in_set = name == encoded(std::u16string(each.name.begin(), each.name.end()),
-                                        phone.now.set, options.upper_hex);
-    if (name != each.name && !in_set) continue;
-    phone.now.storage = each.name;
+  const std::string* parameter = sole_parameter(command);
+  for (const std::string& name : names) {
+    if (!parameter || !is_word(phone, *parameter, name)) continue;
+    phone.now.storage = name;
     return Result::kOk;
   }
   return Result::kError;
@@ -95,7 +86,7 @@ Result read(Phone& phone, Storage& held, const Command& command, Lines& lines) {
     lines.push_back(line_of(phone, "+CPBR", at->first, at->second));
   if (refuses) return Result::kError;
   if (!lines.empty()) return Result::kOk;
-  return answer_of(alone ? options.empty_index : options.empty_range);
+  return alone ? options.empty_index : options.empty_range;
 }
 
 // 8.13: +CPBF, those whose text begins as said.
@@ -104,14 +95,14 @@ Result find(Phone& phone, Storage& held, const Command& command, Lines& lines) {
     lines = {"+CPBF: " + announced(held.number_length) + ',' + announced(held.text_length)};
     return Result::kOk;
   }
-  if (command.form != Form::kSet || command.parameters.size() != 1) return Result::kError;
-  const auto value = string_of(command.parameters[0], phone.options.escapes);
+  const std::string* parameter = sole_parameter(command);
+  const auto value = string_of(parameter ? *parameter : "", phone.options.escapes);
   if (!value) return Result::kError;
   const auto wanted = decoded(*value, phone.now.set);
   if (!wanted) return Result::kTextInvalid;
   for (const auto& [index, contact] : held.contacts)
     if (contact.name.starts_with(*wanted)) lines.push_back(line_of(phone, "+CPBF", index, contact));
-  return lines.empty() ? answer_of(phone.options.empty_range) : Result::kOk;
+  return lines.empty() ? phone.options.empty_range : Result::kOk;
 }
 
 // What +CPBW has behind the text: group, adnumber, adtype, secondtext, email, sip_uri, tel_uri,
@@ -133,7 +124,7 @@ std::optional<std::string> further_of(const Phone& phone, const Command& command
   }
   std::rotate(values.begin(), values.end() - 1, values.end());
   std::string further;
-  for (const std::string& value : values) further += (phone.options.blanks ? ", " : ",") + value;
+  for (const std::string& value : values) (further += comma(phone)) += value;
   further.erase(further.find_last_not_of(", ") + 1);
   return further;
 }
@@ -203,7 +194,6 @@ Result write(Phone& phone, Storage& held, const Command& command, Lines& lines) 
   // A record that holds neither number nor text is a free one.
   const bool nothing = contact == Stored{};
   if (!index && (nothing || !options.finds_free_index)) return Result::kError;
-  if (held.needs_pin2) return Result::kPin2Needed;
   if (!index) index = first_free(held);
   if (!index) return Result::kMemoryFull;
   if (!options.writes_dropped.contains(*index))
@@ -216,7 +206,6 @@ Result write(Phone& phone, Storage& held, const Command& command, Lines& lines) 
 Result readiness(Phone& phone) {
   if (phone.card == Card::kAbsent) return Result::kNoCard;
   if (phone.card == Card::kNeedsPin) return Result::kPinNeeded;
-  if (phone.card == Card::kNeedsPuk) return Result::kPukNeeded;
   return phone.busy_for > 0 && phone.busy_for-- > 0 ? Result::kCardBusy : Result::kOk;
 }
 

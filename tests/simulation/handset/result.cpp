@@ -4,6 +4,8 @@
 #include <array>
 #include <string_view>
 
+#include "tests/simulation/handset/options.h"
+
 namespace qalt::simulation {
 namespace {
 
@@ -14,14 +16,12 @@ struct Row {
 };
 
 // TS 27.007 9.2.1 and 9.2.2.
-constexpr std::array<Row, 14> kPhoneErrors = {{
+constexpr std::array<Row, 12> kPhoneErrors = {{
     {Result::kNotAllowed, 3, "operation not allowed"},
     {Result::kNoCard, 10, "SIM not inserted"},
     {Result::kPinNeeded, 11, "SIM PIN required"},
-    {Result::kPukNeeded, 12, "SIM PUK required"},
     {Result::kCardBusy, 14, "SIM busy"},
     {Result::kWrongPassword, 16, "incorrect password"},
-    {Result::kPin2Needed, 17, "SIM PIN2 required"},
     {Result::kMemoryFull, 20, "memory full"},
     {Result::kInvalidIndex, 21, "invalid index"},
     {Result::kNotFound, 22, "not found"},

@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "tests/simulation/handset/options.h"
-
 namespace qalt::simulation {
+
+struct Settings;
 
 // TS 27.007 9.2: errors of the telephone. What is wrong with a command line is a mere kError, 9.1.
 enum class Result {
@@ -15,10 +15,8 @@ enum class Result {
   kNotAllowed,
   kNoCard,
   kPinNeeded,
-  kPukNeeded,
   kCardBusy,
   kWrongPassword,
-  kPin2Needed,
   kMemoryFull,
   kInvalidIndex,
   kNotFound,
