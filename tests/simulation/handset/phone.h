@@ -39,7 +39,7 @@ std::string list_of(const Phone& phone, const std::vector<std::string>& words);
 // What is between values.
 std::string_view comma(const Phone& phone);
 
-// Puts a contact, or none, where another may be.
+// Puts a contact, or none, at an index.
 void place(Phone& phone, Storage& storage, int index, const std::optional<Stored>& contact);
 
 // Runs one command of a line. ATZ ends the line.
