@@ -5,18 +5,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "server/command_answers.h"
+
 namespace qalt::server {
 namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kOwnTimeout{5000};    // of the server's own commands
-constexpr milliseconds kProbeTimeout{2000};  // of one AT of a resync
-constexpr int kMostProbes = 5;
-constexpr milliseconds kQuiet{200};  // how long the line is quiet when a resync is done
-constexpr milliseconds kLongestSettle{3000};
+constexpr milliseconds kOwnTimeout{5000};  // of the server's own commands
 
-constexpr std::string_view kProbe = "AT";
 constexpr std::string_view kEscape = "\x1B";
 
 // What a client gets instead of an answer that a frame cannot carry (3GPP TS 27.007, 9.2: text
@@ -28,22 +25,12 @@ bool is_ok(std::string_view answer) {
   return answer.ends_with("\r\nOK\r\n");
 }
 
-// An OK and nothing else: the answer to AT, or late that to a command without information.
-bool is_bare_ok(std::string_view answer) {
-  while (answer.starts_with('\r') || answer.starts_with('\n')) answer.remove_prefix(1);
-  return answer == "OK\r\n" || answer == "OK\n";
-}
-
-bool is_result(std::string_view line) {
-  return line == "OK" || line == "ERROR" || line.starts_with("+CME ERROR:") ||
-         line.starts_with("+CMS ERROR:");
-}
-
 }  // namespace
 
 void Dispatcher::opened(TimePoint now, bool clean) {
   reader_.reset();
   settings_.reopened();
+  resync_.reopened();
   started_ = 0;
   if (clean) {
     state_ = State::kStarting;
@@ -82,7 +69,6 @@ void Dispatcher::cancel(uint64_t id) {
 
 void Dispatcher::receive(std::string_view bytes, TimePoint now) {
   if (state_ == State::kClosed) return;
-  if (state_ == State::kSettling) deadline_ = std::min(now + kQuiet, settle_end_);
   reader_.feed(bytes);
   while (auto event = reader_.next()) handle(std::move(*event), now);
 }
@@ -110,11 +96,7 @@ void Dispatcher::tick(TimePoint now) {
       }
       return resync(now);
     case State::kResync:
-      return send_probe(now);
-    case State::kSettling:
-      reader_.expect_nothing();
-      state_ = State::kStarting;
-      return next(now);
+      return go_on(resync_.timed_out(now), now);
     case State::kClosed:
     case State::kIdle:
       return;
@@ -165,7 +147,7 @@ void Dispatcher::handle(StreamEvent event, TimePoint now) {
       return push_report(event);
     case StreamEvent::Kind::kLine:
       // Between commands only reports come; a result or a line of an answer is a late one.
-      if (state_ == State::kSettling || event.too_long || event.unfit || is_result(event.text)) {
+      if (event.too_long || event.unfit || is_result(event.text)) {
         return host_.note(LOG_INFO, "line of no command passed over: " + event.text);
       }
       event.text = "\r\n" + event.text + "\r\n";
@@ -181,9 +163,10 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
   // Nobody will send the text that the modem waits for.
   if (prompt) host_.write_modem(kEscape);
   if (state_ == State::kResync) {
-    if (!prompt && is_bare_ok(event.text)) return settle(now);
-    // The end of the late answer; the one to AT is still to come.
-    return reader_.expect_resync(kProbe);
+    // A line that is not sent anew is still the one whose answer is looked for.
+    reader_.expect_resync(resync_.line());
+    if (!prompt) go_on(resync_.answered(event.text, now), now);
+    return;
   }
   reader_.expect_nothing();
   const bool ok = !prompt && (is_ok(event.text) || event.too_long || event.unfit);
@@ -216,26 +199,27 @@ void Dispatcher::finish_current(std::string_view text) {
 }
 
 void Dispatcher::resync(TimePoint now) {
-  probes_ = 0;
-  send_probe(now);
-}
-
-void Dispatcher::send_probe(TimePoint now) {
-  if (probes_++ == kMostProbes) {
-    host_.note(LOG_ERR, "the modem does not answer");
-    closed();
-    return host_.give_up_port();
-  }
   state_ = State::kResync;
-  deadline_ = now + kProbeTimeout;
-  reader_.expect_resync(kProbe);
-  host_.write_modem(std::string(kProbe) + "\r");
+  go_on(resync_.begin(now), now);
 }
 
-void Dispatcher::settle(TimePoint now) {
-  state_ = State::kSettling;
-  deadline_ = now + kQuiet;
-  settle_end_ = now + kLongestSettle;
+void Dispatcher::go_on(Resync::Step step, TimePoint now) {
+  deadline_ = resync_.deadline();
+  switch (step) {
+    case Resync::Step::kWait:
+      return;
+    case Resync::Step::kSend:
+      reader_.expect_resync(resync_.line());
+      return host_.write_modem(std::string(resync_.line()) + "\r");
+    case Resync::Step::kDone:
+      reader_.expect_nothing();
+      state_ = State::kStarting;
+      return next(now);
+    case Resync::Step::kGiveUp:
+      host_.note(LOG_ERR, "the modem does not answer");
+      closed();
+      return host_.give_up_port();
+  }
 }
 
 void Dispatcher::push_report(const StreamEvent& event) {

@@ -9,6 +9,7 @@
 #include <thread>
 #include <tuple>
 
+#include "sim/modem.h"
 #include "tests/support/program.h"
 
 namespace {
@@ -64,7 +65,7 @@ TEST_F(Atd, AnswersAndRefuses) {
 }
 
 TEST_F(Atd, BadClientsHoldNobodyUp) {
-  const auto atd = start({"--sim-fault", "*:AT+CPAS:never", "--log", log});
+  const auto atd = start({"--sim-fault", "*:AT+CIMI:never", "--log", log});
   std::vector<int> stalled;
   for (int i = 0; i < 130; ++i) {
     stalled.push_back(test::connect_to(socket));
@@ -73,9 +74,9 @@ TEST_F(Atd, BadClientsHoldNobodyUp) {
     if (i % 3 == 0) ::shutdown(stalled.back(), SHUT_RDWR);
   }
   const int lost = test::connect_to(socket);
-  test::send_request(lost, "AT+CPAS", 50);
+  test::send_request(lost, "AT+CIMI", 50);
   ::close(lost);
-  EXPECT_EQ(ask(socket, "AT+CPAS", 50), "");
+  EXPECT_EQ(ask(socket, "AT+CIMI", 50), "");
   EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
   for (int client : stalled) ::close(client);
   EXPECT_EQ(atd->end().status, 0);
@@ -206,8 +207,14 @@ TEST_F(Atd, AModemBehindAnAddress) {
   ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
   std::thread modem([listener] {
     const int line = ::accept(listener, nullptr, nullptr);
+    qalt::sim::Modem simulated({});
     char bytes[256];
-    while (::recv(line, bytes, sizeof bytes, 0) > 0) ::send(line, kOk.data(), kOk.size(), 0);
+    for (ssize_t n; (n = ::recv(line, bytes, sizeof bytes, 0)) > 0;) {
+      simulated.receive({bytes, size_t(n)});
+      for (const auto& output : simulated.take()) {
+        ::send(line, output.bytes.data(), output.bytes.size(), 0);
+      }
+    }
     ::close(line);
   });
   const auto atd = start({"--modem", "tcp:127.0.0.1:" + std::to_string(ntohs(address.sin_port))});
