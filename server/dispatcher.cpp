@@ -16,6 +16,9 @@ constexpr milliseconds kOwnTimeout{5000};  // of the server's own commands
 
 constexpr std::string_view kEscape = "\x1B";
 
+// What a client gets while there is no modem (3GPP TS 27.007, 9.2: no connection to phone).
+constexpr std::string_view kAway = "\r\n+CME ERROR: 1\r\n";
+
 // What a client gets instead of an answer that a frame cannot carry (3GPP TS 27.007, 9.2: text
 // string too long, invalid characters in text string).
 constexpr std::string_view kTooLong = "\r\n+CME ERROR: 24\r\n";
@@ -44,20 +47,20 @@ void Dispatcher::closed() {
   state_ = State::kClosed;
   if (current_) settings_.unanswered(sender_, sent_);
   finish_current("");
-  drop_waiting();
+  drop_all(kAway);
 }
 
-void Dispatcher::drop_waiting() {
-  for (const Command& command : std::exchange(waiting_, {})) drop(command);
+void Dispatcher::drop_all(std::string_view text) {
+  for (const Command& command : std::exchange(waiting_, {})) drop(command, text);
 }
 
-void Dispatcher::drop(const Command& command) {
+void Dispatcher::drop(const Command& command, std::string_view text) {
   settings_.unanswered(command.peer, command.line);
-  host_.answer(command.id, "");
+  host_.answer(command.id, text);
 }
 
 void Dispatcher::submit(Command command, TimePoint now) {
-  if (state_ == State::kClosed) return drop(command);
+  if (state_ == State::kClosed) return drop(command, kAway);
   waiting_.push_back(std::move(command));
   if (state_ == State::kIdle) next(now);
 }
@@ -91,7 +94,7 @@ void Dispatcher::tick(TimePoint now) {
       if (state_ == State::kPreparing && !sent_.ends_with('?') && !waiting_.empty() &&
           waiting_.front().id == prepared_for_) {
         host_.note(LOG_ERR, "so not sent: " + waiting_.front().line);
-        drop(waiting_.front());
+        drop(waiting_.front(), "");
         waiting_.pop_front();
       }
       return resync(now);
@@ -118,7 +121,7 @@ void Dispatcher::next(TimePoint now) {
   // did that the end of the former server cut off.
   while (!waiting_.empty() && waiting_.front().older &&
          settings_.forgotten(waiting_.front().peer, waiting_.front().line)) {
-    drop(waiting_.front());
+    drop(waiting_.front(), "");
     waiting_.pop_front();
   }
   if (waiting_.empty()) return;

@@ -59,7 +59,8 @@ class Dispatcher {
 
   // The port is open. `clean`: nothing of an earlier time can be on the line.
   void opened(TimePoint now, bool clean);
-  // The port is gone: every command at hand ends with an empty answer, and further ones too.
+  // The port is gone: the command under way ends with an empty answer, since nobody knows what
+  // became of it. Those that were not sent, and further ones, get "no connection to phone" at once.
   void closed();
   void submit(Command command, TimePoint now);
   // The client is gone; a command not yet sent is dropped, the answer to one that is, discarded.
@@ -69,7 +70,7 @@ class Dispatcher {
   // When tick() has something to do; none while only the modem or a client can change anything.
   std::optional<TimePoint> deadline() const;
   // Ends all commands that wait with an empty answer; the one under way goes on.
-  void drop_waiting();
+  void drop_waiting() { drop_all(""); }
   bool command_under_way() const { return state_ == State::kWaiting && current_.has_value(); }
 
  private:
@@ -80,7 +81,8 @@ class Dispatcher {
   void handle(StreamEvent event, TimePoint now);
   void answered(const StreamEvent& event, TimePoint now);
   void finish_current(std::string_view text);
-  void drop(const Command& command);
+  void drop(const Command& command, std::string_view text);
+  void drop_all(std::string_view text);
   void resync(TimePoint now);
   void go_on(Resync::Step step, TimePoint now);
   void push_report(const StreamEvent& event);

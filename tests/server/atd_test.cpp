@@ -21,6 +21,7 @@ using test::Program;
 
 const std::string kOk = "\r\nOK\r\n";
 const std::string kError = "\r\nERROR\r\n";
+const std::string kAway = "\r\n+CME ERROR: 1\r\n";
 const std::string kCsq = "\r\n+CSQ: 20,99\r\n" + kOk;
 
 class Atd : public ::testing::Test {
@@ -36,6 +37,13 @@ class Atd : public ::testing::Test {
   }
   static Ended run(const std::vector<std::string>& arguments) {
     return Program(ATD_PROGRAM, arguments).end(0);
+  }
+  std::string ask_until_open(const std::string& command) const {
+    for (;;) {
+      const std::string answer = ask(socket, command);
+      if (answer != kAway) return answer;
+      std::this_thread::yield();
+    }
   }
   // The permissions of a file; 0 where there is none.
   static unsigned mode_of(const std::string& path) {
@@ -182,18 +190,18 @@ TEST_F(Atd, ATranscriptCanBeMovedAwayAndReplayed) {
 
 TEST_F(Atd, AModemOnATerminal) {
   const std::string tty = folder.file("tty");
+  const auto atd = start({"--modem", "tty:" + tty + ",115200,rtscts", "--log", log});
+  EXPECT_EQ(ask(socket, "AT+CSQ"), kAway);
+  while (contents(log).find("modem lost") == std::string::npos) std::this_thread::yield();
   Program modem(SIMMODEM_PROGRAM,
                 {"--pty", tty, "--sim-echo", "--sim-fault", "2:AT+CSQ:hang-up=5"});
   ASSERT_TRUE(modem.ready());
-  const auto atd = start({"--modem", "tty:" + tty + ",115200,rtscts", "--verbose"});
-  EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
+  EXPECT_EQ(ask_until_open("AT+CSQ"), kCsq);
   const std::string whole = ask(socket, "AT+CPBR=1,250");
   EXPECT_NE(whole.find("+CPBR: 32,"), std::string::npos);
   // The device goes away in the middle of an answer, and comes back.
   EXPECT_EQ(ask(socket, "AT+CSQ"), "");
-  std::string again;
-  while ((again = ask(socket, "AT+CPBR=1,250")).empty()) std::this_thread::yield();
-  EXPECT_EQ(again, whole);
+  EXPECT_EQ(ask_until_open("AT+CPBR=1,250"), whole);
   EXPECT_EQ(atd->end().status, 0);
   EXPECT_EQ(modem.end().status, 0);
   EXPECT_EQ(mode_of(tty), 0u);
@@ -218,9 +226,7 @@ TEST_F(Atd, AModemBehindAnAddress) {
     ::close(line);
   });
   const auto atd = start({"--modem", "tcp:127.0.0.1:" + std::to_string(ntohs(address.sin_port))});
-  std::string answer;
-  while ((answer = ask(socket, "AT")).empty()) std::this_thread::yield();
-  EXPECT_EQ(answer, kOk);
+  EXPECT_EQ(ask_until_open("AT"), kOk);
   EXPECT_EQ(atd->end().status, 0);
   modem.join();
   ::close(listener);

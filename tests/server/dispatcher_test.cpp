@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <map>
 
+#include "server/back_off.h"
 #include "sim/modem.h"
 
 namespace qalt::server {
@@ -98,6 +99,7 @@ class Line : private Dispatcher::Host {
 const std::string kOk = "\r\nOK\r\n";
 const std::string kError = "\r\nERROR\r\n";
 const std::string kCsq = "\r\n+CSQ: 20,99\r\n" + kOk;
+const std::string kAway = "\r\n+CME ERROR: 1\r\n";
 const std::string kCops = "\r\n+COPS: 0,0,\"Testnet\",2\r\n" + kOk;
 const std::string kPin = "\r\n+CPIN: READY\r\n" + kOk;
 
@@ -278,11 +280,14 @@ TEST(Dispatcher, EveryModemIsFoundAgain) {
 TEST(Dispatcher, ADeadModemIsGivenUp) {
   Line line;
   line.mute = true;
-  EXPECT_EQ(line.ask("AT+CSQ"), "");
+  line.submit("AT+CSQ");
+  const uint64_t waits = line.submit("AT+CPIN?");
+  line.run(milliseconds(11'000));
+  EXPECT_EQ(line.answers, (Answers{{waits - 1, ""}, {waits, kAway}}));
   EXPECT_EQ(line.given_up, 1);
   EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "ATE0Q0V1\r", "AT+CPAS\r", "ATE0Q0V1\r"}));
   // Closed: no waiting, and nothing is due.
-  EXPECT_EQ(line.ask("AT"), "");
+  EXPECT_EQ(line.ask("AT"), kAway);
   EXPECT_EQ(line.dispatcher.deadline(), std::nullopt);
   // Opened again with something on the line: it is cleared before the start lines.
   line.mute = false;
@@ -310,6 +315,31 @@ TEST(Dispatcher, ClientsThatLeave) {
   line.run(milliseconds(1000));
   EXPECT_EQ(line.answers, (Answers{{3, kPin}}));
   EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "AT+CPIN?\r"}));
+}
+
+// Row by row: what happens at a second of the test's, and when the port is due then.
+TEST(BackOff, IsShortWhileSomebodyAsks) {
+  BackOff back_off;
+  const TimePoint start{};
+  enum class Event { kFails, kAsks, kAnswers };
+  using enum Event;
+  const struct {
+    int at;
+    Event event;
+    double due;
+  } rows[] = {
+      {0, kFails, 0.25},  {1, kFails, 1.5},     {2, kFails, 3},        {3, kFails, 5},
+      {5, kFails, 9},     {9, kFails, 17},      {17, kFails, 33},      {33, kFails, 63},
+      {63, kFails, 93},   {70, kAsks, 64},      {71, kFails, 72},      {129, kFails, 130},
+      {130, kFails, 160}, {140, kAnswers, 160}, {150, kFails, 150.25}, {151, kFails, 151.5},
+  };
+  for (const auto& row : rows) {
+    const TimePoint now = start + std::chrono::seconds(row.at);
+    if (row.event == kFails) back_off.failed(now);
+    if (row.event == kAsks) back_off.asked(now);
+    if (row.event == kAnswers) back_off.answered();
+    EXPECT_EQ(back_off.due() - start, milliseconds(int(row.due * 1000))) << row.at;
+  }
 }
 
 // A process that selected nothing gets what stood before the others came.
