@@ -1,6 +1,7 @@
 // The built server, end to end: clients by hand, each modem kind, its beginning and its end.
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -128,6 +129,22 @@ TEST_F(Atd, TakesAPathOnlyWhereNobodyLives) {
   EXPECT_EQ(third->end(SIGINT).status, 0);
   EXPECT_EQ(mode_of(socket), 0u);
 
+  // Somebody else is about to live there.
+  const int lock = ::open((socket + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+  ::flock(lock, LOCK_EX);
+  EXPECT_EQ(run({"--modem", "sim", "--socket", socket}).status, 1);
+  ::close(lock);
+  // What came to stand there in the meantime is not the server's.
+  const auto fourth = start();
+  ::unlink(socket.c_str());
+  const int other = test::listen_at(socket, 1);
+  EXPECT_EQ(fourth->end().status, 0);
+  EXPECT_NE(mode_of(socket), 0u);
+  EXPECT_EQ(mode_of(socket + ".lock"), 0u);
+  EXPECT_EQ(run({"--modem", "sim", "--socket", socket}).status, 1);
+  ::close(other);
+  ::unlink(socket.c_str());
+
   std::ofstream(socket) << "kept";
   EXPECT_EQ(run({"--modem", "sim", "--socket", socket}).status, 1);
   EXPECT_EQ(contents(socket), "kept");
@@ -145,6 +162,7 @@ TEST_F(Atd, SaysWhyItDoesNotStart) {
       {{"--modem", "sim", "--sim-contacts", typo}, 2, "SM entry 1: \"nmae\" is no key"},
       {{"--modem", "usb"}, 2, "'usb' is not sim"},
       {{"--modem", "sim", "--socket", std::string(108, 's')}, 1, "108 characters"},
+      {{"--modem", "sim", "--socket", socket + "/no"}, 1, "/no.lock: No such file"},
       {{"--modem", "sim", "--socket", socket, "--socket-group", "no such group"}, 1, "no group"},
       {{"--socket", socket, "--modem", "replay:" + log}, 1, "cannot be read"},
   };
