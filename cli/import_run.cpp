@@ -10,7 +10,7 @@ namespace {
 class Writer {
  public:
   Writer(Phonebook& book, const ImportPlan& plan, Tally& tally)
-      : book_(book), spare_(plan.spare), tally_(tally) {}
+      : book_(book), limits_(plan.limits), spare_(plan.spare), tally_(tally) {}
 
   Result<Done> write(const PlannedWrite& planned) {
     Contact contact = planned.contact;
@@ -19,7 +19,7 @@ class Writer {
       if (planned.overwritten.empty()) {
         const auto occupant = occupant_of(contact.index);
         if (!occupant) return occupant.error();
-        if (*occupant && same_fields(**occupant, contact)) {
+        if (*occupant && says_all(**occupant, contact)) {
           ++tally_.met;
           return Done{};
         }
@@ -28,7 +28,7 @@ class Writer {
           return taken(contact.index, **occupant);
         }
       }
-      const auto stored = book_.put(contact);
+      const auto stored = book_.put(contact, limits_);
       if (stored) {
         ++tally_.written;
         return Done{};
@@ -71,6 +71,7 @@ class Writer {
   }
 
   Phonebook& book_;
+  const Limits limits_;
   const std::vector<int>& spare_;
   size_t next_spare_ = 0;
   Tally& tally_;
