@@ -8,12 +8,15 @@
 #include <cstring>
 #include <cwchar>
 #include <deque>
+#include <memory>
 #include <mutex>
+#include <stdexcept>
 
 #include "cli/context.h"
 #include "cli/failure.h"
 #include "cli/interrupts.h"
 #include "cli/terminal.h"
+#include "sockets/socket_place.h"
 
 namespace qalt::cli {
 namespace {
@@ -114,35 +117,34 @@ class Inbox {
 // The receiver's thread outlives the command.
 Inbox* g_inbox = nullptr;
 
-bool is_socket(const std::string& path, bool& exists) {
+bool is_socket(const std::string& path) {
   struct stat status = {};
-  exists = lstat(path.c_str(), &status) == 0;
-  return exists && S_ISSOCK(status.st_mode);
+  return lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
-// Listens at `path`; the receiver itself does not tell whether it could.
-void start_receiver(const std::string& path) {
-  bool exists = false;
-  if (path.size() >= QALT_AT_PATH_SIZE) {
-    throw Failure(Cause::kUsage, "the path of a socket has at most 107 characters");
-  }
-  if (!is_socket(path, exists) && exists) {
-    throw Failure(Cause::kUsage, path + " is no socket", "name another --module");
-  }
-  unlink(path.c_str());
+std::unique_ptr<SocketPlace> take_place(const std::string& path) try {
+  return std::make_unique<SocketPlace>(path, "--module");
+} catch (const std::runtime_error& error) {
+  throw Failure(Cause::kUsage, error.what());
+}
+
+// Listens at the place; the receiver itself does not tell whether it could.
+void start_receiver(SocketPlace& place) {
+  const std::string& path = place.path();
   SetClientProcRecvCallback([](AtMsg* frame) {
     g_inbox->put(*frame);
     return 0;
   });
-  bool listening = ClientInit(path.c_str()) == 0;
+  const bool started = ClientInit(path.c_str()) == 0;
   constexpr int kTries = 100;
-  for (int i = 0; listening && i < kTries && !is_socket(path, exists); ++i) {
+  for (int i = 0; started && i < kTries && !is_socket(path); ++i) {
     pollfd none = {-1, 0, 0};
     poll(&none, 1, 10);
   }
-  if (!listening || !is_socket(path, exists)) {
+  if (!started || !is_socket(path)) {
     throw Failure(Cause::kUsage, "cannot listen on " + path, "name another --module");
   }
+  place.occupied();
 }
 
 // A report that the parser does not list: named where the command table has its name, else as it
@@ -218,20 +220,16 @@ void run_at(Context& context) {
 void run_reports(Context& context) {
   static Inbox inbox;
   g_inbox = &inbox;
-  const std::string& path = context.arguments().module;
-  start_receiver(path);
+  const auto place = take_place(context.arguments().module);
+  start_receiver(*place);
   unsigned left = context.arguments().count;
   const bool endless = left == 0;
   while (endless || left > 0) {
-    if (!wait_readable(inbox.descriptor())) {
-      unlink(path.c_str());
-      throw Failure(Cause::kInterrupted, "interrupted");
-    }
+    if (!wait_readable(inbox.descriptor())) throw Failure(Cause::kInterrupted, "interrupted");
     print_reports(context, inbox.take(), left);
     if (context.output_failed()) break;
   }
   SetClientProcRecvCallback(nullptr);
-  unlink(path.c_str());
 }
 
 void run_text(Context& context) {

@@ -26,6 +26,13 @@ bool has_unfit_characters(const Contact& contact) {
   });
 }
 
+bool is_malformed(const Contact& contact) {
+  return !detail::code_points(contact.further) ||
+         std::any_of(kFields.begin(), kFields.end(), [&](const FieldRow& field) {
+           return !detail::code_points(contact.*field.member);
+         });
+}
+
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
@@ -72,12 +79,22 @@ std::string write_contacts(Format format, const std::vector<Contact>& contacts) 
 }
 
 std::string loss_of(Format format, const std::vector<Contact>& contacts) {
-  if (format != Format::kVcard || contacts.empty()) return "";
-  std::string loss = "vCard does not carry the indices";
   const auto any = [&](auto&& holds) {
     return std::any_of(contacts.begin(), contacts.end(), holds);
   };
+  if (format == Format::kJsonLines) {
+    return any(is_malformed) ? "JSON does not carry bytes that are no UTF-8" : "";
+  }
+  const bool further = any([](const Contact& c) { return !c.further.empty(); });
+  if (format == Format::kCsv) {
+    return further
+               ? "CSV does not carry the further parameters; JSON Lines (.jsonl) keeps everything"
+               : "";
+  }
+  if (contacts.empty()) return "";
+  std::string loss = "vCard does not carry the indices";
   if (any([](const Contact& c) { return c.coding != 0; })) loss += ", the codings";
+  if (further) loss += ", the further parameters";
   if (any(has_unfit_characters)) loss += ", control characters";
   // Numbers are counted from the first one that is there.
   if (any([](const Contact& c) {

@@ -19,6 +19,7 @@ struct Record {
   int line = 0;
   Contact contact;
   std::vector<std::string> surplus;  // what of it a contact has no field for
+  bool tells_further = false;        // whether it has further parameters, or says that it has none
 };
 
 struct Problem {

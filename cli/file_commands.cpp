@@ -42,6 +42,9 @@ void warn_of_losses(Context& context, const FileContents& contents, const Import
   for (const Problem& dropped : plan.dropped) {
     context.warn("line " + std::to_string(dropped.line) + ": left out: " + dropped.what);
   }
+  for (const Problem& tried : plan.tried) {
+    context.warn("line " + std::to_string(tried.line) + ": tried as it is: " + tried.what);
+  }
 }
 
 // The AT lines of the whole import, as they would be sent.
@@ -60,7 +63,7 @@ std::vector<std::string> lines_of(const Phonebook& book, const ImportPlan& plan)
   for (const PlannedWrite& write : plan.writes) {
     const std::string look = detail::read_line(family, write.contact.index, write.contact.index);
     if (write.overwritten.empty()) lines.push_back(look);
-    lines.push_back(book.write_line(write.contact));
+    lines.push_back(book.write_line(write.contact, plan.limits));
     lines.push_back(look);
   }
   if (standard) lines.push_back("AT+CSCS=\"IRA\"");
@@ -151,7 +154,9 @@ void run_import(Context& context) {
   if (book.info().plain) {
     throw Failure(Cause::kRefused, "the modem has no character set UCS2: names would be lost");
   }
-  const ImportPlan plan = plan_import(book, stored, contents, {arguments.replace, arguments.force});
+  const Limits limits = format == Format::kJsonLines ? Limits::kSendable : Limits::kAnnounced;
+  const ImportPlan plan =
+      plan_import(book, stored, contents, {arguments.replace, arguments.force, limits});
   if (!plan.problems.empty()) fail_on_problems(arguments.file, plan);
   if (plan.without_place > 0) {
     throw Failure(Cause::kFull,

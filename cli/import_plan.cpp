@@ -1,5 +1,6 @@
 #include "cli/import_plan.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -17,18 +18,19 @@ class Planner {
   }
 
   ImportPlan plan(const FileContents& contents) {
+    plan_.limits = rules_.limits;
     plan_.problems = contents.problems;
     std::vector<Record> placed;
     std::vector<Record> homeless;
     for (Record record : contents.records) {
-      if (!fit(record)) continue;
+      if (!leave_out_surplus(record)) continue;
       (record.contact.index == kNoIndex ? homeless : placed).push_back(std::move(record));
     }
     for (const Record& record : placed) take_place(record);
     // What is stored already keeps its place, before others look for one.
     std::vector<Record> added;
     for (const Record& record : homeless) {
-      if (!is_stored(record)) added.push_back(record);
+      if (!is_stored(record) && is_writable(record)) added.push_back(record);
     }
     for (const Record& record : added) find_place(record);
     if (rules_.replace) {
@@ -40,6 +42,10 @@ class Planner {
       const bool used = stored_.contains(index) || unreadable_.contains(index);
       if (!used && !claimed_.contains(index)) plan_.spare.push_back(index);
     }
+    for (auto* list : {&plan_.problems, &plan_.tried}) {
+      std::stable_sort(list->begin(), list->end(),
+                       [](const Problem& a, const Problem& b) { return a.line < b.line; });
+    }
     return std::move(plan_);
   }
 
@@ -48,15 +54,19 @@ class Planner {
     plan_.problems.push_back({record.line, what});
   }
 
-  // Leaves out what the phonebook has no field for, where that is allowed, and checks the rest.
-  bool fit(Record& record) {
+  // Leaves out what the phonebook has no field for, where that is allowed.
+  bool leave_out_surplus(Record& record) {
+    const Family family = book_.info().family;
     std::vector<std::string> surplus = record.surplus;
-    for (const FieldRow& field : kFields) {
-      std::string& value = record.contact.*field.member;
-      if (value.empty() || detail::carries(book_.info().family, field.type)) continue;
-      surplus.push_back(std::string(field.key) + " \"" + value + "\"");
+    const auto leave_out = [&](const char* key, std::string& value) {
+      if (value.empty()) return;
+      surplus.push_back(std::string(key) + " \"" + value + "\"");
       if (rules_.force) value.clear();
+    };
+    for (const FieldRow& field : kFields) {
+      if (!detail::carries(family, field.type)) leave_out(field.key, record.contact.*field.member);
     }
+    if (family != Family::kStandard) leave_out("further", record.contact.further);
     for (const std::string& what : surplus) {
       if (rules_.force) {
         plan_.dropped.push_back({record.line, what});
@@ -64,10 +74,25 @@ class Planner {
         problem(record, "the phonebook has no field for " + what + "; --force leaves it out");
       }
     }
-    if (!surplus.empty() && !rules_.force) return false;
-    const auto checked = book_.check(record.contact);
-    if (!checked) problem(record, checked.error().what);
-    return bool(checked);
+    return surplus.empty() || rules_.force;
+  }
+
+  // Asked of what is not stored: what is, is good as it stands.
+  bool is_writable(const Record& record) {
+    const auto checked = book_.check(record.contact, rules_.limits);
+    if (!checked) {
+      problem(record, checked.error().what);
+      return false;
+    }
+    const auto announced = book_.check(record.contact);
+    if (!announced) plan_.tried.push_back({record.line, announced.error().what});
+    return true;
+  }
+
+  // A file that does not tell of further parameters says nothing against those that stand there.
+  static bool is_same(const Contact& stored, const Record& record) {
+    return says_all(stored, record.contact) &&
+           (!record.tells_further || says_all(record.contact, stored));
   }
 
   void take_place(const Record& record) {
@@ -78,12 +103,13 @@ class Planner {
     }
     const auto occupant = stored_.find(index);
     const bool occupied = occupant != stored_.end();
-    if (occupied && same_fields(occupant->second, record.contact)) {
+    if (occupied && is_same(occupant->second, record)) {
       ++plan_.unchanged;
       return;
     }
+    if (!is_writable(record)) return;
     const bool hidden = unreadable_.contains(index);
-    const std::string label = occupied ? label_of(occupant->second)
+    const std::string label = occupied ? label_of_occupant(occupant->second)
                               : hidden ? "a contact that cannot be read"
                                        : "";
     if (!label.empty() && !rules_.force && !rules_.replace) {
@@ -98,7 +124,7 @@ class Planner {
   bool is_stored(const Record& record) {
     for (auto [same, end] = by_label().equal_range(label_of(record.contact)); same != end; ++same) {
       const auto& [index, contact] = *stored_.find(same->second);
-      if (same_fields(contact, record.contact) && claimed_.insert(index).second) {
+      if (is_same(contact, record) && claimed_.insert(index).second) {
         ++plan_.unchanged;
         return true;
       }
@@ -116,7 +142,12 @@ class Planner {
     claimed_.insert(contact.index);
     const auto occupant = stored_.find(contact.index);
     plan_.writes.push_back(
-        {contact, occupant == stored_.end() ? "" : label_of(occupant->second), true});
+        {contact, occupant == stored_.end() ? "" : label_of_occupant(occupant->second), true});
+  }
+
+  // Further parameters go with the contact that is overwritten.
+  static std::string label_of_occupant(const Contact& contact) {
+    return label_of(contact) + (contact.further.empty() ? "" : " with further parameters");
   }
 
   const std::multimap<std::string, int>& by_label() {

@@ -14,6 +14,9 @@ namespace qalt::cli {
 struct ImportRules {
   bool replace = false;  // the phonebook becomes what the file is
   bool force = false;    // occupied indices are overwritten, surplus fields left out
+  // What contacts are held to that are not stored as they are. Those of our own whole form stood in
+  // a phonebook, which may hold more than this one announces.
+  Limits limits = Limits::kAnnounced;
 };
 
 struct PlannedWrite {
@@ -25,10 +28,12 @@ struct PlannedWrite {
 struct ImportPlan {
   std::vector<int> deletes;
   std::vector<PlannedWrite> writes;
-  std::vector<int> spare;  // the indices that are free and stay so
+  Limits limits = Limits::kAnnounced;  // of all writes
+  std::vector<int> spare;              // the indices that are free and stay so
   int unchanged = 0;
   std::vector<Problem> problems;  // nothing may be written when there is one
   std::vector<Problem> dropped;   // what --force leaves out
+  std::vector<Problem> tried;     // what is more than the phonebook announces
   int without_place = 0;          // records for which there is no index
 };
 

@@ -12,7 +12,7 @@ namespace {
 class Writer {
  public:
   Writer(Phonebook& book, const ImportPlan& plan, Tally& tally)
-      : book_(book), spare_(plan.spare), tally_(tally) {}
+      : book_(book), limits_(plan.limits), spare_(plan.spare), tally_(tally) {}
 
   // Where the contact came to stand, or was to, is in `contact`.
   Result<Done> write(const PlannedWrite& planned, Contact& contact) {
@@ -21,7 +21,7 @@ class Writer {
       if (planned.overwritten.empty()) {
         const auto occupant = occupant_of(contact.index);
         if (!occupant) return occupant.error();
-        if (*occupant && same_fields(**occupant, contact)) {
+        if (*occupant && says_all(**occupant, contact)) {
           ++tally_.met;
           return Done{};
         }
@@ -30,7 +30,7 @@ class Writer {
           return taken(contact.index, **occupant);
         }
       }
-      const auto stored = book_.put(contact);
+      const auto stored = book_.put(contact, limits_);
       if (stored) {
         ++tally_.written;
         return Done{};
@@ -79,6 +79,7 @@ class Writer {
   }
 
   Phonebook& book_;
+  const Limits limits_;
   const std::vector<int>& spare_;
   size_t next_spare_ = 0;
   Tally& tally_;

@@ -14,14 +14,22 @@ std::string read_number(const Json& value, int& number) {
   return "";
 }
 
-std::string read_member(const std::string& key, const Json& value, Contact& contact) {
+std::string read_text(const Json& value, std::string& text) {
+  if (!value.is_string()) return "is no text";
+  text = value.get<std::string>();
+  return "";
+}
+
+std::string read_member(const std::string& key, const Json& value, Record& record) {
+  Contact& contact = record.contact;
   if (key == "index") return read_number(value, contact.index);
   if (key == "coding") return read_number(value, contact.coding);
+  if (key == "further") {
+    record.tells_further = true;
+    return read_text(value, contact.further);
+  }
   for (const FieldRow& field : kFields) {
-    if (key != field.key) continue;
-    if (!value.is_string()) return "is no text";
-    contact.*field.member = value.get<std::string>();
-    return "";
+    if (key == field.key) return read_text(value, contact.*field.member);
   }
   return "is no field of a contact";
 }
@@ -36,7 +44,7 @@ void read_line(const std::string& text, int line, FileContents& contents) {
   record.line = line;
   for (const auto& [key, value] : object.items()) {
     const std::string label = "\"" + key + "\" ";
-    const std::string wrong = read_member(key, value, record.contact);
+    const std::string wrong = read_member(key, value, record);
     if (!wrong.empty()) contents.problems.push_back({line, label + wrong});
   }
   contents.records.push_back(std::move(record));

@@ -34,21 +34,24 @@ const char* class_name(Cause cause) {
   return "";
 }
 
-// The fields beside name and number, each with its key, in lines of at most `width` columns.
-std::vector<std::string> further_fields(const Contact& contact, int width) {
+// What a contact has beside name and number, each with its key, in lines of at most `width`
+// columns.
+std::vector<std::string> other_fields(const Contact& contact, int width) {
   std::vector<std::string> lines;
-  for (const FieldRow& field : kFields) {
-    const std::string& value = contact.*field.member;
-    if (field.member == &Contact::name || field.member == &Contact::number || value.empty()) {
-      continue;
-    }
-    const std::string item = std::string(field.key) + " " + printable(value);
+  const auto add = [&](const char* key, const std::string& value) {
+    if (value.empty()) return;
+    const std::string item = std::string(key) + " " + printable(value);
     if (!lines.empty() && display_width(lines.back()) + 2 + display_width(item) <= width) {
       lines.back() += "  " + item;
-      continue;
+      return;
     }
     for (const std::string& piece : wrapped(item, width)) lines.push_back(piece);
+  };
+  for (const FieldRow& field : kFields) {
+    const bool in_columns = field.member == &Contact::name || field.member == &Contact::number;
+    if (!in_columns) add(field.key, contact.*field.member);
   }
+  add("further", contact.further);
   return lines;
 }
 
@@ -64,6 +67,7 @@ Json json_of(const Contact& contact) {
   object["index"] = contact.index;
   for (const FieldRow& field : kFields) object[field.key] = contact.*field.member;
   object["coding"] = contact.coding;
+  object["further"] = contact.further;
   return object;
 }
 
@@ -107,7 +111,7 @@ std::string table_of(const std::vector<Contact>& contacts, int columns) {
     const std::vector<std::string> name = wrapped(printable(contact.name), name_width);
     text += row(std::to_string(contact.index), name.front(), printable(contact.number));
     for (size_t i = 1; i < name.size(); ++i) text += row("", name[i], "");
-    for (const std::string& line : further_fields(contact, columns - indent - 2)) {
+    for (const std::string& line : other_fields(contact, columns - indent - 2)) {
       text += std::string(size_t(indent) + 2, ' ') + line + "\n";
     }
   }

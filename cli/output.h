@@ -13,7 +13,7 @@ namespace qalt::cli {
 
 using Json = nlohmann::ordered_json;
 
-// A contact as an object: index, name, number, number2, number3, email, extra, coding.
+// A contact as an object: index, name, number, number2, number3, email, extra, coding, further.
 Json json_of(const Contact& contact);
 // One line of JSON; malformed bytes become U+FFFD.
 std::string line_of(const Json& value);

@@ -5,7 +5,7 @@ set -eu
 CDPATH='' cd "$(dirname "$0")/.."
 
 library=$(ls link/*.cpp ATPreprocess/*.cpp AtCodec/*.cpp pb/*.cpp codec/*.cpp common/*.cpp)
-programs=$(ls at/*.cpp sim/*.cpp server/*.cpp cli/*.cpp)
+programs=$(ls sockets/*.cpp at/*.cpp sim/*.cpp server/*.cpp cli/*.cpp)
 
 # clang-tidy over files, one a process and one process a core.
 tidy() {  # files, arguments of clang-tidy...
@@ -25,10 +25,11 @@ tidy "$library" -p build/lint
 # one. Not asked for: that a source is included (that is how), whether a message could be printed or
 # a transcript be written (nothing depends on it), and what main lets through (it ends the program).
 echo "== clang-tidy, programs"
-for folder in at sim server cli; do
+for folder in sockets at sim server cli; do
   echo "$programs" | grep "^$folder/" | grep -v asio_impl | sed 's/.*/#include "&"/' >build/lint/$folder.cpp
 done
-tidy "build/lint/server.cpp build/lint/cli.cpp build/lint/sim.cpp build/lint/at.cpp" \
+tidy "build/lint/server.cpp build/lint/cli.cpp build/lint/sim.cpp build/lint/at.cpp \
+  build/lint/sockets.cpp" \
   --checks=-bugprone-suspicious-include,-cert-err33-c,-bugprone-exception-escape -- -std=c++20 \
   -I . -I include -DASIO_STANDALONE '-DQALT_VERSION="x"'
 

@@ -43,6 +43,11 @@ bool answers_by_name(const at::Command& command) {
   return lists(kNamedOfVendors, command.name);
 }
 
+bool is_result(std::string_view line) {
+  return line == "OK" || line == "ERROR" || line == kNotSupported || line == kCommandNotSupport ||
+         line.starts_with("+CME ERROR:") || line.starts_with("+CMS ERROR:");
+}
+
 bool bears_name(std::string_view line) {
   if (line.empty() || kNamePrefixes.find(line[0]) == kNamePrefixes.npos) return false;
   size_t end = 1;

@@ -17,6 +17,13 @@ bool may_prompt(const at::Command& command);
 // vendor's command is not known.
 bool answers_by_name(const at::Command& command);
 
+// How some modems say that they do not know a command; clients know kNotSupported.
+constexpr std::string_view kCommandNotSupport = "COMMAND NOT SUPPORT";
+constexpr std::string_view kNotSupported = "not support";
+
+// Whether a line, without its line end, is the final result of any command.
+bool is_result(std::string_view line);
+
 // "+CREG: 1", "^RSSI:18": a line that bears a name.
 bool bears_name(std::string_view line);
 

@@ -5,19 +5,19 @@
 #include <algorithm>
 #include <utility>
 
+#include "server/command_answers.h"
+
 namespace qalt::server {
 namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kOwnTimeout{5000};    // of the server's own commands
-constexpr milliseconds kProbeTimeout{2000};  // of one AT of a resync
-constexpr int kMostProbes = 5;
-constexpr milliseconds kQuiet{200};  // how long the line is quiet when a resync is done
-constexpr milliseconds kLongestSettle{3000};
+constexpr milliseconds kOwnTimeout{5000};  // of the server's own commands
 
-constexpr std::string_view kProbe = "AT";
 constexpr std::string_view kEscape = "\x1B";
+
+// What a client gets while there is no modem (3GPP TS 27.007, 9.2: no connection to phone).
+constexpr std::string_view kAway = "\r\n+CME ERROR: 1\r\n";
 
 // What a client gets instead of an answer that a frame cannot carry (3GPP TS 27.007, 9.2: text
 // string too long, invalid characters in text string).
@@ -28,22 +28,12 @@ bool is_ok(std::string_view answer) {
   return answer.ends_with("\r\nOK\r\n");
 }
 
-// An OK and nothing else: the answer to AT, or late that to a command without information.
-bool is_bare_ok(std::string_view answer) {
-  while (answer.starts_with('\r') || answer.starts_with('\n')) answer.remove_prefix(1);
-  return answer == "OK\r\n" || answer == "OK\n";
-}
-
-bool is_result(std::string_view line) {
-  return line == "OK" || line == "ERROR" || line.starts_with("+CME ERROR:") ||
-         line.starts_with("+CMS ERROR:");
-}
-
 }  // namespace
 
 void Dispatcher::opened(TimePoint now, bool clean) {
   reader_.reset();
   settings_.reopened();
+  resync_.reopened();
   started_ = 0;
   if (clean) {
     state_ = State::kStarting;
@@ -57,20 +47,20 @@ void Dispatcher::closed() {
   state_ = State::kClosed;
   if (current_) settings_.unanswered(sender_, sent_);
   finish_current("");
-  drop_waiting();
+  drop_all(kAway);
 }
 
-void Dispatcher::drop_waiting() {
-  for (const Command& command : std::exchange(waiting_, {})) drop(command);
+void Dispatcher::drop_all(std::string_view text) {
+  for (const Command& command : std::exchange(waiting_, {})) drop(command, text);
 }
 
-void Dispatcher::drop(const Command& command) {
+void Dispatcher::drop(const Command& command, std::string_view text) {
   settings_.unanswered(command.peer, command.line);
-  host_.answer(command.id, "");
+  host_.answer(command.id, text);
 }
 
 void Dispatcher::submit(Command command, TimePoint now) {
-  if (state_ == State::kClosed) return drop(command);
+  if (state_ == State::kClosed) return drop(command, kAway);
   waiting_.push_back(std::move(command));
   if (state_ == State::kIdle) next(now);
 }
@@ -82,7 +72,6 @@ void Dispatcher::cancel(uint64_t id) {
 
 void Dispatcher::receive(std::string_view bytes, TimePoint now) {
   if (state_ == State::kClosed) return;
-  if (state_ == State::kSettling) deadline_ = std::min(now + kQuiet, settle_end_);
   reader_.feed(bytes);
   while (auto event = reader_.next()) handle(std::move(*event), now);
 }
@@ -105,16 +94,12 @@ void Dispatcher::tick(TimePoint now) {
       if (state_ == State::kPreparing && !sent_.ends_with('?') && !waiting_.empty() &&
           waiting_.front().id == prepared_for_) {
         host_.note(LOG_ERR, "so not sent: " + waiting_.front().line);
-        drop(waiting_.front());
+        drop(waiting_.front(), "");
         waiting_.pop_front();
       }
       return resync(now);
     case State::kResync:
-      return send_probe(now);
-    case State::kSettling:
-      reader_.expect_nothing();
-      state_ = State::kStarting;
-      return next(now);
+      return go_on(resync_.timed_out(now), now);
     case State::kClosed:
     case State::kIdle:
       return;
@@ -136,7 +121,7 @@ void Dispatcher::next(TimePoint now) {
   // did that the end of the former server cut off.
   while (!waiting_.empty() && waiting_.front().older &&
          settings_.forgotten(waiting_.front().peer, waiting_.front().line)) {
-    drop(waiting_.front());
+    drop(waiting_.front(), "");
     waiting_.pop_front();
   }
   if (waiting_.empty()) return;
@@ -165,7 +150,7 @@ void Dispatcher::handle(StreamEvent event, TimePoint now) {
       return push_report(event);
     case StreamEvent::Kind::kLine:
       // Between commands only reports come; a result or a line of an answer is a late one.
-      if (state_ == State::kSettling || event.too_long || event.unfit || is_result(event.text)) {
+      if (event.too_long || event.unfit || is_result(event.text)) {
         return host_.note(LOG_INFO, "line of no command passed over: " + event.text);
       }
       event.text = "\r\n" + event.text + "\r\n";
@@ -181,9 +166,10 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
   // Nobody will send the text that the modem waits for.
   if (prompt) host_.write_modem(kEscape);
   if (state_ == State::kResync) {
-    if (!prompt && is_bare_ok(event.text)) return settle(now);
-    // The end of the late answer; the one to AT is still to come.
-    return reader_.expect_resync(kProbe);
+    // A line that is not sent anew is still the one whose answer is looked for.
+    reader_.expect_resync(resync_.line());
+    if (!prompt) go_on(resync_.answered(event.text, now), now);
+    return;
   }
   reader_.expect_nothing();
   const bool ok = !prompt && (is_ok(event.text) || event.too_long || event.unfit);
@@ -216,26 +202,27 @@ void Dispatcher::finish_current(std::string_view text) {
 }
 
 void Dispatcher::resync(TimePoint now) {
-  probes_ = 0;
-  send_probe(now);
-}
-
-void Dispatcher::send_probe(TimePoint now) {
-  if (probes_++ == kMostProbes) {
-    host_.note(LOG_ERR, "the modem does not answer");
-    closed();
-    return host_.give_up_port();
-  }
   state_ = State::kResync;
-  deadline_ = now + kProbeTimeout;
-  reader_.expect_resync(kProbe);
-  host_.write_modem(std::string(kProbe) + "\r");
+  go_on(resync_.begin(now), now);
 }
 
-void Dispatcher::settle(TimePoint now) {
-  state_ = State::kSettling;
-  deadline_ = now + kQuiet;
-  settle_end_ = now + kLongestSettle;
+void Dispatcher::go_on(Resync::Step step, TimePoint now) {
+  deadline_ = resync_.deadline();
+  switch (step) {
+    case Resync::Step::kWait:
+      return;
+    case Resync::Step::kSend:
+      reader_.expect_resync(resync_.line());
+      return host_.write_modem(std::string(resync_.line()) + "\r");
+    case Resync::Step::kDone:
+      reader_.expect_nothing();
+      state_ = State::kStarting;
+      return next(now);
+    case Resync::Step::kGiveUp:
+      host_.note(LOG_ERR, "the modem does not answer");
+      closed();
+      return host_.give_up_port();
+  }
 }
 
 void Dispatcher::push_report(const StreamEvent& event) {

@@ -4,13 +4,12 @@
 //
 //            opened()                 start lines done             command written
 //   closed ------------> resync ----> starting ------------> idle <-------------> waiting
-//     ^                  ^    |                                                      |
-//     |   no "OK" to AT  |    v                        time-out, prompt, odd quotes  |
-//     +------------------+--- settling <------- resync <-----------------------------+
+//     ^                  |    ^                                                      |
+//     |     no way back  |    |                        time-out, prompt, odd quotes  |
+//     +------------------+    +------------------------------------------------------+
 //
-// Resync: what the modem still says to the command before must not reach the next. "AT" is sent and
-// everything swallowed up to its bare OK, then until the line is quiet for a moment: if the OK was
-// a late one, the AT's own follows at once.
+// Resync: what the modem still says to the command before must not reach the next. resync.h says
+// how the end of that is found.
 #ifndef QALT_SERVER_DISPATCHER_H_
 #define QALT_SERVER_DISPATCHER_H_
 
@@ -23,11 +22,10 @@
 #include <vector>
 
 #include "server/client_settings.h"
+#include "server/resync.h"
 #include "server/stream_reader.h"
 
 namespace qalt::server {
-
-using TimePoint = std::chrono::steady_clock::time_point;
 
 struct Command {
   uint64_t id = 0;
@@ -61,7 +59,8 @@ class Dispatcher {
 
   // The port is open. `clean`: nothing of an earlier time can be on the line.
   void opened(TimePoint now, bool clean);
-  // The port is gone: every command at hand ends with an empty answer, and further ones too.
+  // The port is gone: the command under way ends with an empty answer, since nobody knows what
+  // became of it. Those that were not sent, and further ones, get "no connection to phone" at once.
   void closed();
   void submit(Command command, TimePoint now);
   // The client is gone; a command not yet sent is dropped, the answer to one that is, discarded.
@@ -71,21 +70,21 @@ class Dispatcher {
   // When tick() has something to do; none while only the modem or a client can change anything.
   std::optional<TimePoint> deadline() const;
   // Ends all commands that wait with an empty answer; the one under way goes on.
-  void drop_waiting();
+  void drop_waiting() { drop_all(""); }
   bool command_under_way() const { return state_ == State::kWaiting && current_.has_value(); }
 
  private:
-  enum class State { kClosed, kStarting, kIdle, kPreparing, kWaiting, kResync, kSettling };
+  enum class State { kClosed, kStarting, kIdle, kPreparing, kWaiting, kResync };
 
   void next(TimePoint now);
   void send(State state, const std::string& line, std::chrono::milliseconds timeout, TimePoint now);
   void handle(StreamEvent event, TimePoint now);
   void answered(const StreamEvent& event, TimePoint now);
   void finish_current(std::string_view text);
-  void drop(const Command& command);
+  void drop(const Command& command, std::string_view text);
+  void drop_all(std::string_view text);
   void resync(TimePoint now);
-  void send_probe(TimePoint now);
-  void settle(TimePoint now);
+  void go_on(Resync::Step step, TimePoint now);
   void push_report(const StreamEvent& event);
 
   Host& host_;
@@ -101,8 +100,7 @@ class Dispatcher {
   uint64_t prepared_for_ = 0;  // kPreparing: the command that the line is sent for
   State state_ = State::kClosed;
   TimePoint deadline_;
-  TimePoint settle_end_;
-  int probes_ = 0;
+  Resync resync_;
 };
 
 }  // namespace qalt::server

@@ -10,10 +10,6 @@ using Clock = std::chrono::steady_clock;
 using Kind = at::TranscriptEntry::Kind;
 using std::chrono::milliseconds;
 
-// How long a lost port rests before it is opened again; doubled up to the longest while it fails.
-constexpr milliseconds kFirstBackOff{250};
-constexpr milliseconds kLongestBackOff{30'000};
-
 }  // namespace
 
 ModemLink::ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
@@ -24,10 +20,9 @@ ModemLink::ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
       port_(std::move(port)),
       transcript_(transcript),
       logger_(logger),
-      dispatcher_(*this, std::move(start_lines), longest_wait),
-      back_off_(kFirstBackOff) {
+      dispatcher_(*this, std::move(start_lines), longest_wait) {
   port_->set_handlers({[this] { opened(); }, [this](std::string_view bytes) { received(bytes); },
-                       [this](const std::string& why) { lost(why); }});
+                       [this](const std::string& why) { lost(why); }, [this] { open_again(); }});
 }
 
 void ModemLink::stop() {
@@ -38,6 +33,8 @@ void ModemLink::stop() {
 }
 
 void ModemLink::submit(Command command) {
+  back_off_.asked(Clock::now());
+  if (lost_) await_opening();
   dispatcher_.submit(std::move(command), Clock::now());
   settle();
 }
@@ -63,20 +60,24 @@ void ModemLink::note(int priority, const std::string& text) {
 }
 
 void ModemLink::opened() {
+  why_.clear();
   note(LOG_INFO, "modem open: " + port_->name());
   dispatcher_.opened(Clock::now(), port_->clean_at_open());
   settle();
 }
 
 void ModemLink::received(std::string_view bytes) {
-  back_off_ = kFirstBackOff;
+  back_off_.answered();
   transcript_.add(Kind::kFromModem, bytes);
   dispatcher_.receive(bytes, Clock::now());
   settle();
 }
 
 void ModemLink::lost(const std::string& why) {
-  note(LOG_WARNING, "modem lost: " + port_->name() + ": " + why);
+  // Once, not at every attempt.
+  if (std::exchange(why_, why) != why) {
+    note(LOG_WARNING, "modem lost: " + port_->name() + ": " + why);
+  }
   dispatcher_.closed();
   open_later();
   settle();
@@ -84,10 +85,24 @@ void ModemLink::lost(const std::string& why) {
 
 void ModemLink::open_later() {
   if (stopping_) return;
-  reopen_timer_.expires_after(std::exchange(back_off_, std::min(back_off_ * 2, kLongestBackOff)));
+  lost_ = true;
+  back_off_.failed(Clock::now());
+  port_->await_device();
+  await_opening();
+}
+
+void ModemLink::await_opening() {
+  reopen_timer_.expires_at(back_off_.due());
   reopen_timer_.async_wait([this](const asio::error_code& error) {
-    if (!error && !stopping_) port_->open();
+    if (!error) open_again();
   });
+}
+
+void ModemLink::open_again() {
+  if (!lost_ || stopping_) return;
+  lost_ = false;
+  reopen_timer_.cancel();
+  port_->open();
 }
 
 void ModemLink::settle() {

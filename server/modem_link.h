@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "at/transcript.h"
+#include "server/back_off.h"
 #include "server/dispatcher.h"
 #include "server/logger.h"
 #include "server/modem_port.h"
@@ -44,6 +45,8 @@ class ModemLink : private Dispatcher::Host {
   void received(std::string_view bytes);
   void lost(const std::string& why);
   void open_later();
+  void await_opening();
+  void open_again();
   // After everything the dispatcher was told: its next deadline, and the end of a stop.
   void settle();
 
@@ -55,7 +58,9 @@ class ModemLink : private Dispatcher::Host {
   Handlers handlers_;
   Dispatcher dispatcher_;
   std::optional<TimePoint> armed_;
-  std::chrono::milliseconds back_off_;
+  BackOff back_off_;
+  std::string why_;    // the port was lost, as was noted last
+  bool lost_ = false;  // the port is to be opened again
   bool stopping_ = false;
 };
 

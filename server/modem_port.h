@@ -15,6 +15,8 @@ class ModemPort {
     std::function<void(std::string_view bytes)> received;
     // The port could not be opened, or is gone; said once per open().
     std::function<void(const std::string& why)> closed;
+    // What await_device() waits for has happened.
+    std::function<void()> returned;
   };
 
   virtual ~ModemPort() = default;
@@ -26,6 +28,9 @@ class ModemPort {
   virtual void write(std::string_view bytes) = 0;
   // Ends at once, without a call of `closed`; the port may be opened again.
   virtual void close() = 0;
+  // The port is closed and to be opened again some time: `returned` is said once if its device
+  // comes back before. open() and close() end this.
+  virtual void await_device() {}
   // Nothing of an earlier time can be on the line when it opens.
   virtual bool clean_at_open() const = 0;
   virtual std::string name() const = 0;

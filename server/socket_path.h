@@ -1,15 +1,14 @@
-// socket_path.h - the server's place in the file system: taken only when nobody lives there, given
-// back at the end.
+// socket_path.h - where the server listens.
 #ifndef QALT_SERVER_SOCKET_PATH_H_
 #define QALT_SERVER_SOCKET_PATH_H_
 
-#include <sys/stat.h>
-
 #include <string>
+
+#include "sockets/socket_place.h"
 
 namespace qalt::server {
 
-// A listening Unix-domain stream socket at a path, and the file of it.
+// A listening Unix-domain stream socket at a place of its own.
 class SocketPath {
  public:
   struct Access {
@@ -17,29 +16,20 @@ class SocketPath {
     std::string group;  // name or number; empty: the process's own
   };
 
-  // Removes a stale socket file: one that refuses a connection. Throws std::runtime_error with a
-  // message that says what to do: a live server, a file that is no socket, a path over 107
-  // characters, a directory that cannot be written.
+  // Throws std::runtime_error with a message that says what to do.
   SocketPath(std::string path, const Access& access);
-  // Removes the file if it is still this socket's. The descriptor belongs to whoever took it.
-  ~SocketPath();
-  SocketPath(const SocketPath&) = delete;
-  SocketPath& operator=(const SocketPath&) = delete;
 
   // The listening descriptor, non-blocking; closing it is the caller's.
   int descriptor() const { return descriptor_; }
-  const std::string& path() const { return path_; }
-  // A stale file was removed: a server before this one was killed.
-  bool took_over() const { return took_over_; }
+  const std::string& path() const { return place_.path(); }
+  // A server before this one was killed.
+  bool took_over() const { return place_.took_over(); }
 
  private:
-  void clear_way();
   void listen(const Access& access);
 
-  std::string path_;
+  SocketPlace place_;
   int descriptor_ = -1;
-  bool took_over_ = false;
-  struct stat file_ {};
 };
 
 }  // namespace qalt::server

@@ -49,6 +49,10 @@ void StreamReader::expect_answer(std::string_view command) {
 }
 
 void StreamReader::expect_resync(std::string_view command) {
+  for (const at::Command& part : at::split_line(command).value_or(std::vector<at::Command>())) {
+    std::string name = part.name + ":";
+    if (!is_own(name)) own_names_.push_back(std::move(name));
+  }
   begin(command);
   half_line_ = consumed_ < input_.size();
 }
@@ -150,7 +154,7 @@ std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
   owed_ = false;
   echo_possible_ = false;
   too_long_ |= cut;
-  append(line);
+  append(content == kCommandNotSupport ? std::string(kNotSupported) + "\r\n" : line);
   if (!final) return std::nullopt;
   return finish(StreamEvent::Kind::kAnswer);
 }
@@ -215,8 +219,7 @@ bool StreamReader::is_own(std::string_view content) const {
 }
 
 bool StreamReader::is_final(std::string_view content) const {
-  if (content == "OK" || content == "ERROR" || content == "not support") return true;
-  if (content.starts_with("+CME ERROR:") || content.starts_with("+CMS ERROR:")) return true;
+  if (is_result(content)) return true;
   if (!dialling_) return false;
   return content.starts_with("CONNECT") ||
          std::find(kCallResults.begin(), kCallResults.end(), content) != kCallResults.end();

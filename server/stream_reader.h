@@ -43,8 +43,8 @@ class StreamReader {
 
   // A command was written; what comes is its answer up to its final result.
   void expect_answer(std::string_view command);
-  // `command` was written to find the end of what the modem still says to the one before; lines
-  // that bear that one's name are still no reports.
+  // `command` was written to find the end of what the modem still says to those before; lines that
+  // bear the name of one of these are still no reports.
   void expect_resync(std::string_view command);
   // No answer is expected; lines of the last command's name are reports again.
   void expect_nothing();

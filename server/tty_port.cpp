@@ -70,8 +70,10 @@ bool is_baud_rate(unsigned baud) {
 }
 
 void TtyPort::open() {
+  watch_.stop();
   const int descriptor =
       ::open(address_.device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+  missing_ = descriptor < 0 && errno == ENOENT;
   if (descriptor < 0) return fail(std::generic_category().message(errno));
   asio::error_code error;
   stream_.assign(descriptor, error);
@@ -84,6 +86,15 @@ void TtyPort::open() {
   asio::post(stream_.get_executor(), [this, session = session_] {
     if (session == session_) begin();
   });
+}
+
+void TtyPort::close() {
+  watch_.stop();
+  StreamPort::close();
+}
+
+void TtyPort::await_device() {
+  watch_.start(missing_, [this] { handlers_.returned(); });
 }
 
 }  // namespace qalt::server

@@ -84,7 +84,8 @@ State::State(Config configuration)
 void State::reset() {
   device_selected = false;
   charset = Charset::kIra;
-  echo = true;
+  echo = verbose = true;
+  quiet = false;
   cmee = config.cmee;
 }
 

@@ -25,6 +25,8 @@ struct State {
   bool device_selected = false;
   Charset charset = Charset::kIra;
   bool echo = true;
+  bool verbose = true;  // results in words, not as digits
+  bool quiet = false;   // no results at all
   int cmee = 1;
   unsigned busy_left = 0;
   unsigned refused_left = 0;

@@ -28,6 +28,7 @@ struct Config {
   unsigned number_length = 40;
   unsigned name_length = 18;
   bool send_lengths = true;       // +CPBR=? names the field lengths
+  bool further = false;           // +CPBW takes parameters behind the name, +CPBR gives them back
   bool plain_numbers = false;     // international numbers are sent without "+", as type 145
   bool foreign_is_error = false;  // another profile's commands: ERROR, not "not support"
   EmptyAnswer empty = EmptyAnswer::kOk;

@@ -26,9 +26,9 @@ int number_member(const json& entry, const char* key, int otherwise) {
   return found->get<int>();
 }
 
-Contact read_contact(const json& entry, const Config& config) {
-  static const std::set<std::string> kKeys = {"index",   "number",  "type",  "name",
-                                              "number2", "number3", "email", "extra"};
+Contact read_contact(const json& entry) {
+  static const std::set<std::string> kKeys = {"index",   "number", "type",  "name",   "number2",
+                                              "number3", "email",  "extra", "further"};
   for (const auto& [key, unused] : entry.items()) {
     if (!kKeys.contains(key)) throw std::runtime_error("\"" + key + "\" is no key of a contact");
   }
@@ -41,10 +41,7 @@ Contact read_contact(const json& entry, const Config& config) {
   contact.number3 = text_member(entry, "number3");
   contact.email = text_member(entry, "email");
   contact.extra = from_utf8(text_member(entry, "extra"));
-  if (contact.name.size() > config.name_length) {
-    throw std::runtime_error("the name has more than " + std::to_string(config.name_length) +
-                             " characters");
-  }
+  contact.further = text_member(entry, "further");
   return contact;
 }
 
@@ -67,7 +64,7 @@ std::vector<PlacedContact> read_storage(const json& list, const std::string& nam
       if (!taken.insert(index).second) {
         throw std::runtime_error("index " + std::to_string(index) + " stands twice");
       }
-      contacts.push_back({index - config.first_index, read_contact(list[i], config)});
+      contacts.push_back({index - config.first_index, read_contact(list[i])});
     } catch (const std::exception& error) {
       throw std::runtime_error(name + " entry " + std::to_string(i + 1) + ": " + error.what());
     }

@@ -1,11 +1,13 @@
 // contacts_file.h - contacts of a simulated modem from a JSON file.
 //
 //   {"SM": [{"index": 3, "number": "+4930123", "name": "Zoë",
-//            "type": 145, "number2": "", "number3": "", "email": "", "extra": ""}],
+//            "type": 145, "number2": "", "number3": "", "email": "", "extra": "",
+//            "further": ",0,\"0041\""}],
 //    "ME": [...]}
 //
 // An array alone is "SM". "index" is the place; left out, it is the one after the entry before.
-// Everything else may be left out.
+// Everything else may be left out. These are stored already: a name may be longer than the modem
+// would take. "further" is sent as it is, behind the name, by a modem with --sim-further.
 #ifndef QALT_SIM_CONTACTS_FILE_H_
 #define QALT_SIM_CONTACTS_FILE_H_
 

@@ -60,11 +60,13 @@ Reply reset(State& state, const at::Command&) {
   return Reply::Final::kOk;
 }
 
-Reply echo(State& state, const at::Command& command) {
+// E, Q and V: "0" or nothing is off, "1" is on.
+template <bool State::*kSetting>
+Reply flag(State& state, const at::Command& command) {
   if (!command.arguments.empty() && command.arguments != "0" && command.arguments != "1") {
     return Reply::Final::kError;
   }
-  state.echo = command.arguments == "1";
+  state.*kSetting = command.arguments == "1";
   return Reply::Final::kOk;
 }
 
@@ -83,11 +85,11 @@ Reply message(State&, const at::Command&) {
 
 // clang-format off
 constexpr CommandRow kGeneralRows[] = {
-    {"E",      kExecutes,           kNoTraits, echo},
+    {"E",      kExecutes,           kNoTraits, flag<&State::echo>},
     {"Z",      kExecutes,           kNoTraits, reset},
     {"&F",     kExecutes,           kNoTraits, reset},
-    {"Q",      kExecutes,           kNoTraits, accepted},
-    {"V",      kExecutes,           kNoTraits, accepted},
+    {"Q",      kExecutes,           kNoTraits, flag<&State::quiet>},
+    {"V",      kExecutes,           kNoTraits, flag<&State::verbose>},
     {"X",      kExecutes,           kNoTraits, accepted},
     {"H",      kExecutes,           kNoTraits, accepted},
     {"&C",     kExecutes,           kNoTraits, accepted},

@@ -91,7 +91,7 @@ Modem::Answer Modem::answer(std::string_view line) {
   std::string text;
   // Closes the answer with a final result.
   const auto ended = [&](const std::string& result) {
-    return Answer{text + framed(result), text.size()};
+    return Answer{text + final_text(result), text.size()};
   };
   const auto commands = at::split_line(line);
   if (!commands) return ended("ERROR");
@@ -99,7 +99,7 @@ Modem::Answer Modem::answer(std::string_view line) {
     const Reply reply = run(state_, command);
     std::string lines;
     for (const std::string& information : reply.lines) lines += "\r\n" + information;
-    if (!lines.empty()) text += lines + "\r\n";
+    if (!lines.empty()) text += (state_.verbose ? lines : lines.substr(2)) + "\r\n";
     switch (reply.final) {
       case Reply::Final::kOk:
         break;
@@ -117,9 +117,18 @@ Modem::Answer Modem::answer(std::string_view line) {
   return ended("OK");
 }
 
+// Digits stand for OK and ERROR where V is 0; the errors of the device have none (ITU-T
+// V.250, 6.2.6; 3GPP TS 27.007, 9.2).
+std::string Modem::final_text(const std::string& result) const {
+  if (state_.quiet) return "";
+  if (state_.verbose) return framed(result);
+  if (result == "OK") return "0\r";
+  return result == "ERROR" ? "4\r" : result + "\r\n";
+}
+
 void Modem::finish_prompt(bool send_message) {
   prompting_ = false;
-  send(send_message ? framed("+CMGS: 1") + framed("OK") : framed("OK"));
+  send((send_message ? framed("+CMGS: 1") : "") + final_text("OK"));
 }
 
 void Modem::send(std::string_view bytes, std::chrono::milliseconds delay) {

@@ -46,6 +46,7 @@ class Modem {
     size_t final_at = 0;
   };
   Answer answer(std::string_view line);
+  std::string final_text(const std::string& result) const;
   void finish_prompt(bool send);
   void send(std::string_view bytes, std::chrono::milliseconds delay = {});
 

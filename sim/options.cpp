@@ -72,6 +72,9 @@ void add_options(CLI::App& app, Options& options) {
       ->group(modem);
   app.add_flag("--sim-no-lengths", options.no_lengths, "+CPBR=? without field lengths")
       ->group(modem);
+  app.add_flag("--sim-further", config.further,
+               "parameters behind the name are stored and given back as they are")
+      ->group(modem);
   app.add_flag("--sim-plain-numbers", config.plain_numbers,
                "international numbers without \"+\", as type 145")
       ->group(modem);

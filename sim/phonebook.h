@@ -21,6 +21,7 @@ struct Contact {
   std::string number3;
   std::string email;
   Text extra;
+  std::string further = {};  // behind the name with the standard commands, verbatim, with its comma
 };
 
 // One storage ("SM", "ME"): places from a first index on, occupied or empty.

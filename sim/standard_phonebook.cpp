@@ -34,7 +34,19 @@ Reply select_storage(State& state, const at::Command& command) {
 std::string standard_line(const State& state, int index, const Contact& contact) {
   return "+CPBR: " + std::to_string(index) + "," +
          in_quotes(wire_number(state, contact.number, contact.type)) + "," +
-         std::to_string(contact.type) + "," + in_quotes(encode(state.charset, contact.name));
+         std::to_string(contact.type) + "," + in_quotes(encode(state.charset, contact.name)) +
+         (state.config.further ? contact.further : "");
+}
+
+// What stands behind the fourth parameter, with its comma.
+std::string behind_name(std::string_view arguments) {
+  bool quoted = false;
+  int commas = 0;
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    if (arguments[i] == '"') quoted = !quoted;
+    if (arguments[i] == ',' && !quoted && ++commas == 4) return std::string(arguments.substr(i));
+  }
+  return "";
 }
 
 Reply read_entries(State& state, const at::Command& command) {
@@ -62,7 +74,7 @@ Reply write_entry(State& state, const at::Command& command) {
            ",(129,145)," + std::to_string(config.name_length);
   }
   const auto arguments = at::split_arguments(command.arguments);
-  if (!arguments || arguments->size() > 4) return Reply::Final::kError;
+  if (!arguments || arguments->size() > (config.further ? 12 : 4)) return Reply::Final::kError;
   const auto value = [&](size_t i) {
     return i < arguments->size() ? (*arguments)[i].value : std::string();
   };
@@ -78,6 +90,7 @@ Reply write_entry(State& state, const at::Command& command) {
   }
   contact.number = value(1);
   contact.name = *name;
+  contact.further = behind_name(command.arguments);  // a write without them clears them
   const auto type = to_int(value(2));
   if (!type && !value(2).empty()) return Reply::Final::kError;
   contact.type = type.value_or(contact.number.starts_with('+') ? kTypeInternational : kTypeUnknown);

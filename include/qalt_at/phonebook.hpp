@@ -28,7 +28,8 @@
  *     not fit is refused with the length it may have; no text is cut.
  *  3. Ownership. Everything is a value. The functions of Options are called on the calling thread.
  *  4. Sizes and units. Texts are UTF-8 with characters up to U+FFFF, the most that a SIM stores; a
- *     character above that, stored by a modem that takes UTF-16, is read but not written.
+ *     character above that, stored by a modem that takes UTF-16, is read, and written only with
+ *     Limits::kSendable, as it was.
  *  5. Threads. One phonebook is open in a process, since the library's phonebook state is the
  *     process's; a second one is refused. Its calls may come from any thread and are serialised.
  *  6. Stack. 512 KB on the calling thread.
@@ -38,6 +39,11 @@
  *     calls does so once for all. Signals interrupt no command. A modem or a server that goes away
  *     ends a call with kNoAnswer, unless it is back within Options::away_seconds: then the storage
  *     and the set are selected anew and the call goes on.
+ *  8. Further parameters. What a modem has behind a contact's name (Contact::further) is read,
+ *     written and compared with the rest: change() keeps it; add() and put() write what the contact
+ *     says, so that put() without it clears what stood there, as 3GPP TS 27.007 has it. A modem
+ *     that refuses it refuses the write, and the old contact stays; one that drops it is found out
+ *     by the read-back. The vendors' commands have none, and a contact with it is refused there.
  */
 #ifndef QALT_AT_PHONEBOOK_HPP
 #define QALT_AT_PHONEBOOK_HPP
@@ -123,9 +129,9 @@ class Phonebook {
   Result<bool> holds(int nIndex);
 
   /* Whether a contact could be written, as far as that can be told without the modem. */
-  Result<Done> check(const Contact& contact) const;
+  Result<Done> check(const Contact& contact, Limits limits = Limits::kAnnounced) const;
   /* The command lines that put() and erase() send for a contact that passes check(). */
-  std::string write_line(const Contact& contact) const;
+  std::string write_line(const Contact& contact, Limits limits = Limits::kAnnounced) const;
   std::string erase_line(int nIndex) const { return detail::erase_line(info_.family, nIndex); }
 
   /*
@@ -134,8 +140,9 @@ class Phonebook {
    * Gives the contact as it is stored now.
    */
   Result<Contact> add(const Contact& contact);
-  /* Writes a contact at its index, whatever stands there. */
-  Result<Contact> put(const Contact& contact);
+  /* Writes a contact at its index, whatever stands there. With kSendable one that stood in a
+   * phonebook once: what is too much for this one its modem refuses. */
+  Result<Contact> put(const Contact& contact, Limits limits = Limits::kAnnounced);
   /* Changes some fields of a contact; the others keep the very digits that the modem gave. */
   Result<Contact> change(int nIndex, const Changes& changes);
   /* Deletes; an empty index is no error. */
@@ -152,7 +159,7 @@ class Phonebook {
   Result<detail::WireReading> read_wire(int first, int last, int used);
   Result<detail::WireReading> read_whole();
   Result<detail::WireContact> get_wire(int index);
-  Result<detail::WireContact> wire_of(const Contact& contact) const;
+  Result<detail::WireContact> wire_of(const Contact& contact, Limits limits) const;
   Result<int> free_index(int wanted);
   detail::Answer look_at(int index) const;
   Result<bool> holds_contact(int index) const;

@@ -80,7 +80,8 @@ TEST_F(Tool, ABadFileWritesNothing) {
     const char* said;
   } cases[] = {
       {"a.jsonl", "{\"name\":\"A\"}\n{\"name\":", 7, "line 2: is no JSON object"},
-      {"a.jsonl", "{\"name\":\"1234567890123456789\"}", 7, "line 1: name has 19"},
+      {"a.csv", "name\n1234567890123456789\n", 7, "line 2: name has 19"},
+      {"a.jsonl", "{\"name\":\"A\",\"further\":\",0;+CPBW=1\"}", 7, "line 1: further is no list"},
       {"a.jsonl", "{\"index\":4,\"name\":\"A\"}\n{\"index\":4,\"name\":\"B\"}", 7, "stands twice"},
       {"a.csv", crowd, 5, ""},
       {"a.vcf", "BEGIN:VCARD\nFN:A\nEND:VCARD\nBEGIN:VCARD\nFN:B\n", 7, "line 4: this card"},
@@ -94,6 +95,41 @@ TEST_F(Tool, ABadFileWritesNothing) {
   EXPECT_EQ(7, run({"export", "no/such/folder.csv"}).status);
   EXPECT_EQ(0, sent("AT+CPBW"));
   expect(0, "line 1: left out: email \"a@b\"", run({"import", "a.vcf", "--force"}));
+}
+
+// Stored is more than the phonebook announces, and more than a name and a number.
+TEST_F(Tool, WhatIsStoredIsGoodAsItStands) {
+  std::ofstream("stored.json") << R"([{"number": "1", "name": "A name of twenty-six chars"},
+      {"number": "12AB", "name": "B"},
+      {"number": "3", "name": "C", "further": ",0,\"00460072\",\"+49\",145"}])";
+  start({"--sim-contacts", "stored.json", "--sim-further"});
+  const json before = json_of({"list"});
+  EXPECT_EQ(",0,\"00460072\",\"+49\",145", before[2]["further"]);
+  EXPECT_NE(std::string::npos, run({"get", "3"}).out.find("further ,0,\"00460072\",\"+49\",145"));
+  for (const std::string file : {"a.jsonl", "a.csv", "a.vcf"}) {
+    const Ended saved = run({"export", file});
+    EXPECT_EQ(file != "a.jsonl", saved.err.find("the further parameters") != saved.err.npos);
+    EXPECT_EQ(3, json_of({"import", file})["unchanged"]) << file;
+    EXPECT_EQ(3, json_of({"import", file, "--replace", "--yes"})["unchanged"]) << file;
+  }
+  EXPECT_EQ(0, run({"set", "3", "--number", "33"}).status);
+  EXPECT_EQ(before[2]["further"], json_of({"get", "3"})[0]["further"]);
+
+  ASSERT_EQ(0, run({"clear", "--yes"}).status);
+  expect(7, "line 2: name has 26 characters", run({"import", "a.csv"}));
+  expect(0, "line 2: tried as it is: number may hold", run({"import", "a.jsonl", "--dry-run"}));
+  const Ended restored = run({"--json", "import", "a.jsonl"});
+  expect(1, "line 1: tried as it is: name has 26", restored);
+  expect(1, "could not write index 1: the modem answered +CME ERROR: 24", restored);
+  EXPECT_EQ(1, json::parse(restored.out)["written"]);
+  EXPECT_EQ(before[2], json_of({"list"})[0]);
+  // A file that does not have them overwrites them; one that has none means it.
+  std::ofstream("b.csv") << "index,name,number\n3,C,3\n";
+  EXPECT_EQ(1, json_of({"import", "b.csv"})["unchanged"]);
+  std::ofstream("b.jsonl") << R"({"index":3,"name":"C","number":"3","further":""})";
+  expect(7, "occupied by \"C\" 3 with further parameters", run({"import", "b.jsonl"}));
+  EXPECT_EQ(1, json_of({"import", "b.jsonl", "--force"})["written"]);
+  EXPECT_EQ("", json_of({"get", "3"})[0]["further"]);
 }
 
 TEST_F(Tool, WhatCannotBeReadIsNoEmptyFile) {

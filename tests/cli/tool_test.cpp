@@ -161,6 +161,10 @@ TEST_F(Tool, AtReportsAndTexts) {
   int listening = -1;
   while ((listening = test::connect_to(module)) == -1) ::sched_yield();
   ::close(listening);
+  // Nobody's socket is taken, that of the AT server neither.
+  for (const std::string& taken : {module, std::string("/tmp/AT_SERVER_MSG")}) {
+    expect(2, "already answers", run({"reports", "--module", taken, "--count", "1"}));
+  }
   EXPECT_EQ("\r\nOK\r\n", test::ask("/tmp/AT_SERVER_MSG", "AT+CPBW=4,\"1\",129,\"X\""));
   const Ended received = reports.end(0);
   EXPECT_EQ(0, received.status) << received.err;

@@ -176,6 +176,95 @@ TEST_F(Book, ChangeKeepsTheOtherFields) {
   EXPECT_EQ(Cause::kUsage, book.change(1, changes).error().cause) << "would be a deletion";
 }
 
+// What stands behind the name (3GPP TS 27.007, 8.14) comes back as the modem gave it, but for what
+// says nothing at its end.
+TEST_F(Book, ChangeKeepsFurtherParameters) {
+  const std::pair<std::string, std::string> cases[] = {
+      {",0,\"\",\"\",\"129\",\"\",\"\"", ""},
+      {", 1,\"00460072\" ,\"+49\",145,", ",1,\"00460072\",\"+49\",145"},
+      {",0,\"a;b, \r\"", ""},  // no list that can be sent
+      {",0,\"\",\"\",,\"\",\"\",\"\",\"tel:1;ext=2,3\"",
+       ",0,\"\",\"\",,\"\",\"\",\"\",\"tel:1;ext=2,3\""},
+  };
+  open();
+  qalt::Changes changes;
+  changes.fields[PB_FIELD_NUMBER] = "+7";
+  for (const auto& [given, kept] : cases) {
+    SCOPED_TRACE(given);
+    const std::string old = lines[1] = "\"5\",129,\"0041\"" + given;
+    forget();
+    const bool sent_back = given.find('\r') == given.npos;
+    const auto changed = book.change(1, changes);
+    EXPECT_EQ(!sent_back, !changed && changed.error().cause == Cause::kUsage);
+    EXPECT_EQ(sent_back ? "\"+7\",145,\"0041\"" + kept : old, lines[1]);
+    EXPECT_EQ(kept, changed ? changed->further : kept);
+    EXPECT_EQ(sent_back, count("AT+CPBW") == 1);
+  }
+}
+
+TEST_F(Book, FurtherParametersThatAreNotTaken) {
+  const std::string old = "\"5\",129,\"0041\",0,\"00460072\"";
+  const struct {
+    std::string answer, left;  // to the write; what stands there afterwards
+    std::optional<Cause> cause;
+    const char* said;
+  } cases[] = {
+      {kOk, "\"+7\",145,\"0041\",0,\"00460072\",\"\",129", std::nullopt, ""},
+      {kOk, "\"+7\",145,\"0041\"", Cause::kDiffers,
+       "further written \",0,\"00460072\"\", read back empty"},
+      {kError, old, Cause::kRefused, "answered ERROR"},
+  };
+  open();
+  qalt::Changes changes;
+  changes.fields[PB_FIELD_NUMBER] = "+7";
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.left);
+    lines[1] = old;
+    on("AT+CPBW=", [&](const std::string&) {
+      lines[1] = c.left;
+      return c.answer;
+    });
+    const auto changed = book.change(1, changes);
+    EXPECT_EQ(!c.cause, bool(changed));
+    if (changed) continue;
+    EXPECT_EQ(c.cause, changed.error().cause);
+    EXPECT_NE(changed.error().what.npos, changed.error().what.find(c.said)) << changed.error().what;
+    EXPECT_EQ(c.answer == kError, changed.error().advice.find("further") != std::string::npos);
+  }
+}
+
+// A contact that stood in a phonebook once is the modem's to judge.
+TEST_F(Book, WhatWasStoredIsTriedAsItIs) {
+  open();
+  Contact stored = contact(1, "Ω 😀 of nineteen or more", "12AB(3)");
+  stored.name += '\0';
+  stored.further = ",0,\"Friends\"";
+  EXPECT_EQ(Cause::kUsage, book.put(stored).error().cause);
+  ASSERT_TRUE(book.put(stored, qalt::Limits::kSendable));
+  EXPECT_EQ(stored.name, book.get(1)->name);
+  EXPECT_EQ(0u, lines[1].find("\"12AB(3)\",129,\"03A90020D83DDE000020")) << lines[1];
+  forget();
+  const std::string never[][3] = {{"A", "1\"2", ""},
+                                  {"A", "1\r", ""},
+                                  {"A", "\xC3\xA9", ""},
+                                  {"\xFF", "1", ""},
+                                  {"A", "1", "0,\"x\""},
+                                  {"A", "1", ",\"x"},
+                                  {"A", "1", ",\"x\"y"},
+                                  {"A", "1", ",x\"y\""},
+                                  {"A", "1", ",0;+CPBW=1"},
+                                  {"A", "1", ",\"\x1A\""},
+                                  {std::string(240, 'A'), std::string(40, '1'), ""},
+                                  {"", "", ",1"}};
+  for (const auto& [name, number, further] : never) {
+    Contact wrong = contact(1, name, number);
+    wrong.further = further;
+    EXPECT_EQ(Cause::kUsage, book.put(wrong, qalt::Limits::kSendable).error().cause)
+        << name << number << further;
+  }
+  EXPECT_EQ(0, count("AT+CPBW"));
+}
+
 // A modem that stays where it was, silently or not, gets no name that it would store as hex.
 TEST_F(Book, WithoutUcs2NothingIsWritten) {
   lines = {{1, "\"5\",129,\"Ann\""}};

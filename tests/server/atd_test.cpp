@@ -1,6 +1,7 @@
 // The built server, end to end: clients by hand, each modem kind, its beginning and its end.
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <thread>
 #include <tuple>
 
+#include "sim/modem.h"
 #include "tests/support/program.h"
 
 namespace {
@@ -20,6 +22,7 @@ using test::Program;
 
 const std::string kOk = "\r\nOK\r\n";
 const std::string kError = "\r\nERROR\r\n";
+const std::string kAway = "\r\n+CME ERROR: 1\r\n";
 const std::string kCsq = "\r\n+CSQ: 20,99\r\n" + kOk;
 
 class Atd : public ::testing::Test {
@@ -35,6 +38,13 @@ class Atd : public ::testing::Test {
   }
   static Ended run(const std::vector<std::string>& arguments) {
     return Program(ATD_PROGRAM, arguments).end(0);
+  }
+  std::string ask_until_open(const std::string& command) const {
+    for (;;) {
+      const std::string answer = ask(socket, command);
+      if (answer != kAway) return answer;
+      std::this_thread::yield();
+    }
   }
   // The permissions of a file; 0 where there is none.
   static unsigned mode_of(const std::string& path) {
@@ -64,7 +74,7 @@ TEST_F(Atd, AnswersAndRefuses) {
 }
 
 TEST_F(Atd, BadClientsHoldNobodyUp) {
-  const auto atd = start({"--sim-fault", "*:AT+CPAS:never", "--log", log});
+  const auto atd = start({"--sim-fault", "*:AT+CIMI:never", "--log", log});
   std::vector<int> stalled;
   for (int i = 0; i < 130; ++i) {
     stalled.push_back(test::connect_to(socket));
@@ -73,9 +83,9 @@ TEST_F(Atd, BadClientsHoldNobodyUp) {
     if (i % 3 == 0) ::shutdown(stalled.back(), SHUT_RDWR);
   }
   const int lost = test::connect_to(socket);
-  test::send_request(lost, "AT+CPAS", 50);
+  test::send_request(lost, "AT+CIMI", 50);
   ::close(lost);
-  EXPECT_EQ(ask(socket, "AT+CPAS", 50), "");
+  EXPECT_EQ(ask(socket, "AT+CIMI", 50), "");
   EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
   for (int client : stalled) ::close(client);
   EXPECT_EQ(atd->end().status, 0);
@@ -119,6 +129,22 @@ TEST_F(Atd, TakesAPathOnlyWhereNobodyLives) {
   EXPECT_EQ(third->end(SIGINT).status, 0);
   EXPECT_EQ(mode_of(socket), 0u);
 
+  // Somebody else is about to live there.
+  const int lock = ::open((socket + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+  ::flock(lock, LOCK_EX);
+  EXPECT_EQ(run({"--modem", "sim", "--socket", socket}).status, 1);
+  ::close(lock);
+  // What came to stand there in the meantime is not the server's.
+  const auto fourth = start();
+  ::unlink(socket.c_str());
+  const int other = test::listen_at(socket, 1);
+  EXPECT_EQ(fourth->end().status, 0);
+  EXPECT_NE(mode_of(socket), 0u);
+  EXPECT_EQ(mode_of(socket + ".lock"), 0u);
+  EXPECT_EQ(run({"--modem", "sim", "--socket", socket}).status, 1);
+  ::close(other);
+  ::unlink(socket.c_str());
+
   std::ofstream(socket) << "kept";
   EXPECT_EQ(run({"--modem", "sim", "--socket", socket}).status, 1);
   EXPECT_EQ(contents(socket), "kept");
@@ -136,6 +162,7 @@ TEST_F(Atd, SaysWhyItDoesNotStart) {
       {{"--modem", "sim", "--sim-contacts", typo}, 2, "SM entry 1: \"nmae\" is no key"},
       {{"--modem", "usb"}, 2, "'usb' is not sim"},
       {{"--modem", "sim", "--socket", std::string(108, 's')}, 1, "108 characters"},
+      {{"--modem", "sim", "--socket", socket + "/no"}, 1, "/no.lock: No such file"},
       {{"--modem", "sim", "--socket", socket, "--socket-group", "no such group"}, 1, "no group"},
       {{"--socket", socket, "--modem", "replay:" + log}, 1, "cannot be read"},
   };
@@ -181,18 +208,18 @@ TEST_F(Atd, ATranscriptCanBeMovedAwayAndReplayed) {
 
 TEST_F(Atd, AModemOnATerminal) {
   const std::string tty = folder.file("tty");
+  const auto atd = start({"--modem", "tty:" + tty + ",115200,rtscts", "--log", log});
+  EXPECT_EQ(ask(socket, "AT+CSQ"), kAway);
+  while (contents(log).find("modem lost") == std::string::npos) std::this_thread::yield();
   Program modem(SIMMODEM_PROGRAM,
                 {"--pty", tty, "--sim-echo", "--sim-fault", "2:AT+CSQ:hang-up=5"});
   ASSERT_TRUE(modem.ready());
-  const auto atd = start({"--modem", "tty:" + tty + ",115200,rtscts", "--verbose"});
-  EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
+  EXPECT_EQ(ask_until_open("AT+CSQ"), kCsq);
   const std::string whole = ask(socket, "AT+CPBR=1,250");
   EXPECT_NE(whole.find("+CPBR: 32,"), std::string::npos);
   // The device goes away in the middle of an answer, and comes back.
   EXPECT_EQ(ask(socket, "AT+CSQ"), "");
-  std::string again;
-  while ((again = ask(socket, "AT+CPBR=1,250")).empty()) std::this_thread::yield();
-  EXPECT_EQ(again, whole);
+  EXPECT_EQ(ask_until_open("AT+CPBR=1,250"), whole);
   EXPECT_EQ(atd->end().status, 0);
   EXPECT_EQ(modem.end().status, 0);
   EXPECT_EQ(mode_of(tty), 0u);
@@ -206,14 +233,18 @@ TEST_F(Atd, AModemBehindAnAddress) {
   ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
   std::thread modem([listener] {
     const int line = ::accept(listener, nullptr, nullptr);
+    qalt::sim::Modem simulated({});
     char bytes[256];
-    while (::recv(line, bytes, sizeof bytes, 0) > 0) ::send(line, kOk.data(), kOk.size(), 0);
+    for (ssize_t n; (n = ::recv(line, bytes, sizeof bytes, 0)) > 0;) {
+      simulated.receive({bytes, size_t(n)});
+      for (const auto& output : simulated.take()) {
+        ::send(line, output.bytes.data(), output.bytes.size(), 0);
+      }
+    }
     ::close(line);
   });
   const auto atd = start({"--modem", "tcp:127.0.0.1:" + std::to_string(ntohs(address.sin_port))});
-  std::string answer;
-  while ((answer = ask(socket, "AT")).empty()) std::this_thread::yield();
-  EXPECT_EQ(answer, kOk);
+  EXPECT_EQ(ask_until_open("AT"), kOk);
   EXPECT_EQ(atd->end().status, 0);
   modem.join();
   ::close(listener);

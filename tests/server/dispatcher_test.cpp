@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <map>
 
+#include "server/back_off.h"
 #include "sim/modem.h"
 
 namespace qalt::server {
@@ -98,6 +99,8 @@ class Line : private Dispatcher::Host {
 const std::string kOk = "\r\nOK\r\n";
 const std::string kError = "\r\nERROR\r\n";
 const std::string kCsq = "\r\n+CSQ: 20,99\r\n" + kOk;
+const std::string kAway = "\r\n+CME ERROR: 1\r\n";
+const std::string kCops = "\r\n+COPS: 0,0,\"Testnet\",2\r\n" + kOk;
 const std::string kPin = "\r\n+CPIN: READY\r\n" + kOk;
 
 // In order, each with the time that it asked for, counted from the sending.
@@ -128,6 +131,8 @@ TEST(Dispatcher, AnswersAndReportsAreToldApart) {
   } rows[] = {
       {"AT+CSQ", "/+CSQ: 20,99//OK/", "/+CSQ: 20,99//OK/", ""},
       {"AT+JUSIM=?", "/not support/", "/not support/", ""},
+      {"AT+JUSIM=?", "/COMMAND NOT SUPPORT/", "/not support/", ""},
+      {"AT+CMGD=9", "/+CMS ERROR: 321/", "/+CMS ERROR: 321/", ""},
       {"ATD1", "/CONNECT 9600/", "/CONNECT 9600/", ""},
       {"AT+CMGS=1", "/> ", "/> ", ""},
       // An odd quote hides nothing.
@@ -215,21 +220,91 @@ TEST(Dispatcher, WhatComesLateNeverReachesTheNextCommand) {
   }
 }
 
+// After the first command's time-out, whatever the modem is like, the answers are those to the
+// questions again.
+TEST(Dispatcher, EveryModemIsFoundAgain) {
+  const struct {
+    Texts rules;
+    int delay = 0;
+    const char* first = "AT+CPBW";
+  } rows[] = {
+      {{"1:AT+CPBW:delay=2500"}, 300},
+      {{"1:AT+CPBW:delay=2500"}, 900},
+      {{"1:AT+CPBW:never"}, 3000},
+      // Late by several attempts.
+      {{"1:AT+CPBW:delay=9000"}, 700},
+      // Bytes were lost: of a wake line, of a question's answer.
+      {{"1:AT+CPBW:never", "1:ATE0Q0V1:never", "1:AT+CMEE:cut=7"}, 100},
+      // The wake line is refused, as AT is; or never answered.
+      {{"1:AT+CPBW:delay=1500", "*:ATE:answer=\\r\\nERROR\\r\\n"}, 300},
+      {{"1:AT+CPBW:never", "*:ATE:never"}, 300},
+      // Questions are refused: one, three, all.
+      {{"1:AT+CPBW:delay=1500", "*:AT+CPAS:answer=\\r\\nERROR\\r\\n"}, 300},
+      {{"1:AT+CPBW:delay=1500", "*:AT+CPAS:never", "*:AT+CMEE:answer=\\r\\nERROR\\r\\n",
+        "*:AT+CSQ:answer=\\r\\nERROR\\r\\n"},
+       300},
+      {{"1:AT+CPBW:delay=1500", "*:ATE:answer=\\r\\nERROR\\r\\n",
+        "*:AT+C:answer=\\r\\nERROR\\r\\n"},
+       300},
+      // A late answer and reports that have a question's name.
+      {{"1:AT+CMEE?:delay=2500", "*:AT+CPAS:report-before=+CSQ: 1,99",
+        "*:ATE:report-after=+CPAS: 0"},
+       300,
+       "AT+CMEE?"},
+      // Left in a state in which there are digits for results, or none.
+      {{}, 0, "ATV0"},
+      {{}, 300, "ATQ1"},
+      {{}, 300, "ATE1Q1V0"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.rules) + row.first);
+    sim::Config config;
+    for (const std::string& rule : row.rules) {
+      config.faults.rules.push_back(sim::parse_fault_rule(rule));
+    }
+    config.faults.delay = milliseconds(row.delay);
+    Line line({}, config);
+    line.submit(row.first);
+    for (const char* next : {"AT+COPS?", "AT^NONE", "AT+CPIN?", "ATI"}) line.submit(next, 5000);
+    line.run(milliseconds(60'000));
+    const bool refuses = line.answers[2] == kError;
+    EXPECT_EQ(line.answers, (Answers{{1, ""},
+                                     {2, refuses ? kError : kCops},
+                                     {3, kError},
+                                     {4, refuses ? kError : kPin},
+                                     {5, "\r\nSimulated modem\r\n" + kOk}}));
+    EXPECT_EQ(line.given_up, 0);
+  }
+}
+
 TEST(Dispatcher, ADeadModemIsGivenUp) {
   Line line;
   line.mute = true;
-  EXPECT_EQ(line.ask("AT+CSQ"), "");
+  line.submit("AT+CSQ");
+  const uint64_t waits = line.submit("AT+CPIN?");
+  line.run(milliseconds(11'000));
+  EXPECT_EQ(line.answers, (Answers{{waits - 1, ""}, {waits, kAway}}));
   EXPECT_EQ(line.given_up, 1);
-  EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "AT\r", "AT\r", "AT\r", "AT\r", "AT\r"}));
+  EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "ATE0Q0V1\r", "AT+CPAS\r", "ATE0Q0V1\r"}));
   // Closed: no waiting, and nothing is due.
-  EXPECT_EQ(line.ask("AT"), "");
+  EXPECT_EQ(line.ask("AT"), kAway);
   EXPECT_EQ(line.dispatcher.deadline(), std::nullopt);
   // Opened again with something on the line: it is cleared before the start lines.
   line.mute = false;
   line.sent.clear();
   line.dispatcher.opened(line.now, false);
   EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
-  EXPECT_EQ(line.sent, (Texts{"AT\r", "ATE0\r", "AT+CSQ\r"}));
+  EXPECT_EQ(line.sent,
+            (Texts{"ATE0Q0V1\r", "AT+CMEE?\r", "AT+CFUN?\r", "AT+CSQ\r", "ATE0\r", "AT+CSQ\r"}));
+  // Bytes without sense do not keep it open either.
+  line.mute = true;
+  line.submit("AT+CSQ");
+  line.run(milliseconds(1000));
+  for (int i = 0; i < 300; ++i) {
+    line.run(milliseconds(100));
+    line.dispatcher.receive("\r\nOK\r\n", line.now);
+  }
+  EXPECT_EQ(line.given_up, 2);
 }
 
 TEST(Dispatcher, ClientsThatLeave) {
@@ -240,6 +315,31 @@ TEST(Dispatcher, ClientsThatLeave) {
   line.run(milliseconds(1000));
   EXPECT_EQ(line.answers, (Answers{{3, kPin}}));
   EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "AT+CPIN?\r"}));
+}
+
+// Row by row: what happens at a second of the test's, and when the port is due then.
+TEST(BackOff, IsShortWhileSomebodyAsks) {
+  BackOff back_off;
+  const TimePoint start{};
+  enum class Event { kFails, kAsks, kAnswers };
+  using enum Event;
+  const struct {
+    int at;
+    Event event;
+    double due;
+  } rows[] = {
+      {0, kFails, 0.25},  {1, kFails, 1.5},     {2, kFails, 3},        {3, kFails, 5},
+      {5, kFails, 9},     {9, kFails, 17},      {17, kFails, 33},      {33, kFails, 63},
+      {63, kFails, 93},   {70, kAsks, 64},      {71, kFails, 72},      {129, kFails, 130},
+      {130, kFails, 160}, {140, kAnswers, 160}, {150, kFails, 150.25}, {151, kFails, 151.5},
+  };
+  for (const auto& row : rows) {
+    const TimePoint now = start + std::chrono::seconds(row.at);
+    if (row.event == kFails) back_off.failed(now);
+    if (row.event == kAsks) back_off.asked(now);
+    if (row.event == kAnswers) back_off.answered();
+    EXPECT_EQ(back_off.due() - start, milliseconds(int(row.due * 1000))) << row.at;
+  }
 }
 
 // A process that selected nothing gets what stood before the others came.

@@ -5,12 +5,14 @@
 #ifndef QALT_AT_DETAIL_CONTACT_HPP
 #define QALT_AT_DETAIL_CONTACT_HPP
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "qalt_at/detail/parameter_list.hpp"
 #include "qalt_at/detail/result.hpp"
 #include "qalt_at/detail/unicode.hpp"
 #include "qalt_at/phonebook_records.h"
@@ -28,6 +30,10 @@ struct Contact {
   std::string email;
   std::string extra;
   int coding = 0; /* as ^SCPBR reports it; never written */
+  /* What a +CPBR line has behind the name, as the modem gave it, such as `,0,"00460072"`: 3GPP
+   * TS 27.007, 8.12, from <hidden> on. Without those at the end that say nothing: empty ones, a
+   * <hidden> of 0, the type of an empty number. Mostly empty. */
+  std::string further = {};
 };
 
 enum class FieldKind { kText, kNumber, kEmail };
@@ -51,12 +57,18 @@ inline constexpr std::array<FieldRow, PB_FIELD_TYPES> kFields = {{
 }};
 // clang-format on
 
-/* Whether two contacts say the same; places and codings do not count. */
+/* Whether the fields say the same; places, codings and further parameters do not count. */
 inline bool same_fields(const Contact& a, const Contact& b) {
   for (const FieldRow& field : kFields) {
     if (a.*field.member != b.*field.member) return false;
   }
   return true;
+}
+
+/* Whether `stored` says all that `wanted` does. Of the further parameters only those count that
+ * `wanted` names, since modems fill in others by themselves. */
+inline bool says_all(const Contact& stored, const Contact& wanted) {
+  return same_fields(stored, wanted) && detail::keeps_further(stored.further, wanted.further);
 }
 
 /* The fields to change of a contact, by PB_FIELD_ code; the others stay as they are. */
@@ -79,6 +91,13 @@ struct Info {
   bool plain = false; /* the modem has no UCS2 set: names are ASCII, and nothing is written */
 
   bool has_index(int index) const { return index >= first && index <= last; }
+};
+
+/* What a contact that is to be written has to keep to. Phonebooks hold longer names than they
+ * announce and numbers with other digits: a contact that stood in one is tried as it is. */
+enum class Limits {
+  kAnnounced, /* the lengths that the modem announces, the characters of numbers that people dial */
+  kSendable   /* what a command can carry and a read can bring back; the rest the modem judges */
 };
 
 namespace detail {
@@ -107,6 +126,24 @@ inline int length_limit(const Info& info, const FieldRow& field) {
   return told > 0 && told < most ? told : most;
 }
 
+/* What keeps a command from carrying a field, empty when nothing does. Texts of the standard
+ * commands are coded, whatever is in them; the vendors' coder takes no NUL and nothing above
+ * U+FFFF. */
+inline std::string check_sendable(const Info& info, const FieldRow& field,
+                                  const std::string& value) {
+  if (field.kind != FieldKind::kText) {
+    const bool plain = std::all_of(value.begin(), value.end(),
+                                   [](char c) { return c >= ' ' && c <= '~' && c != '"'; });
+    return plain ? "" : "may hold ASCII characters without quotes only";
+  }
+  const auto text = code_points(value);
+  if (!text) return "is not valid UTF-8";
+  const bool coded = info.family == Family::kStandard ||
+                     std::all_of(text->begin(), text->end(),
+                                 [](char32_t code) { return code != 0 && code <= kLastUcs2; });
+  return coded ? "" : "holds a character that no command carries";
+}
+
 /* What is wrong with one text, empty when nothing is; its characters go to *length. */
 inline std::string check_text(const std::string& value, int* length) {
   const auto text = code_points(value);
@@ -131,40 +168,50 @@ inline std::string check_number(std::string_view value, int* length) {
   return "may hold 0-9, *, #, p, w, ? and a leading + only";
 }
 
-inline std::string check_email(const std::string& value, int* length) {
-  *length = static_cast<int>(value.size());
-  for (const char c : value) {
-    if (c < ' ' || c > '~' || c == '"') return "may hold ASCII characters without quotes only";
-  }
-  return "";
-}
-
 /* What keeps one field from being stored, empty when nothing does. */
-inline std::string check_field(const Info& info, const FieldRow& field, const std::string& value) {
+inline std::string check_field(const Info& info, const FieldRow& field, const std::string& value,
+                               Limits limits = Limits::kAnnounced) {
   if (value.empty()) return "";
   const std::string name = field.key;
   if (!carries(info.family, field.type)) {
     return "this phonebook (" + std::string(family_name(info.family)) + ") has no " + name;
   }
-  int length = 0;
-  const std::string wrong = field.kind == FieldKind::kText     ? check_text(value, &length)
-                            : field.kind == FieldKind::kNumber ? check_number(value, &length)
-                                                               : check_email(value, &length);
+  std::string wrong;
+  int length = static_cast<int>(value.size());
+  const bool announced = limits == Limits::kAnnounced;
+  if (announced && field.kind == FieldKind::kText) wrong = check_text(value, &length);
+  if (announced && field.kind == FieldKind::kNumber) wrong = check_number(value, &length);
+  if (wrong.empty()) wrong = check_sendable(info, field, value);
   if (!wrong.empty()) return name + " " + wrong;
+  if (!announced) return "";
   const int limit = length_limit(info, field);
   if (length <= limit) return "";
   return name + " has " + std::to_string(length) + " characters, the phonebook takes " +
          std::to_string(limit);
 }
 
+/* What keeps the further parameters from being sent. */
+inline std::string check_further(const Info& info, const std::string& further) {
+  if (further.empty()) return "";
+  if (info.family != Family::kStandard) {
+    return "this phonebook (" + std::string(family_name(info.family)) +
+           ") has no further parameters";
+  }
+  return is_further(further) ? "" : "further is no list of parameters such as ,0,\"00460072\"";
+}
+
 /* What keeps a contact from being stored; all fields that are wrong, "; " between them. */
-inline std::string check_contact(const Info& info, const Contact& contact) {
+inline std::string check_contact(const Info& info, const Contact& contact,
+                                 Limits limits = Limits::kAnnounced) {
   if (contact.name.empty() && contact.number.empty()) return "a contact needs a name or a number";
   std::string wrong;
-  for (const FieldRow& field : kFields) {
-    const std::string found = check_field(info, field, contact.*field.member);
+  const auto note = [&wrong](const std::string& found) {
     if (!found.empty()) wrong += (wrong.empty() ? "" : "; ") + found;
+  };
+  for (const FieldRow& field : kFields) {
+    note(check_field(info, field, contact.*field.member, limits));
   }
+  note(check_further(info, contact.further));
   return wrong;
 }
 

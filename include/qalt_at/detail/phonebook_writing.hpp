@@ -17,14 +17,17 @@ inline std::string quoted_or(const std::string& text, const char* otherwise) {
 /* Both sides of a field that did not come back as it was written. */
 inline std::string difference(const Contact& written, const Contact& read) {
   std::string text;
+  const auto tell = [&](const char* key, const std::string& sent, const std::string& kept) {
+    if (!text.empty()) text += "; ";
+    text += key;
+    text += " written " + quoted_or(sent, "empty") + ", read back " + quoted_or(kept, "empty");
+  };
   for (const FieldRow& field : kFields) {
     const std::string& sent = written.*field.member;
     const std::string& kept = read.*field.member;
-    if (sent == kept) continue;
-    if (!text.empty()) text += "; ";
-    text += field.key;
-    text += " written " + quoted_or(sent, "empty") + ", read back " + quoted_or(kept, "empty");
+    if (sent != kept) tell(field.key, sent, kept);
   }
+  if (!keeps_further(read.further, written.further)) tell("further", written.further, read.further);
   return text;
 }
 
@@ -36,7 +39,18 @@ inline bool is_safe(const WireContact& wire) {
       if (c == '"' || c == '\r' || c == '\n' || c == 0x1A || c == 0x1B) return false;
     }
   }
-  return true;
+  return is_further(wire.further);
+}
+
+/* What keeps the line of a contact from being written whole and read back whole. */
+inline std::string check_line(Family family, const WireContact& wire) {
+  if (!is_further(wire.further)) {
+    return "its further parameters are no list that a command can carry: " + wire.further;
+  }
+  const size_t length = write_line(family, wire).size() - row_of(family).write.size();
+  if (length <= kLongestLine) return "";
+  return "the contact is too long for an answer line: " + std::to_string(length) + " of " +
+         std::to_string(kLongestLine) + " characters";
 }
 
 /* What a read of one index says of it. */
@@ -77,22 +91,25 @@ inline Error unseen(const Answer& answer, int index, const std::string& done, co
 
 } /* namespace detail */
 
-inline Result<detail::WireContact> Phonebook::wire_of(const Contact& contact) const {
-  const std::string wrong = detail::check_contact(info_, contact);
+inline Result<detail::WireContact> Phonebook::wire_of(const Contact& contact, Limits limits) const {
+  const std::string wrong = detail::check_contact(info_, contact, limits);
   if (!wrong.empty()) return Error{Cause::kUsage, wrong, ""};
   detail::WireContact wire;
   wire.index = contact.index;
+  wire.further = contact.further;
   for (const FieldRow& field : kFields) {
     if (!detail::put_field(info_, field, contact.*field.member, wire)) {
       return Error{Cause::kUsage, std::string(field.key) + " is too long for its coding",
                    "a name outside the GSM alphabet has room for fewer characters"};
     }
   }
+  const std::string unfit = detail::check_line(info_.family, wire);
+  if (!unfit.empty()) return Error{Cause::kUsage, unfit, ""};
   return wire;
 }
 
-inline Result<Done> Phonebook::check(const Contact& contact) const {
-  const auto wire = wire_of(contact);
+inline Result<Done> Phonebook::check(const Contact& contact, Limits limits) const {
+  const auto wire = wire_of(contact, limits);
   if (!wire) return wire.error();
   if (contact.index != kNoIndex && !info_.has_index(contact.index)) {
     return wrong_index(contact.index);
@@ -100,8 +117,8 @@ inline Result<Done> Phonebook::check(const Contact& contact) const {
   return Done{};
 }
 
-inline std::string Phonebook::write_line(const Contact& contact) const {
-  const auto wire = wire_of(contact);
+inline std::string Phonebook::write_line(const Contact& contact, Limits limits) const {
+  const auto wire = wire_of(contact, limits);
   return wire ? detail::write_line(info_.family, *wire) : "";
 }
 
@@ -125,7 +142,13 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
                                            detail::row_of(info_.family).write_timeout_ms);
   /* After silence the contact may be stored or not: what is read back decides. */
   const bool unknown = answer.untold();
-  if (!answer.ok() && !unknown) return detail::not_done(answer, place);
+  if (!answer.ok() && !unknown) {
+    Error error = detail::not_done(answer, place);
+    if (!wire.further.empty() && error.advice.empty()) {
+      error.advice = "it may not take the further parameters " + wire.further;
+    }
+    return error;
+  }
 
   const detail::Link::Whole whole(link_);
   const auto stored =
@@ -145,7 +168,7 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
     remember(stored->contacts.begin()->second);
     found = *detail::contact_of(stored->contacts.begin()->second, form);
   }
-  if (same_fields(*written, found)) return found;
+  if (says_all(found, *written)) return found;
   if (unknown) return detail::unchanged(answer, place, ", and it is not stored");
   return Error{Cause::kDiffers,
                "index " + std::to_string(wire.index) +
@@ -212,11 +235,11 @@ inline Result<Contact> Phonebook::add(const Contact& contact) {
   return put(placed);
 }
 
-inline Result<Contact> Phonebook::put(const Contact& contact) {
+inline Result<Contact> Phonebook::put(const Contact& contact, Limits limits) {
   const Job job(*this);
   if (!job.result()) return job.result().error();
   if (!info_.has_index(contact.index)) return wrong_index(contact.index);
-  const auto wire = wire_of(contact);
+  const auto wire = wire_of(contact, limits);
   if (!wire) return wire.error();
   return write(*wire);
 }
@@ -240,6 +263,7 @@ inline Result<Contact> Phonebook::change(int nIndex, const Changes& changes) {
   if (wrong.empty() && fields[PB_FIELD_TEXT].empty() && fields[PB_FIELD_NUMBER].empty()) {
     wrong = "a contact needs a name or a number";
   }
+  if (wrong.empty()) wrong = detail::check_line(info_.family, *wire);
   if (!wrong.empty()) return Error{Cause::kUsage, wrong, ""};
   return write(*wire);
 }

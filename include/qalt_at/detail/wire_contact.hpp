@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "qalt_at/detail/contact.hpp"
-#include "qalt_at/parameters.h"
+#include "qalt_at/detail/parameter_list.hpp"
 #include "qalt_at/text.h"
 #include "qalt_at/text_items.h"
 
@@ -31,6 +31,7 @@ struct WireContact {
   int index = kNoIndex;
   std::array<std::string, PB_FIELD_TYPES> fields; /* by PB_FIELD_ code */
   int coding = 0;
+  std::string further; /* behind the last parameter, with the standard commands; see Contact */
 };
 
 /* A parameter of a line: a field by its PB_FIELD_ code, or one of these. A type of number belongs
@@ -110,45 +111,21 @@ inline std::string write_line(Family family, const WireContact& contact) {
       line += '"' + *number + '"';
     }
   }
-  return line;
+  return line + contact.further;
 }
 
-/* Splits at a separator outside quotes. */
-inline std::vector<std::string> split_outside_quotes(const std::string& text,
-                                                     const char* separator) {
-  std::vector<std::string> pieces;
-  const char* start = text.c_str();
-  for (;;) {
-    const unsigned char* found =
-        ATCodec_Find_Sub_Str(reinterpret_cast<const unsigned char*>(start), separator);
-    if (found == nullptr) break;
-    const char* end = reinterpret_cast<const char*>(found);
-    pieces.emplace_back(start, end);
-    start = end + 1;
-  }
-  pieces.emplace_back(start);
-  return pieces;
-}
-
-inline std::string unquoted(const std::string& piece) {
-  const size_t first = piece.find_first_not_of(' ');
-  if (first == piece.npos) return "";
-  const size_t last = piece.find_last_not_of(' ');
-  if (piece[first] != '"' || last == first || piece[last] != '"') {
-    return piece.substr(first, last - first + 1);
-  }
-  return piece.substr(first + 1, last - first - 1);
-}
+/* The longest answer line that the parser is sure to give whole, the name of the command taken off.
+ */
+constexpr size_t kLongestLine = 1000;
 
 /* The contact of an answer line, the name of the command taken off; none when it is no such line,
  * or one so long that the parser may have cut it. */
 inline std::optional<WireContact> read_answer_line(Family family, const std::string& line) {
-  constexpr size_t kParserLimit = 1000;
   const std::vector<std::string> pieces = split_outside_quotes(line, ",");
   const Parameters& parameters = row_of(family).answer;
   const auto count = static_cast<size_t>(std::find(parameters.begin(), parameters.end(), kEnd) -
                                          parameters.begin());
-  if (line.size() > kParserLimit || pieces.size() + 1 < count) return std::nullopt;
+  if (line.size() > kLongestLine || pieces.size() + 1 < count) return std::nullopt;
 
   WireContact contact;
   std::string* number = nullptr;
@@ -174,6 +151,7 @@ inline std::optional<WireContact> read_answer_line(Family family, const std::str
       *number = value;
     }
   }
+  if (family == Family::kStandard) contact.further = further_of(pieces, count);
   return contact;
 }
 
@@ -185,7 +163,7 @@ inline TextForm text_form(const Info& info) {
   return info.plain ? TextForm::kPlain : TextForm::kUcs2;
 }
 
-constexpr int kStandardItem = 0; /* the flag of QL_encodePBItem and QL_decodePBItem */
+constexpr int kStandardItem = 0; /* the flag of QL_decodePBItem and QL_encodePBItem */
 constexpr int kVendorItem = 1;
 
 /* Where the next U+0000 of UCS2 digits stands; the decoder would take it for the end. */
@@ -254,23 +232,36 @@ inline std::optional<std::string> decode_text(const std::string& wire, TextForm 
   return text;
 }
 
+/* Four digits a character; one above U+FFFF is a pair of surrogates, as it was read. */
+inline std::string encode_ucs2(const std::u32string& text) {
+  std::string digits;
+  const auto append = [&digits](uint32_t unit) {
+    for (int shift = 12; shift >= 0; shift -= 4) digits += "0123456789ABCDEF"[unit >> shift & 0xF];
+  };
+  for (const uint32_t code : text) {
+    if (code > kLastUcs2) append(0xD800 + ((code - 0x10000) >> 10));
+    append(code > kLastUcs2 ? 0xDC00 + (code & 0x3FF) : code);
+  }
+  return digits;
+}
+
 /* The digits of a checked text, none when the form cannot carry it. A vendor record has two digits
  * for each of its `limit` characters, and no more than the library's own record; where the coding
  * 0x80 needs more, 0x81 may still fit. */
 inline std::optional<std::string> encode_text(const std::string& utf8, TextForm form, int limit) {
   const auto codes = code_points(utf8);
   if (!codes) return std::nullopt;
+  if (form != TextForm::kVendor) return encode_ucs2(*codes);
   const std::wstring text(codes->begin(), codes->end());
   std::string digits(4 * text.size() + 7, '\0');
   int gsm = 0;
-  const int flag = form == TextForm::kVendor ? kVendorItem : kStandardItem;
   if (text.empty()) return std::string();
   const bool done = QL_encodePBItem(text.c_str(), digits.data(), static_cast<int>(digits.size()),
-                                    &gsm, flag) == 0;
+                                    &gsm, kVendorItem) == 0;
   if (done) digits.resize(std::char_traits<char>::length(digits.c_str()));
   uint32_t base = 0;
   const size_t room = std::min(2 * static_cast<size_t>(limit), sizeof(JcpbwRecord::text) - 1);
-  const bool wide = form == TextForm::kVendor && gsm == 0 && (!done || digits.size() > room);
+  const bool wide = gsm == 0 && (!done || digits.size() > room);
   if (wide && ChoosePhoneBookTextCodecType(text.c_str(), &base) == TEXT_CODING_UCS2_81) {
     std::string compact(4 * text.size() + 7, '\0');
     if (PB808182EncodeItem(text.c_str(), compact.data()) == 1) {
@@ -287,6 +278,7 @@ inline Result<Contact> contact_of(const WireContact& wire, TextForm form) {
   Contact contact;
   contact.index = wire.index;
   contact.coding = wire.coding;
+  contact.further = wire.further;
   for (const FieldRow& field : kFields) {
     const std::string& value = wire.fields[static_cast<size_t>(field.type)];
     std::optional<std::string> text = value;

@@ -1,0 +1,114 @@
+/*
+ * parameter_list.hpp - the parameters of an answer line, and those that 3GPP TS 27.007 (8.12, 8.14)
+ * has behind the text of a contact: hidden, group, adnumber, adtype, secondtext, email, sip_uri and
+ * tel_uri. A phone's own memory uses them, and a write without them clears them.
+ */
+#ifndef QALT_AT_DETAIL_PARAMETER_LIST_HPP
+#define QALT_AT_DETAIL_PARAMETER_LIST_HPP
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "qalt_at/parameters.h"
+
+namespace qalt {
+namespace detail {
+
+/* Splits at a separator outside quotes. */
+inline std::vector<std::string> split_outside_quotes(const std::string& text,
+                                                     const char* separator) {
+  std::vector<std::string> pieces;
+  const char* start = text.c_str();
+  for (;;) {
+    const unsigned char* found =
+        ATCodec_Find_Sub_Str(reinterpret_cast<const unsigned char*>(start), separator);
+    if (found == nullptr) break;
+    const char* end = reinterpret_cast<const char*>(found);
+    pieces.emplace_back(start, end);
+    start = end + 1;
+  }
+  pieces.emplace_back(start);
+  return pieces;
+}
+
+inline std::string without_blanks_around(const std::string& piece) {
+  const size_t first = piece.find_first_not_of(' ');
+  if (first == piece.npos) return "";
+  return piece.substr(first, piece.find_last_not_of(' ') - first + 1);
+}
+
+inline std::string unquoted(const std::string& piece) {
+  std::string value = without_blanks_around(piece);
+  const bool quoted = value.size() > 1 && value.front() == '"' && value.back() == '"';
+  return quoted ? value.substr(1, value.size() - 2) : value;
+}
+
+/* What the further parameters say, from the first on. Empty is one that says nothing: one without a
+ * value, "not hidden", the type of a number that is not there. None of these stands at the end. */
+inline std::vector<std::string> values_of_further(const std::string& further) {
+  constexpr size_t kHidden = 0;
+  constexpr size_t kNumber = 2;
+  constexpr size_t kType = 3;
+  std::vector<std::string> values;
+  if (further.empty()) return values;
+  for (const std::string& piece : split_outside_quotes(further.substr(1), ",")) {
+    values.push_back(unquoted(piece));
+  }
+  if (values[kHidden] == "0") values[kHidden].clear();
+  if (values.size() > kType && values[kNumber].empty()) values[kType].clear();
+  while (!values.empty() && values.back().empty()) values.pop_back();
+  return values;
+}
+
+/* The further parameters of a line's pieces, those from `first` on, as a contact has them: as the
+ * modem gave them, each with its comma, but for those at the end that say nothing. */
+inline std::string further_of(const std::vector<std::string>& pieces, size_t first) {
+  const auto join = [&](size_t count) {
+    std::string text;
+    for (size_t k = first; k < pieces.size() && k - first < count; ++k) {
+      text += ',' + without_blanks_around(pieces[k]);
+    }
+    return text;
+  };
+  return join(values_of_further(join(pieces.size())).size());
+}
+
+/* Whether further parameters may stand in a command as they are: each empty, a word or a number, or
+ * in quotes. Anything else could end the parameter, the line or the command. */
+inline bool is_further(std::string_view text) {
+  const auto is_word = [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+  };
+  const auto is_content = [](char c) {
+    return c != '"' && static_cast<uint8_t>(c) >= ' ' && c != 0x7F;
+  };
+  for (size_t i = 0; i < text.size();) {
+    if (text[i++] != ',') return false;
+    if (i < text.size() && text[i] == '"') {
+      do ++i;
+      while (i < text.size() && is_content(text[i]));
+      if (i == text.size() || text[i++] != '"') return false;
+    } else {
+      while (i < text.size() && is_word(text[i])) ++i;
+    }
+  }
+  return true;
+}
+
+/* Whether all that `wanted` names is in `stored`. What it does not name the modem may have filled
+ * in by itself. */
+inline bool keeps_further(const std::string& stored, const std::string& wanted) {
+  const std::vector<std::string> kept = values_of_further(stored);
+  const std::vector<std::string> named = values_of_further(wanted);
+  for (size_t k = 0; k < named.size(); ++k) {
+    if (!named[k].empty() && (k >= kept.size() || kept[k] != named[k])) return false;
+  }
+  return true;
+}
+
+} /* namespace detail */
+} /* namespace qalt */
+
+#endif /* QALT_AT_DETAIL_PARAMETER_LIST_HPP */

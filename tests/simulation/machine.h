@@ -1,0 +1,51 @@
+// machine.h - a modem as the simulation sees one: bytes in, bytes out. It does nothing by itself
+// and knows no clock, so that a run is the same each time.
+#ifndef QALT_TESTS_SIMULATION_MACHINE_H_
+#define QALT_TESTS_SIMULATION_MACHINE_H_
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qalt::simulation {
+
+// A contact as the modem holds it.
+struct Stored {
+  std::string number = {};  // with "+" when international
+  std::u16string name = {};
+  std::string further =
+      {};  // what stands behind the text in a +CPBR line, verbatim, e.g. `,0,"group"`
+  bool operator==(const Stored&) const = default;
+};
+
+// One piece of what a modem says: an echo, a line of information, a result code.
+struct Said {
+  std::chrono::milliseconds delay;  // after the piece before
+  std::string bytes;                // none where the result code that ends a command is suppressed
+  bool ends_command = false;
+};
+
+class Machine {
+ public:
+  virtual ~Machine() = default;
+  // From the terminal, in pieces of any size.
+  virtual void receive(std::string_view bytes) = 0;
+  // What it has said since the last call, in order.
+  virtual std::vector<Said> take() = 0;
+  // Settings are as after power-up, a line that was begun is gone; stored contacts stay.
+  virtual void power_cycle() = 0;
+  // Those of the SIM storage, by index.
+  [[nodiscard]] virtual const std::map<int, Stored>& contacts() const = 0;
+  // A person at its keys.
+  virtual void change_by_itself(int index, std::optional<Stored> contact) = 0;
+  // Called at each change in the SIM storage that a command makes, before the command's answer.
+  std::function<void(int index)> changed;
+};
+
+}  // namespace qalt::simulation
+
+#endif  // QALT_TESTS_SIMULATION_MACHINE_H_
