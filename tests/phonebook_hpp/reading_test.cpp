@@ -181,6 +181,11 @@ TEST_F(Book, AModemThatIsAway) {
   EXPECT_TRUE(book.get(1));
   EXPECT_EQ(4, pauses);
   EXPECT_EQ(1 + 4, count("AT+CSCS=\"UCS2\"")) << "it may come back with another set";
+  on("AT+CPBS=", cme(1));
+  options.stop = [] { return true; };
+  const auto opened = book.open(options);
+  ASSERT_FALSE(opened);
+  EXPECT_EQ(qalt::Cause::kInterrupted, opened.error().cause);
 }
 
 TEST_F(Book, ALockedCardIsNamed) {

@@ -85,6 +85,7 @@ struct Answer {
   bool cms = false;
   int cause = 0;             /* kNoServer: errno */
   bool of_selection = false; /* of a selection in front of the command, which was not sent */
+  bool interrupted = false;  /* the client asked to stop while it was waited for another one */
 
   bool ok() const { return reply == Reply::kOk; }
   bool busy() const { return reply == Reply::kCode && (code == kSimBusy || code == kInitialising); }
@@ -232,10 +233,12 @@ inline Error failure(const Answer& answer, const std::string& job) {
   const bool gone = answer.reply == Reply::kNoServer || answer.reply == Reply::kLost ||
                     answer.reply == Reply::kSilent || answer.reply == Reply::kGarbled ||
                     answer.away();
-  const Cause cause = gone                         ? Cause::kNoAnswer
+  const Cause cause = answer.interrupted           ? Cause::kInterrupted
+                      : gone                       ? Cause::kNoAnswer
                       : answer.code == kMemoryFull ? Cause::kFull
                                                    : Cause::kRefused;
   std::string what = "could not " + job + ": ";
+  if (answer.interrupted) what = "interrupted, " + what;
   if (answer.of_selection) what += "while selecting the storage, ";
   return {cause, what + describe(answer), advice_on(answer)};
 }

@@ -5,6 +5,7 @@
 #ifndef QALT_AT_DETAIL_PHONEBOOK_WRITING_HPP
 #define QALT_AT_DETAIL_PHONEBOOK_WRITING_HPP
 
+#include "qalt_at/detail/outcome.hpp"
 #include "qalt_at/phonebook.hpp"
 
 namespace qalt {
@@ -51,42 +52,6 @@ inline std::string check_line(Family family, const WireContact& wire) {
   if (length <= kLongestLine) return "";
   return "the contact is too long for an answer line: " + std::to_string(length) + " of " +
          std::to_string(kLongestLine) + " characters";
-}
-
-/* What a read of one index says of it. */
-enum class Place { kHeld, kEmpty, kRefused /* ERROR or a code: empty, on some modems */, kUnseen };
-
-inline Place place_of(const Answer& look) {
-  if (!look.decided()) return Place::kUnseen;
-  if (look.ok()) return look.lines != 0 ? Place::kHeld : Place::kEmpty;
-  if (look.code == kNotFound || look.code == kInvalidIndex) return Place::kEmpty;
-  const bool refused = look.reply == Reply::kError || look.reply == Reply::kCode;
-  return refused ? Place::kRefused : Place::kUnseen;
-}
-
-/* The error of a command that was refused, or never sent. */
-inline Error not_done(const Answer& answer, const std::string& job) {
-  return failure(answer, answer.sent() ? job : job + ", nothing was sent");
-}
-
-/* The error of one that was not answered, where a look shows that it did not happen. */
-inline Error unchanged(const Answer& answer, const std::string& job, const std::string& seen) {
-  Error error = failure(answer, job);
-  error.what += seen;
-  return error;
-}
-
-/* The error of a command that was sent, where the look at its index failed. `done` is "written" or
- * "deleted". */
-inline Error unseen(const Answer& answer, int index, const std::string& done, const Error& look) {
-  const std::string place = "index " + std::to_string(index);
-  if (answer.ok()) {
-    return {look.cause, place + " was " + done + " and cannot be read back: " + look.what,
-            look.advice, Fate::kDone};
-  }
-  return {Cause::kNoAnswer,
-          place + " may be " + done + " or not: " + describe(answer) + "; " + look.what,
-          "look at the entry before trying again", Fate::kUnknown};
 }
 
 } /* namespace detail */

@@ -85,12 +85,13 @@ class Link {
   Answer send(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {},
               bool starting = false) const {
     for (int waited = 0;; ++waited) {
-      const Answer answer = attempt(line, timeout_ms, prefix);
+      Answer answer = attempt(line, timeout_ms, prefix);
       const bool early = answer.busy() || (starting && answer.reply == Reply::kError);
       const bool absent = answer.away() || answer.reply == Reply::kNoServer ||
                           (answer.of_selection && answer.reply == Reply::kLost);
       const int patience = early ? options_.wait_seconds : absent ? options_.away_seconds : 0;
-      if (waited >= patience || stopped()) return answer;
+      answer.interrupted = waited < patience && stopped();
+      if (waited >= patience || answer.interrupted) return answer;
       pause();
     }
   }
