@@ -99,10 +99,11 @@ class Link {
   /* The same for a line that changes nothing: where no answer came, it is sent once more, if the
    * modem or the server may be back by then. */
   Answer ask(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {}) const {
-    const Answer answer = send(line, timeout_ms, prefix);
+    Answer answer = send(line, timeout_ms, prefix);
     const bool again = answer.reply == Reply::kLost ||
                        (answer.reply == Reply::kSilent && options_.away_seconds > 0);
-    return again && !stopped() ? send(line, timeout_ms, prefix) : answer;
+    if (again && !stopped()) answer = send(line, timeout_ms, prefix);
+    return answer;
   }
 
  private:
