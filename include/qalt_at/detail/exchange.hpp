@@ -125,9 +125,10 @@ inline size_t count_lines(std::string_view raw, std::string_view prefix) {
 }
 
 /* Takes the raw answer in `frame` apart, passing over reports in front of it. */
-inline Answer parse_answer(AtMsg& frame) {
+inline Answer parse_answer(AtMsg& frame, std::string_view prefix) {
   Answer answer;
   answer.reply = frame.aucDataBuf[0] == '\0' ? Reply::kSilent : Reply::kGarbled;
+  answer.lines = count_lines(frame.aucDataBuf, prefix);
   for (;;) {
     AtRes parsed = {};
     if (Bk_Parse_At_Res(frame.aucDataBuf, &parsed) != AT_PARSE_OK) return answer;
@@ -155,11 +156,7 @@ inline Answer unanswered(Delivery delivery) {
 inline Answer exchange(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {}) {
   AtMsg frame;
   const Delivery delivery = deliver(line, timeout_ms, frame);
-  if (delivery != Delivery::kAnswered) return unanswered(delivery);
-  const size_t lines = count_lines(frame.aucDataBuf, prefix);
-  Answer answer = parse_answer(frame);
-  answer.lines = lines;
-  return answer;
+  return delivery == Delivery::kAnswered ? parse_answer(frame, prefix) : unanswered(delivery);
 }
 
 inline std::string no_server(int cause) {
