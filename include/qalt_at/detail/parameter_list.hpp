@@ -6,6 +6,7 @@
 #ifndef QALT_AT_DETAIL_PARAMETER_LIST_HPP
 #define QALT_AT_DETAIL_PARAMETER_LIST_HPP
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -15,6 +16,11 @@
 
 namespace qalt {
 namespace detail {
+
+/* Whether there is no <hidden>: the first is a text, and so in quotes. */
+inline bool lacks_hidden(const std::string& further) {
+  return further.compare(0, 2, ",\"") == 0;
+}
 
 /* Splits at a separator outside quotes. */
 inline std::vector<std::string> split_outside_quotes(const std::string& text,
@@ -53,6 +59,7 @@ inline std::vector<std::string> values_of_further(const std::string& further) {
   constexpr size_t kType = 3;
   std::vector<std::string> values;
   if (further.empty()) return values;
+  if (lacks_hidden(further)) values.emplace_back();
   for (const std::string& piece : split_outside_quotes(further.substr(1), ",")) {
     values.push_back(unquoted(piece));
   }
@@ -72,7 +79,26 @@ inline std::string further_of(const std::vector<std::string>& pieces, size_t fir
     }
     return text;
   };
-  return join(values_of_further(join(pieces.size())).size());
+  const std::string all = join(pieces.size());
+  const size_t telling = values_of_further(all).size();
+  return join(lacks_hidden(all) && telling != 0 ? telling - 1 : telling);
+}
+
+/* Further parameters in the order of a write (8.14): there <hidden>, in an answer the first, stands
+ * behind the seven others, and means 0 where it is missing. */
+inline std::string in_order_of_write(const std::string& further) {
+  constexpr size_t kOthers = 7;
+  if (further.empty() || lacks_hidden(further)) return further;
+  std::vector<std::string> pieces = split_outside_quotes(further.substr(1), ",");
+  const std::string hidden = unquoted(pieces.front());
+  pieces.erase(pieces.begin());
+  if (!hidden.empty() && hidden != "0") {
+    pieces.resize(std::max(pieces.size(), kOthers));
+    pieces.push_back(hidden);
+  }
+  std::string text;
+  for (const std::string& piece : pieces) text += ',' + piece;
+  return text;
 }
 
 /* Whether further parameters may stand in a command as they are: each empty, a word or a number, or
