@@ -27,6 +27,8 @@ ReplayPort::ReplayPort(asio::io_context& context, const std::string& path)
     }
     if (entry->kind != Kind::kRemark) entries_.push_back(std::move(*entry));
   }
+  // A folder opens, too, and reads as nothing.
+  if (entries_.empty()) throw std::runtime_error(path + ": no transcript, nothing stands in it");
 }
 
 void ReplayPort::open() {

@@ -165,6 +165,7 @@ TEST_F(Atd, SaysWhyItDoesNotStart) {
       {{"--modem", "sim", "--socket", socket + "/no"}, 1, "/no.lock: No such file"},
       {{"--modem", "sim", "--socket", socket, "--socket-group", "no such group"}, 1, "no group"},
       {{"--socket", socket, "--modem", "replay:" + log}, 1, "cannot be read"},
+      {{"--socket", socket, "--modem", "replay:/tmp"}, 1, "nothing stands in it"},
   };
   for (const auto& [arguments, status, said] : rows) {
     const Ended ended = run(arguments);
