@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "at/escape.h"
+#include "at/secrets.h"
 
 namespace qalt::server {
 
@@ -49,6 +49,8 @@ void ReplayPort::write(std::string_view bytes) {
          ++position_) {
       answer += entries_[position_].bytes;
     }
+    // What was masked in the command is masked in its echo.
+    if (answer.starts_with(wanted)) answer.replace(0, wanted.size(), bytes);
     return say(std::move(answer));
   }
   say("\r\nERROR\r\n");
