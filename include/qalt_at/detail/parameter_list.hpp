@@ -75,12 +75,12 @@ inline std::string further_of(const std::vector<std::string>& pieces, size_t fir
   return join(values_of_further(join(pieces.size())).size());
 }
 
-/* Whether further parameters may stand in a command as they are: each empty, a word or a number, or
- * in quotes. Anything else could end the parameter, the line or the command. */
+/* Whether further parameters may stand in a command as they are: each empty, in quotes, or a
+ * word without blanks. Anything else could end the parameter, the line or the command. */
 inline bool is_further(std::string_view text) {
   enum { kBehindComma, kInWord, kInQuotes, kBehindQuotes } place = kBehindQuotes;
   for (const char c : text) {
-    const bool word = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    const bool word = c > ' ' && c <= '~' && c != '"' && c != ';';
     if (place == kInQuotes) {
       if (static_cast<uint8_t>(c) < ' ' || c == 0x7F) return false;
       if (c == '"') place = kBehindQuotes;
