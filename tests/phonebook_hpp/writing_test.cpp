@@ -109,6 +109,17 @@ TEST_F(Book, ChangeKeepsFurtherParameters) {
   }
 }
 
+// A report that nobody knows is no parameter of the contact in front of it.
+TEST_F(Book, AnUnnamedLineIsNoFurtherParameter) {
+  lines = {{1, "\"5\",129,\"0041\",0,\"a\r\nb\"\r\nPB DONE\r\n"}, {2, "\"6\",129,\"0042\""}};
+  open();
+  EXPECT_EQ(",0,\"a\r\nb\"", book.read_all()->contacts.at(0).further);
+  EXPECT_EQ("", book.get(2)->further);
+  lines[2] += "\r\nPB DONE";
+  EXPECT_EQ("", book.get(2)->further);
+  EXPECT_EQ("B", book.get(2)->name);
+}
+
 TEST_F(Book, FurtherParametersThatAreNotTaken) {
   const std::string old = "\"5\",129,\"0041\",0,\"00460072\"";
   const struct {

@@ -20,6 +20,7 @@
 #include <string_view>
 #include <utility>
 
+#include "qalt_at/detail/raw_answer.hpp"
 #include "qalt_at/detail/result.hpp"
 #include "qalt_at/link.h"
 #include "qalt_at/parser.h"
@@ -131,6 +132,9 @@ inline Answer exchange(const std::string& line, uint32_t timeout_ms, std::string
   if (!server_listens() || ClientSendCmd(line.c_str(), &frame, timeout_ms) != 0) return answer;
   answer.reply = frame.aucDataBuf[0] == '\0' ? Reply::kSilent : Reply::kGarbled;
   answer.lines = count_lines(frame.aucDataBuf, prefix);
+  const std::string own = without_unnamed_lines(frame.aucDataBuf, prefix);
+  own.copy(frame.aucDataBuf, own.size());
+  frame.aucDataBuf[own.size()] = '\0';
   for (;;) {
     AtRes parsed = {};
     if (Bk_Parse_At_Res(frame.aucDataBuf, &parsed) != AT_PARSE_OK) return answer;

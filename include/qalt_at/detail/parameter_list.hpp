@@ -101,26 +101,26 @@ inline std::string in_order_of_write(const std::string& further) {
   return text;
 }
 
-/* Whether further parameters may stand in a command as they are: each empty, a word or a number, or
- * in quotes. Anything else could end the parameter, the line or the command. */
+/* Whether further parameters may stand in a command as they are: each empty, in quotes, or a
+ * word without blanks. Anything else could end the parameter, the line or the command. */
 inline bool is_further(std::string_view text) {
-  const auto is_word = [](char c) {
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-  };
-  const auto is_content = [](char c) {
-    return c != '"' && static_cast<uint8_t>(c) >= ' ' && c != 0x7F;
-  };
-  for (size_t i = 0; i < text.size();) {
-    if (text[i++] != ',') return false;
-    if (i < text.size() && text[i] == '"') {
-      do ++i;
-      while (i < text.size() && is_content(text[i]));
-      if (i == text.size() || text[i++] != '"') return false;
+  enum { kBehindComma, kInWord, kInQuotes, kBehindQuotes } place = kBehindQuotes;
+  for (const char c : text) {
+    const bool word = c > ' ' && c <= '~' && c != '"' && c != ';';
+    if (place == kInQuotes) {
+      if (static_cast<uint8_t>(c) < ' ' || c == 0x7F) return false;
+      if (c == '"') place = kBehindQuotes;
+    } else if (c == ',') {
+      place = kBehindComma;
+    } else if (c == '"' && place == kBehindComma) {
+      place = kInQuotes;
+    } else if (word && place != kBehindQuotes) {
+      place = kInWord;
     } else {
-      while (i < text.size() && is_word(text[i])) ++i;
+      return false;
     }
   }
-  return true;
+  return place != kInQuotes;
 }
 
 /* Whether all that `wanted` names is in `stored`. What it does not name the modem may have filled
