@@ -1,10 +1,7 @@
 #include "at/escape.h"
 
-#include <array>
 #include <charconv>
 #include <cstdint>
-
-#include "at/at_line.h"
 
 namespace qalt::at {
 namespace {
@@ -12,9 +9,6 @@ namespace {
 constexpr std::string_view kLetters = "rnt\\";
 constexpr std::string_view kMeanings = "\r\n\t\\";
 constexpr std::string_view kDigits = "0123456789ABCDEF";
-
-constexpr std::array<std::string_view, 4> kSecretCommands = {
-    "+CPIN=", "+CPWD=", "+CLCK=", "^CPIN="};
 
 }  // namespace
 
@@ -58,20 +52,6 @@ std::optional<std::string> unescaped(std::string_view text) {
     i += 2;
   }
   return bytes;
-}
-
-std::string without_secrets(std::string_view text) {
-  std::string result(text);
-  for (size_t i = 0; i < result.size(); ++i) {
-    for (std::string_view name : kSecretCommands) {
-      if (!starts_with_nocase(std::string_view(result).substr(i), name)) continue;
-      for (i += name.size(); i < result.size() && result[i] != ';' && result[i] != '\r'; ++i) {
-        if (result[i] >= '0' && result[i] <= '9') result[i] = '*';
-      }
-      break;
-    }
-  }
-  return result;
 }
 
 }  // namespace qalt::at

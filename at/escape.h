@@ -13,10 +13,6 @@ std::string escaped(std::string_view bytes);
 // The bytes of an escaped text, none if it is not one.
 std::optional<std::string> unescaped(std::string_view text);
 
-// The text with the digits of PINs and passwords as '*': behind "+CPIN=", "+CPWD=", "+CLCK=" and
-// "^CPIN=" up to the end of the command.
-std::string without_secrets(std::string_view text);
-
 }  // namespace qalt::at
 
 #endif  // QALT_AT_ESCAPE_H_

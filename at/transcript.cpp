@@ -56,8 +56,11 @@ void Transcript::reopen() {
 
 void Transcript::add(TranscriptEntry::Kind kind, std::string_view bytes) {
   if (!file_) return;
-  std::fprintf(file_.get(), "%s %c %s\n", time_now().c_str(), char(kind),
-               escaped(without_secrets(bytes)).c_str());
+  using Kind = TranscriptEntry::Kind;
+  const std::string text = kind == Kind::kToModem     ? to_modem_.masked(bytes)
+                           : kind == Kind::kFromModem ? from_modem_.masked(bytes)
+                                                      : without_secrets(bytes);
+  std::fprintf(file_.get(), "%s %c %s\n", time_now().c_str(), char(kind), escaped(text).c_str());
   std::fflush(file_.get());
 }
 

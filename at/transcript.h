@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "at/secrets.h"
+
 namespace qalt::at {
 
 struct TranscriptEntry {
@@ -29,7 +31,8 @@ class Transcript {
   // nothing is recorded. Throws std::system_error.
   explicit Transcript(std::string path);
 
-  // Digits of PINs are masked. A full disk loses the entry, not the server.
+  // Digits of PINs are masked, in whatever pieces they come. A full disk loses the entry, not the
+  // server.
   void add(TranscriptEntry::Kind kind, std::string_view bytes);
   // The file was moved away: begins a new one under the same name.
   void reopen();
@@ -40,6 +43,8 @@ class Transcript {
   };
   std::string path_;
   std::unique_ptr<FILE, Closer> file_;
+  SecretMask to_modem_;
+  SecretMask from_modem_;
 };
 
 }  // namespace qalt::at

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "at/escape.h"
+#include "at/secrets.h"
 
 namespace qalt::server {
 

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "at/escape.h"
+#include "at/secrets.h"
 
 namespace qalt::server {
 
@@ -27,6 +27,8 @@ ReplayPort::ReplayPort(asio::io_context& context, const std::string& path)
     }
     if (entry->kind != Kind::kRemark) entries_.push_back(std::move(*entry));
   }
+  // A folder opens, too, and reads as nothing.
+  if (entries_.empty()) throw std::runtime_error(path + ": no transcript, nothing stands in it");
 }
 
 void ReplayPort::open() {
@@ -47,6 +49,8 @@ void ReplayPort::write(std::string_view bytes) {
          ++position_) {
       answer += entries_[position_].bytes;
     }
+    // What was masked in the command is masked in its echo.
+    if (answer.starts_with(wanted)) answer.replace(0, wanted.size(), bytes);
     return say(std::move(answer));
   }
   say("\r\nERROR\r\n");

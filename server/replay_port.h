@@ -16,9 +16,8 @@ namespace qalt::server {
 
 class ReplayPort : public ModemPort {
  public:
-  // Throws std::runtime_error when the file cannot be opened or one of its lines is none of a
-  // transcript. What cannot be read further, an empty file or a folder is as if it ended there: a
-  // modem that says ERROR to everything.
+  // Throws std::runtime_error when the file cannot be opened, holds nothing of a modem line, or one
+  // of its lines is none of a transcript.
   ReplayPort(asio::io_context& context, const std::string& path);
 
   void open() override;

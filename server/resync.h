@@ -3,19 +3,21 @@
 // What may still come when this begins: the late answer of a command, answers of questions asked
 // before, anything of a program that had the line before; or nothing, where bytes were lost. A
 // modem answers in order. So the server asks what has an answer of its own, by name, and when the
-// answer to the question asked last is there, nothing older can follow it. That the answer is not
-// the late one of the same question asked earlier is told by asking on: each question is another
-// one than that before, and is asked when that before is answered. Three answered in turn, with
-// nothing in between, are the answers to these three: questions left unanswered by an earlier
-// attempt have a wake line between them, since every attempt begins with one. No pause decides, so
-// a modem may be slow; and its answer to the wake line may be OK, ERROR or nothing.
+// answer to the question asked last is there, nothing older can follow it.
+//
+// That it is not the late answer of the same question asked earlier is told by asking on: three
+// questions, each sent when the one before is answered, each answered at once. Older ones cannot
+// have been left unanswered in this order: every attempt begins with a wake line and ends with the
+// first question without an answer, the attempts begin with the questions in one order, and within
+// one they are asked in the reverse. No pause decides, so a modem may be slow; and its answer to
+// the wake line may be OK, ERROR or nothing.
 //
 // The wake line also brings back a modem that was left with echo, with numeric results or with none
 // (ITU-T V.250, 6.2.4 to 6.2.6).
 //
-// A question that a modem answers otherwise, with ERROR as a rule, or not at all is left out from
-// then on. Only where every one is refused do the answers look alike: then the line counts as clear
-// when the wake line got one and nothing more came for as long as the modem may take.
+// A question that a modem answers otherwise, with ERROR as a rule, or not at all is left out until
+// its answer is seen after all. Where fewer than three are left, answers look alike: then the line
+// counts as clear only when nothing more came for as long as the modem may take.
 //
 // Bounded whatever the modem does: `kMostSilence` without a result, `kMostTime` in all. Pure, as
 // the dispatcher is.
@@ -57,15 +59,22 @@ class Resync {
  private:
   static constexpr size_t kQuestions = 4;
 
+  bool recognised(std::string_view text);
   Step wake(TimePoint now);
+  Step begin_asking(TimePoint now);
   Step ask(TimePoint now);
   Step wait(Step step, TimePoint now);
+  Step done();
+  void allow_again();
   size_t usable() const;
 
-  std::array<bool, kQuestions> refused_{};
+  enum class Use { kUsable, kRefused, kSilent };
+  std::array<Use, kQuestions> uses_{};
+  std::array<bool, kQuestions> known_{};  // answered once by its name
   std::chrono::milliseconds patience_{};  // how long the modem may take for one line
   std::string_view line_;                 // sent last
-  size_t question_ = kQuestions - 1;      // asked last
+  size_t first_ = 1;                      // of the next attempt, this or one before it
+  size_t question_ = 0;                   // asked last
   bool asked_ = false;                    // line_ is that, not the wake line
   unsigned results_ = 0;                  // since line_ was sent
   unsigned in_turn_ = 0;                  // questions answered at once, one after the other

@@ -38,15 +38,25 @@ std::string standard_line(const State& state, int index, const Contact& contact)
          (state.config.further ? contact.further : "");
 }
 
-// What stands behind the fourth parameter, with its comma.
+// What stands behind the fourth parameter, as an answer has it: <hidden> is the last of a write and
+// the first of an answer (TS 27.007, 8.14 and 8.12).
 std::string behind_name(std::string_view arguments) {
+  constexpr size_t kOthers = 7;
+  std::vector<std::string> pieces(1);
   bool quoted = false;
-  int commas = 0;
-  for (size_t i = 0; i < arguments.size(); ++i) {
-    if (arguments[i] == '"') quoted = !quoted;
-    if (arguments[i] == ',' && !quoted && ++commas == 4) return std::string(arguments.substr(i));
+  for (const char c : arguments) {
+    if (c == '"') quoted = !quoted;
+    if (c == ',' && !quoted) {
+      pieces.emplace_back();
+    } else {
+      pieces.back() += c;
+    }
   }
-  return "";
+  if (pieces.size() < 5) return "";
+  const bool hidden = pieces.size() == 4 + kOthers + 1;
+  std::string text = "," + (hidden ? pieces.back() : "0");
+  for (size_t k = 4; k < pieces.size() - size_t(hidden); ++k) text += "," + pieces[k];
+  return text;
 }
 
 Reply read_entries(State& state, const at::Command& command) {

@@ -27,11 +27,14 @@ void check_lines(const FileContents& contents, const std::string& text) {
 }
 
 bool same(const Contact& a, const Contact& b) {
-  return qalt::same_fields(a, b) && a.index == b.index && a.coding == b.coding;
+  return qalt::same_fields(a, b) && a.index == b.index && a.coding == b.coding &&
+         a.further == b.further;
 }
 
-// Whether a phonebook could hold it, so that a file of such contacts is one that was exported.
-bool storable(const Contact& contact) {
+// Whether a phonebook could hold it, so that a file of such contacts is one that was exported. All
+// fields are those of a vendor's, further parameters those of the standard commands.
+bool storable(Contact contact) {
+  if (!qalt::detail::is_further(std::exchange(contact.further, ""))) return false;
   qalt::Info info;
   info.family = qalt::Family::kJcpbr;
   return qalt::detail::check_contact(info, contact).empty();

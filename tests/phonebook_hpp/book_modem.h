@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "qalt_at/phonebook.hpp"
 #include "tests/support/recorder.h"
@@ -17,6 +19,19 @@ namespace test {
 inline const std::string kSilence;
 inline std::string cme(int code) {
   return "\r\n+CME ERROR: " + std::to_string(code) + "\r\n";
+}
+
+// What a write brings, as an answer has it: behind the text, <hidden> is the first of eight there
+// and the last of them here (3GPP TS 27.007, 8.12 and 8.14).
+inline std::string as_answered(const std::string& written) {
+  std::vector<std::string> pieces = qalt::detail::split_outside_quotes(written, ",");
+  if (pieces.size() == 3) return written;
+  pieces.resize(3 + 8);
+  std::rotate(pieces.begin() + 3, pieces.end() - 1, pieces.end());
+  while (pieces.back().empty()) pieces.pop_back();
+  std::string line;
+  for (const std::string& piece : pieces) line += "," + piece;
+  return line.substr(1);
 }
 
 // Answers +CPBR and +CPBW from `lines`: by index, what stands behind "index," in an answer.
@@ -42,7 +57,7 @@ class Book : public testing::Test, public ScriptedModem {
       if (comma == line.npos) {
         lines.erase(index);
       } else {
-        lines[index] = line.substr(comma + 1);
+        lines[index] = as_answered(line.substr(comma + 1));
       }
       return kOk;
     });

@@ -184,7 +184,8 @@ TEST_F(Book, ChangeKeepsFurtherParameters) {
       {", 1,\"00460072\" ,\"+49\",145,", ",1,\"00460072\",\"+49\",145"},
       {",0,\"a;b, \r\"", ""},  // no list that can be sent
       {",0,\"\",\"\",,\"\",\"\",\"\",\"tel:1;ext=2,3\"",
-       ",0,\"\",\"\",,\"\",\"\",\"\",\"tel:1;ext=2,3\""},
+       ",,\"\",\"\",,\"\",\"\",\"\",\"tel:1;ext=2,3\""},
+      {",\"0046\",\"5\",129", ",,\"0046\",\"5\",129"},
   };
   open();
   qalt::Changes changes;
@@ -200,6 +201,17 @@ TEST_F(Book, ChangeKeepsFurtherParameters) {
     EXPECT_EQ(kept, changed ? changed->further : kept);
     EXPECT_EQ(sent_back, count("AT+CPBW") == 1);
   }
+}
+
+// A report that nobody knows is no parameter of the contact in front of it.
+TEST_F(Book, AnUnnamedLineIsNoFurtherParameter) {
+  lines = {{1, "\"5\",129,\"0041\",0,\"a\r\nb\"\r\nPB DONE\r\n"}, {2, "\"6\",129,\"0042\""}};
+  open();
+  EXPECT_EQ(",0,\"a\r\nb\"", book.read_all()->contacts.at(0).further);
+  EXPECT_EQ("", book.get(2)->further);
+  lines[2] += "\r\nPB DONE";
+  EXPECT_EQ("", book.get(2)->further);
+  EXPECT_EQ("B", book.get(2)->name);
 }
 
 TEST_F(Book, FurtherParametersThatAreNotTaken) {

@@ -165,6 +165,7 @@ TEST_F(Atd, SaysWhyItDoesNotStart) {
       {{"--modem", "sim", "--socket", socket + "/no"}, 1, "/no.lock: No such file"},
       {{"--modem", "sim", "--socket", socket, "--socket-group", "no such group"}, 1, "no group"},
       {{"--socket", socket, "--modem", "replay:" + log}, 1, "cannot be read"},
+      {{"--socket", socket, "--modem", "replay:/tmp"}, 1, "nothing stands in it"},
   };
   for (const auto& [arguments, status, said] : rows) {
     const Ended ended = run(arguments);
@@ -187,9 +188,10 @@ TEST_F(Atd, FinishesTheCommandUnderWay) {
 }
 
 TEST_F(Atd, ATranscriptCanBeMovedAwayAndReplayed) {
-  const std::string commands[] = {"AT+CPBR=1,20", "AT+CPIN=\"8642\"", "AT+CSQ", "AT+CSQ"};
+  const std::string commands[] = {"AT+CPBR=1,20", "AT+CPIN2 =\"8642\"", "AT+CSQ", "AT+CSQ"};
   std::vector<std::string> answers;
-  auto atd = start({"--sim-fault", "2:AT+CSQ:answer=\\r\\n+CME ERROR: 14\\r\\n", "--log", log});
+  auto atd = start({"--sim-fault", "2:AT+CSQ:answer=\\r\\n+CME ERROR: 14\\r\\n", "--log", log,
+                    "--sim-echo", "--sim-split"});
   for (const std::string& command : commands) answers.push_back(ask(socket, command));
   // A log that was moved away stays as it is; after the signal a new one begins.
   ::rename(log.c_str(), folder.file("old").c_str());

@@ -285,7 +285,7 @@ TEST(Dispatcher, ADeadModemIsGivenUp) {
   line.run(milliseconds(11'000));
   EXPECT_EQ(line.answers, (Answers{{waits - 1, ""}, {waits, kAway}}));
   EXPECT_EQ(line.given_up, 1);
-  EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "ATE0Q0V1\r", "AT+CPAS\r", "ATE0Q0V1\r"}));
+  EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "ATE0Q0V1\r", "AT+CPAS\r", "ATE0Q0V1\r", "AT+CSQ\r"}));
   // Closed: no waiting, and nothing is due.
   EXPECT_EQ(line.ask("AT"), kAway);
   EXPECT_EQ(line.dispatcher.deadline(), std::nullopt);
@@ -295,7 +295,7 @@ TEST(Dispatcher, ADeadModemIsGivenUp) {
   line.dispatcher.opened(line.now, false);
   EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
   EXPECT_EQ(line.sent,
-            (Texts{"ATE0Q0V1\r", "AT+CMEE?\r", "AT+CFUN?\r", "AT+CSQ\r", "ATE0\r", "AT+CSQ\r"}));
+            (Texts{"ATE0Q0V1\r", "AT+CFUN?\r", "AT+CSQ\r", "AT+CPAS\r", "ATE0\r", "AT+CSQ\r"}));
   // Bytes without sense do not keep it open either.
   line.mute = true;
   line.submit("AT+CSQ");

@@ -176,12 +176,12 @@ inline std::string check_field(const Info& info, const FieldRow& field, const st
   if (!carries(info.family, field.type)) {
     return "this phonebook (" + std::string(family_name(info.family)) + ") has no " + name;
   }
-  std::string wrong;
-  int length = static_cast<int>(value.size());
   const bool announced = limits == Limits::kAnnounced;
-  if (announced && field.kind == FieldKind::kText) wrong = check_text(value, &length);
-  if (announced && field.kind == FieldKind::kNumber) wrong = check_number(value, &length);
-  if (wrong.empty()) wrong = check_sendable(info, field, value);
+  int length = static_cast<int>(value.size());
+  const std::string wrong = announced && field.kind == FieldKind::kText ? check_text(value, &length)
+                            : announced && field.kind == FieldKind::kNumber
+                                ? check_number(value, &length)
+                                : check_sendable(info, field, value);
   if (!wrong.empty()) return name + " " + wrong;
   if (!announced) return "";
   const int limit = length_limit(info, field);

@@ -16,6 +16,7 @@
 #include <system_error>
 
 #include "qalt_at/detail/delivery.hpp"
+#include "qalt_at/detail/raw_answer.hpp"
 #include "qalt_at/detail/result.hpp"
 #include "qalt_at/parser.h"
 
@@ -129,6 +130,9 @@ inline Answer parse_answer(AtMsg& frame, std::string_view prefix) {
   Answer answer;
   answer.reply = frame.aucDataBuf[0] == '\0' ? Reply::kSilent : Reply::kGarbled;
   answer.lines = count_lines(frame.aucDataBuf, prefix);
+  const std::string own = without_unnamed_lines(frame.aucDataBuf, prefix);
+  own.copy(frame.aucDataBuf, own.size());
+  frame.aucDataBuf[own.size()] = '\0';
   for (;;) {
     AtRes parsed = {};
     if (Bk_Parse_At_Res(frame.aucDataBuf, &parsed) != AT_PARSE_OK) return answer;

@@ -6,6 +6,7 @@
 #ifndef QALT_AT_DETAIL_PARAMETER_LIST_HPP
 #define QALT_AT_DETAIL_PARAMETER_LIST_HPP
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -15,6 +16,11 @@
 
 namespace qalt {
 namespace detail {
+
+/* Whether there is no <hidden>: the first is a text, and so in quotes. */
+inline bool lacks_hidden(const std::string& further) {
+  return further.compare(0, 2, ",\"") == 0;
+}
 
 /* Splits at a separator outside quotes. */
 inline std::vector<std::string> split_outside_quotes(const std::string& text,
@@ -53,6 +59,7 @@ inline std::vector<std::string> values_of_further(const std::string& further) {
   constexpr size_t kType = 3;
   std::vector<std::string> values;
   if (further.empty()) return values;
+  if (lacks_hidden(further)) values.emplace_back();
   for (const std::string& piece : split_outside_quotes(further.substr(1), ",")) {
     values.push_back(unquoted(piece));
   }
@@ -72,29 +79,48 @@ inline std::string further_of(const std::vector<std::string>& pieces, size_t fir
     }
     return text;
   };
-  return join(values_of_further(join(pieces.size())).size());
+  const std::string all = join(pieces.size());
+  const size_t telling = values_of_further(all).size();
+  return join(lacks_hidden(all) && telling != 0 ? telling - 1 : telling);
 }
 
-/* Whether further parameters may stand in a command as they are: each empty, a word or a number, or
- * in quotes. Anything else could end the parameter, the line or the command. */
+/* Further parameters in the order of a write (8.14): there <hidden>, in an answer the first, stands
+ * behind the seven others, and means 0 where it is missing. */
+inline std::string in_order_of_write(const std::string& further) {
+  constexpr size_t kOthers = 7;
+  if (further.empty() || lacks_hidden(further)) return further;
+  std::vector<std::string> pieces = split_outside_quotes(further.substr(1), ",");
+  const std::string hidden = unquoted(pieces.front());
+  pieces.erase(pieces.begin());
+  if (!hidden.empty() && hidden != "0") {
+    pieces.resize(std::max(pieces.size(), kOthers));
+    pieces.push_back(hidden);
+  }
+  std::string text;
+  for (const std::string& piece : pieces) text += ',' + piece;
+  return text;
+}
+
+/* Whether further parameters may stand in a command as they are: each empty, in quotes, or a
+ * word without blanks. Anything else could end the parameter, the line or the command. */
 inline bool is_further(std::string_view text) {
-  const auto is_word = [](char c) {
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-  };
-  const auto is_content = [](char c) {
-    return c != '"' && static_cast<uint8_t>(c) >= ' ' && c != 0x7F;
-  };
-  for (size_t i = 0; i < text.size();) {
-    if (text[i++] != ',') return false;
-    if (i < text.size() && text[i] == '"') {
-      do ++i;
-      while (i < text.size() && is_content(text[i]));
-      if (i == text.size() || text[i++] != '"') return false;
+  enum { kBehindComma, kInWord, kInQuotes, kBehindQuotes } place = kBehindQuotes;
+  for (const char c : text) {
+    const bool word = c > ' ' && c <= '~' && c != '"' && c != ';';
+    if (place == kInQuotes) {
+      if (static_cast<uint8_t>(c) < ' ' || c == 0x7F) return false;
+      if (c == '"') place = kBehindQuotes;
+    } else if (c == ',') {
+      place = kBehindComma;
+    } else if (c == '"' && place == kBehindComma) {
+      place = kInQuotes;
+    } else if (word && place != kBehindQuotes) {
+      place = kInWord;
     } else {
-      while (i < text.size() && is_word(text[i])) ++i;
+      return false;
     }
   }
-  return true;
+  return place != kInQuotes;
 }
 
 /* Whether all that `wanted` names is in `stored`. What it does not name the modem may have filled

@@ -111,7 +111,7 @@ inline std::string write_line(Family family, const WireContact& contact) {
       line += '"' + *number + '"';
     }
   }
-  return line + contact.further;
+  return line + in_order_of_write(contact.further);
 }
 
 /* The longest answer line that the parser is sure to give whole, the name of the command taken off.

@@ -1,0 +1,132 @@
+#include "at/secrets.h"
+
+#include <algorithm>
+#include <array>
+
+namespace qalt::at {
+namespace {
+
+constexpr std::string_view kPrefixes = "+^$%*#!";
+constexpr std::array<std::string_view, 6> kSecretWords = {"PIN",  "PUK", "PWD",
+                                                          "PASS", "LCK", "LOCK"};
+// Instructions: VERIFY, CHANGE, DISABLE, ENABLE and UNBLOCK PIN.
+constexpr std::array<std::string_view, 5> kPinInstructions = {"20", "24", "26", "28", "2C"};
+// Class, instruction, two parameters and the length, in digits.
+constexpr size_t kCardHeader = 10;
+constexpr size_t kLongestName = 32;
+constexpr size_t kLongestServiceCode = 8;
+// A service code in UCS2 begins so.
+constexpr std::array<std::string_view, 2> kCodedStarts = {"002A", "0023"};
+// Registering a password, changing a PIN, unblocking one; call barring.
+constexpr std::array<std::string_view, 12> kServiceCodes = {
+    "03", "04", "042", "05", "052", "33", "330", "331", "332", "333", "35", "351"};
+
+char capital(char c) {
+  return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c;
+}
+bool is_decimal(char c) {
+  return c >= '0' && c <= '9';
+}
+bool is_hexadecimal(char c) {
+  return is_decimal(c) || (c >= 'A' && c <= 'F');
+}
+bool is_of_name(char c) {
+  return is_decimal(c) || (c >= 'A' && c <= 'Z') || c == '_' || c == '-';
+}
+
+template <typename List>
+bool has(const List& list, std::string_view value) {
+  return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+bool names_secret(const std::string& name) {
+  return name.find("PING") == name.npos &&
+         std::any_of(kSecretWords.begin(), kSecretWords.end(),
+                     [&](std::string_view word) { return name.find(word) != name.npos; });
+}
+
+// "**04*", "*33*" with whatever leads in: what follows is secret.
+bool is_service_code(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of("*#"), text.size()));
+  return !text.empty() && text.back() == '*' && has(kServiceCodes, text.substr(0, text.size() - 1));
+}
+
+}  // namespace
+
+std::string SecretMask::masked(std::string_view bytes) {
+  std::string result(bytes);
+  for (char& byte : result) byte = take(byte);
+  return result;
+}
+
+void SecretMask::reset() {
+  *this = SecretMask();
+}
+
+char SecretMask::take(char byte) {
+  if (byte == '\r' || byte == '\n') reset();
+  if (byte >= 0 && byte <= ' ') return byte;
+  if (value_ == Value::kNone) {
+    take_name(capital(byte));
+  } else if (byte == ';' && !quoted_) {
+    reset();
+  } else if (byte == '"' || byte == ',') {
+    quoted_ ^= byte == '"';
+    text_.clear();
+  } else if (is_secret(capital(byte))) {
+    return '*';
+  }
+  return byte;
+}
+
+void SecretMask::take_name(char letter) {
+  const bool dials = name_ == "D";
+  if (!name_.empty() && !dials) {
+    if (is_of_name(letter) && name_.size() < kLongestName) {
+      name_ += letter;
+      return;
+    }
+    if (letter == '=') {
+      const bool card = name_ == "+CSIM" || name_ == "+CGLA";
+      value_ = names_secret(name_) ? Value::kSecret
+               : card              ? Value::kCardCommand
+               : name_ == "+CUSD"  ? Value::kServiceCode
+                                   : Value::kNone;
+      name_.clear();
+      return;
+    }
+  }
+  if (dials && (letter == 'T' || letter == 'P')) return;
+  if (dials && (letter == '*' || letter == '#')) {
+    value_ = Value::kServiceCode;
+    text_ = letter;
+    return;
+  }
+  const bool begins = letter == 'D' || kPrefixes.find(letter) != kPrefixes.npos;
+  name_ = begins ? std::string(1, letter) : "";
+}
+
+bool SecretMask::is_secret(char letter) {
+  switch (value_) {
+    case Value::kNone:
+      return false;
+    case Value::kSecret:
+      return is_decimal(letter);
+    case Value::kServiceCode:
+      if (text_.size() < kLongestServiceCode) text_ += letter;
+      if (is_service_code(text_) || has(kCodedStarts, text_)) value_ = Value::kSecret;
+      return false;
+    case Value::kCardCommand:
+      if (!is_hexadecimal(letter)) return false;
+      if (text_.size() == kCardHeader) return has(kPinInstructions, text_.substr(2, 2));
+      text_ += letter;
+      return false;
+  }
+  return false;
+}
+
+std::string without_secrets(std::string_view text) {
+  return SecretMask().masked(text);
+}
+
+}  // namespace qalt::at

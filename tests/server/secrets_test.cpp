@@ -1,0 +1,45 @@
+// What of an AT line may be written down.
+#include "at/secrets.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// In the table 8 and 9 are the digits that nobody is to see.
+TEST(Secrets, DigitsOfPinsAreMasked) {
+  const std::string lines[] = {
+      "AT+CPIN=\"9988\"\r",
+      "at + cpin2 = 9999,\"88;99\";+CSQ=12\r",
+      "AT+CLCK=\"SC\",9,\"8989\";+CPWD=\"P8\",\"99\",\"88\"",
+      "AT+CPIN=9\r\nAT+CSQ=12",
+      "AT^CPIN=\"99998888\",\"9999\"",
+      "AT^CARDLOCK=\"99998888\"",
+      "no answer in time to AT+CPIN=9999",
+      "ATD**04*9898*8989*8989#;\r",
+      "ATE0DT **052*98989898*9999*9999#",
+      "atd*330*8888#",
+      "AT+CUSD=1,\"**042*9898*8888*8888#\",89",
+      "AT+CSIM=26,\"00200001049898989\"",
+      "AT+CGLA=1,26,\"012c0001109898\"",
+      "AT+CUSD=1,\"002A9999\"",
+      // Nothing secret.
+      "AT+CPBW=1,\"+4417012\",145,\"PIN 5\"\r",
+      "ATD*100#;",
+      "ATD0301234;",
+      "AT+CUSD=1,\"*100#\",15",
+      "AT+CSIM=14,\"00A40004023F00\"",
+      "AT+CPING=\"10.0.0.1\"",
+      "\r\n+CPIN: READY\r\n+CLCK: 1,7\r\n",
+  };
+  for (const std::string& line : lines) {
+    std::string expected = line;
+    for (char& c : expected) c = c == '8' || c == '9' ? '*' : c;
+    EXPECT_EQ(qalt::at::without_secrets(line), expected);
+    qalt::at::SecretMask mask;
+    std::string in_pieces;
+    for (const char& byte : line) in_pieces += mask.masked({&byte, 1});
+    EXPECT_EQ(in_pieces, expected);
+  }
+}
+
+}  // namespace
