@@ -19,7 +19,7 @@ Examples:
   qalt-pb import friends.vcf --dry-run               what would change
   qalt-pb --wait 30 info                             a card that has just been powered up
 
-Exit status: 0 done, 1 the modem refused, 2 usage, 3 no AT server or no answer, 4 no such contact,
+Exit status: 0 done, 1 the modem refused, 2 usage, 3 no AT server, no modem or no answer, 4 no such contact,
 5 phonebook full, 6 read-back differs, 7 bad file, 8 output failed, 9 another client
 was faster, 130 interrupted.)";
 
@@ -133,7 +133,8 @@ std::optional<Arguments> read_arguments(int argc, char** argv, int& status) {
   app.add_option("--platform", arguments.platform, "platform code of the device (0)")
       ->type_name("N")
       ->transform(decimal());
-  app.add_option("--wait", arguments.wait_seconds, "how long a starting card may be busy (10)")
+  app.add_option("--wait", arguments.wait_seconds,
+                 "how long a starting card may be busy (10), a modem or a server be away (0)")
       ->type_name("SECONDS")
       ->check(CLI::Range(0, 3600))
       ->transform(decimal());

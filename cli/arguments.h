@@ -13,7 +13,7 @@ namespace qalt::cli {
 struct Arguments {
   // For every command.
   int platform = 0;
-  int wait_seconds = 10;
+  std::optional<int> wait_seconds;
   bool json = false;
   bool progress = true;
   bool verbose = false;

@@ -65,6 +65,16 @@ std::vector<Block> blocks_of(AtMsg& frame) {
   }
 }
 
+// The error that the answer ends with.
+detail::Answer error_of(const std::vector<Block>& blocks) {
+  detail::Answer answer;
+  if (blocks.empty() || blocks.back().type != AT_RES_CME_ERROR) return answer;
+  answer.reply = detail::Reply::kCode;
+  answer.payload = blocks.back().payload;
+  answer.code = detail::error_code(answer.payload, false);
+  return answer;
+}
+
 Json json_of_answer(const Block& block) {
   Json object = {{"result", result_name(block.type)}, {"payload", block.payload}};
   if (!block.name.empty()) object["name"] = block.name;
@@ -171,7 +181,6 @@ std::wstring wide(const std::string& text) {
 }  // namespace
 
 void run_at(Context& context) {
-  if (!detail::server_listens()) throw Failure(detail::failure({}, "send"));
   Json results = Json::array();
   for (const std::string& line : context.arguments().lines) {
     if (context.output_failed()) return;
@@ -180,8 +189,12 @@ void run_at(Context& context) {
       throw Failure(Cause::kUsage, "a command is one line of at most 10239 characters");
     }
     AtMsg frame;
-    if (ClientSendCmd(line.c_str(), &frame, context.arguments().timeout_seconds * 1000) != 0) {
-      throw Failure(detail::failure({}, "send"));
+    const detail::Delivery delivery =
+        detail::deliver(line, context.arguments().timeout_seconds * 1000, frame);
+    if (delivery != detail::Delivery::kAnswered) {
+      Error error = detail::failure(detail::unanswered(delivery), "send " + line);
+      if (delivery == detail::Delivery::kLost) error.fate = Fate::kUnknown;
+      throw Failure(error);
     }
     const std::vector<Block> blocks = blocks_of(frame);
     Json answers = Json::array();
@@ -194,6 +207,8 @@ void run_at(Context& context) {
     }
     results.push_back({{"command", line}, {"answers", answers}});
     if (!context.json()) context.print(text);
+    const detail::Answer last = error_of(blocks);
+    if (last.away()) throw Failure(detail::failure(last, "send " + line));
     if (!ok) {
       const Cause cause = blocks.empty() ? Cause::kNoAnswer : Cause::kRefused;
       context.failed({cause, line + (blocks.empty() ? ": no answer" : " was refused"), ""});

@@ -72,7 +72,8 @@ Phonebook& Context::book() {
   if (open_) return book_;
   Options options;
   options.platform = arguments_.platform;
-  options.wait_seconds = arguments_.wait_seconds;
+  options.wait_seconds = arguments_.wait_seconds.value_or(options.wait_seconds);
+  options.away_seconds = arguments_.wait_seconds.value_or(options.away_seconds);
   options.stop = interrupted;
   options.pause = pause_second;
   options.progress = [this](int done, int all) {
@@ -104,6 +105,16 @@ void Context::failed(const Error& error) {
   end_progress();
   say_error(error, json());
   if (status_ == 0) status_ = int(error.cause);
+}
+
+bool Context::goes_on(const Result<Done>& changed, int index, Remainder& rest) {
+  if (!changed) failed(changed.error());
+  const bool over = !changed && (changed.error().cause == Cause::kInterrupted ||
+                                 changed.error().cause == Cause::kNoAnswer);
+  const bool made = changed || changed.error().fate != Fate::kNotDone;
+  if (over && made) rest.unknown.push_back(index);
+  if (!over || made) --rest.left;
+  return !over;
 }
 
 void Context::progress(const std::string& text) {

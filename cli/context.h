@@ -35,6 +35,8 @@ class Context {
   void warn_unreadable(const Reading& reading);
   // A part of the job failed; the exit status is the first one's.
   void failed(const Error& error);
+  // Takes down in `rest` what became of one change of many: whether to go on with the next.
+  bool goes_on(const Result<Done>& changed, int index, Remainder& rest);
   // One line of a running job on standard error, where that is a terminal and a second has passed.
   void progress(const std::string& text);
   void end_progress();

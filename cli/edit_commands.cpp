@@ -20,23 +20,22 @@ void erase_all(Context& context, const std::vector<int>& indices) {
   const Phonebook::Job job(book);
   take(job.result());
   std::vector<int> done;
+  Remainder rest = {{}, indices.size()};
   for (const int index : indices) {
     const auto erased = book.erase(index);
-    if (!erased) {
-      const Cause cause = erased.error().cause;
-      context.failed(erased.error());
-      if (cause == Cause::kInterrupted || cause == Cause::kNoAnswer) break;
-      continue;
-    }
+    if (!context.goes_on(erased, index, rest)) break;
+    if (!erased) continue;
     done.push_back(index);
     context.progress("deleting " + std::to_string(done.size()) + " of " +
                      std::to_string(indices.size()));
   }
   context.end_progress();
-  context.print(context.json()
-                    ? line_of(Json{{"deleted", done}}) + "\n"
-                    : std::to_string(done.size()) + " of " + std::to_string(indices.size()) +
-                          (indices.size() == 1 ? " contact" : " contacts") + " deleted\n");
+  context.print(
+      context.json()
+          ? line_of(Json{{"deleted", done}, {"unknown", rest.unknown}, {"left", rest.left}}) + "\n"
+          : std::to_string(done.size()) + " of " + std::to_string(indices.size()) +
+                (indices.size() == 1 ? " contact" : " contacts") + " deleted" + text_of(rest) +
+                "\n");
 }
 
 }  // namespace

@@ -178,13 +178,17 @@ void run_import(Context& context) {
     context.print(line_of(Json{{"written", tally.written},
                                {"deleted", tally.deleted},
                                {"unchanged", unchanged},
-                               {"missing", plan.writes.size() - tally.written - tally.met}}) +
+                               {"missing", plan.writes.size() - tally.written - tally.met},
+                               {"unknown", tally.rest.unknown},
+                               {"left", tally.rest.left}}) +
                   "\n");
     return;
   }
+  const std::string rest = text_of(tally.rest);
   context.print(std::to_string(tally.written) + " of " + std::to_string(plan.writes.size()) +
                 " contacts written, " + std::to_string(tally.deleted) + " deleted, " +
-                std::to_string(unchanged) + " unchanged\n");
+                std::to_string(unchanged) + " unchanged" + rest +
+                (rest.empty() ? "\n" : "; import again: what is stored is not written twice\n"));
 }
 
 }  // namespace qalt::cli

@@ -1,5 +1,7 @@
 #include "cli/import_run.h"
 
+#include <utility>
+
 #include "cli/failure.h"
 #include "cli/output.h"
 #include "cli/write_turn.h"
@@ -12,9 +14,9 @@ class Writer {
   Writer(Phonebook& book, const ImportPlan& plan, Tally& tally)
       : book_(book), limits_(plan.limits), spare_(plan.spare), tally_(tally) {}
 
-  Result<Done> write(const PlannedWrite& planned) {
-    Contact contact = planned.contact;
-    for (;;) {
+  // Where the contact came to stand, or was to, is in `contact`.
+  Result<Done> write(const PlannedWrite& planned, Contact& contact) {
+    for (bool once_more = true;;) {
       const WriteTurn turn;
       if (planned.overwritten.empty()) {
         const auto occupant = occupant_of(contact.index);
@@ -32,6 +34,12 @@ class Writer {
       if (stored) {
         ++tally_.written;
         return Done{};
+      }
+      // Not answered and, as a look has shown, not stored: the modem is there.
+      const Error& error = stored.error();
+      if (error.cause == Cause::kNoAnswer && error.fate == Fate::kNotDone &&
+          std::exchange(once_more, false)) {
+        continue;
       }
       if (!planned.movable || !overwritten_at_once(stored.error(), contact) || !move(contact)) {
         return stored.error();
@@ -77,27 +85,23 @@ class Writer {
   Tally& tally_;
 };
 
-// Whether to go on after a failure.
-bool goes_on(Context& context, const Error& error) {
-  context.failed(error);
-  return error.cause != Cause::kInterrupted && error.cause != Cause::kNoAnswer;
-}
-
 }  // namespace
 
 void carry_out(Context& context, const ImportPlan& plan, Tally& tally) {
   Phonebook& book = context.book();
   const Phonebook::Job job(book);
+  tally.rest.left = plan.deletes.size() + plan.writes.size();
   take(job.result());
   for (const int index : plan.deletes) {
     const auto erased = book.erase(index);
     if (erased) ++tally.deleted;
-    if (!erased && !goes_on(context, erased.error())) return;
+    if (!context.goes_on(erased, index, tally.rest)) return;
   }
   Writer writer(book, plan, tally);
   for (const PlannedWrite& write : plan.writes) {
-    const auto written = writer.write(write);
-    if (!written && !goes_on(context, written.error())) return;
+    Contact contact = write.contact;
+    const auto written = writer.write(write, contact);
+    if (!context.goes_on(written, contact.index, tally.rest)) return;
     context.progress("writing " + std::to_string(tally.written) + " of " +
                      std::to_string(plan.writes.size()));
   }

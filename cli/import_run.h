@@ -13,9 +13,11 @@ struct Tally {
   size_t written = 0;
   size_t deleted = 0;
   size_t met = 0;  // not written: another client has just stored the same
+  Remainder rest;
 };
 
-// Goes on after a refusal, which `context` is told of; ends where no more can be sent.
+// Goes on after a refusal, which `context` is told of; ends where no more can be sent, with what is
+// left in `tally`.
 void carry_out(Context& context, const ImportPlan& plan, Tally& tally);
 
 }  // namespace qalt::cli

@@ -125,6 +125,16 @@ std::string label_of(const Contact& contact) {
   return text;
 }
 
+std::string text_of(const Remainder& rest) {
+  std::string text;
+  for (const int index : rest.unknown) {
+    text += (text.empty() ? "; what became of index " : ", ") + std::to_string(index);
+  }
+  if (!rest.unknown.empty()) text += " is not known";
+  if (rest.left > 0) text += "; " + std::to_string(rest.left) + " left to do";
+  return text;
+}
+
 void say_error(const Error& error, bool json) {
   if (json) {
     Json object;
@@ -132,6 +142,9 @@ void say_error(const Error& error, bool json) {
                        {"class", class_name(error.cause)},
                        {"message", error.what},
                        {"advice", error.advice}};
+    if (error.fate != Fate::kNotDone) {
+      object["error"]["fate"] = error.fate == Fate::kDone ? "done" : "unknown";
+    }
     std::cerr << line_of(object) << "\n";
     return;
   }

@@ -26,6 +26,14 @@ std::string table_of(const std::vector<Contact>& contacts, int columns);
 // "\"Anna\" +4930..." for messages.
 std::string label_of(const Contact& contact);
 
+// What is left of a job that ended early.
+struct Remainder {
+  std::vector<int> unknown;  // indices whose change was sent, and nothing tells what became of it
+  size_t left = 0;           // changes that were not made, and not refused
+};
+// "; what became of index 4 is not known; 11 left to do"; empty where nothing is left.
+std::string text_of(const Remainder& rest);
+
 // "qalt-pb: what; advice" or {"error": {"code", "class", "message", "advice"}} on standard error.
 void say_error(const Error& error, bool json);
 // The same for what does not stop the command.

@@ -12,16 +12,20 @@
  *
  * Conventions of this header:
  *  1. Results. Every call gives a Result: a value, or an Error with its class (Cause), what
- *     happened and what to do. Nothing is thrown.
+ *     happened, what to do, and what became of the change that was asked for (Fate): not done,
+ *     done as far as the modem says, or unknown. Nothing is thrown.
  *  2. No contact is lost. add() reads the whole phonebook first and takes an index only where that
  *     read found no contact and none unreadable, and where the modem, asked once more, gives none.
  *     Empty means: an answer without contact, "not found", "invalid index"; and ERROR alone, once
  *     as many contacts are found as the modem counts before and after that read: while one is
  *     missing, every index that it refuses may hold it. No lock keeps another client from writing
  *     there in between. A write that was answered with OK, with nothing or with something
- *     unreadable is read back and compared field by field. A delete that was answered with OK is
- *     asked for again; ERROR and any code but that of a busy card then mean that it is gone. A text
- *     that does not fit is refused with the length it may have; no text is cut.
+ *     unreadable is read back and compared field by field; what is read decides, whatever became of
+ *     the answer. So it is with a delete: after OK, ERROR and any code but that of a busy card or
+ *     of an absent modem mean that it is gone; after no answer only an answer without contact, "not
+ *     found" and "invalid index" do. Where the look fails as well, the fate of an unanswered change
+ *     is unknown: put() and erase() may be called again, before add() look first. A text that does
+ *     not fit is refused with the length it may have; no text is cut.
  *  3. Ownership. Everything is a value. The functions of Options are called on the calling thread.
  *  4. Sizes and units. Texts are UTF-8 with characters up to U+FFFF, the most that a SIM stores; a
  *     character above that, stored by a modem that takes UTF-16, is read, and written only with
@@ -32,7 +36,9 @@
  *  7. The modem. The storage is selected for each call, and with the standard commands the
  *     character set UCS2; before it returns, IRA is selected again, if the AT server is there:
  *     which set there was before, and what the modem says to it, is not asked. A Job around several
- *     calls does so once for all.
+ *     calls does so once for all. Signals interrupt no command. A modem or a server that goes away
+ *     ends a call with kNoAnswer, unless it is back within Options::away_seconds: then the storage
+ *     and the set are selected anew and the call goes on.
  *  8. Further parameters. What a modem has behind a contact's name (Contact::further) is read,
  *     written and compared with the rest: change() keeps it; add() and put() write what the contact
  *     says, so that put() without it clears what stood there, as 3GPP TS 27.007 has it. A modem
@@ -83,7 +89,8 @@ class Phonebook {
 
   /*
    * Finds out what the phonebook is like. To be called first; again for other options. kNoAnswer
-   * without an AT server, at once; a card that is still starting is waited for.
+   * without an AT server or a modem, at once; a card that is still starting is waited for. A card
+   * that answers ERROR is asked which PIN it waits for, and the error names it.
    */
   Result<Info> open(Options options);
   const Info& info() const { return info_; }
@@ -154,6 +161,7 @@ class Phonebook {
   Result<detail::WireContact> get_wire(int index);
   Result<detail::WireContact> wire_of(const Contact& contact, Limits limits) const;
   Result<int> free_index(int wanted);
+  detail::Answer look_at(int index) const;
   Result<bool> holds_contact(int index) const;
   Result<Contact> write(const detail::WireContact& wire);
   static void remember(const detail::WireContact& wire);

@@ -23,10 +23,10 @@ void Tool::TearDown() {
   std::filesystem::remove_all(folder, ignored);
 }
 
-void Tool::start(std::vector<std::string> options) {
+void Tool::start(std::vector<std::string> options, const std::string& modem) {
   server.reset();
   ::unlink(log.c_str());
-  options.insert(options.end(), {"--modem", "sim", "--log", log});
+  options.insert(options.end(), {"--modem", modem, "--log", log});
   server = std::make_unique<Program>(ATD_PROGRAM, options);
   ASSERT_TRUE(server->ready());
 }

@@ -19,7 +19,7 @@ class Tool : public testing::Test {
  protected:
   void SetUp() override;
   void TearDown() override;
-  void start(std::vector<std::string> options = {});
+  void start(std::vector<std::string> options = {}, const std::string& modem = "sim");
   // Runs the tool to its end, without a terminal.
   static Ended run(const std::vector<std::string>& arguments) {
     return Program(PB_PROGRAM, arguments, false).end(0);

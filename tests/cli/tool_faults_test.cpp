@@ -14,13 +14,20 @@ using test::Ended;
 using test::Tool;
 using Texts = std::vector<std::string>;
 
-TEST_F(Tool, WithoutAServer) {
+TEST_F(Tool, WithoutAServerAModemOrAnOpenCard) {
   for (const auto& command : {Texts{"list"}, {"at", "AT"}}) {
     expect(3, "start one: qalt-atd", run(command));
   }
   EXPECT_EQ(3, json::parse(run({"--json", "list"}).err)["error"]["code"]);
   EXPECT_EQ(2, run({"frobnicate"}).status);
   EXPECT_EQ(2, json::parse(run({"--json", "set", "1"}).err)["error"]["code"]);
+  start({"--sim-fault", "*:AT+C:answer=\\r\\n+CME ERROR: 1\\r\\n"});
+  for (const auto& command : {Texts{"list"}, {"at", "AT+CSQ"}}) {
+    expect(3, "the modem is away", run(command));
+  }
+  start({"--sim-fault", "*:AT+CPBS=:answer=\\r\\nERROR\\r\\n", "--sim-fault",
+         "*:AT+CPIN?:answer=\\r\\n+CPIN: SIM PIN\\r\\n\\r\\nOK\\r\\n"});
+  expect(1, "the card waits for its SIM PIN", run({"--wait", "0", "list"}));
 }
 
 TEST_F(Tool, ReadsThroughFaults) {
@@ -205,10 +212,32 @@ TEST_F(Tool, NohupKeepsAHangUpIgnored) {
   EXPECT_EQ(0, ended.status) << ended.err;
 }
 
-TEST_F(Tool, AnInterruptEndsBetweenTwoCommands) {
+void write_guests() {
   std::ofstream file("guests.jsonl");
   for (int i = 0; i != 200; ++i) file << "{\"name\":\"Guest " << i << "\"}\n";
-  file.close();
+}
+
+// One error, not one for each contact that was never sent; and the tally is the truth.
+TEST_F(Tool, AnImportEndsWhereTheModemOrTheServerDoes) {
+  write_guests();
+  for (const bool of_modem : {true, false}) {
+    test::Program modem(SIMMODEM_PROGRAM, {"--pty", "modem", "--sim-delay", "2"});
+    start({}, "tty:modem");
+    test::Program import(PB_PROGRAM, {"--json", "import", "guests.jsonl"}, false);
+    while (sent("AT+CPBW") < 5) ::sched_yield();
+    (of_modem ? modem : *server).signal(SIGKILL);
+    const Ended ended = import.end(0);
+    EXPECT_EQ(3, ended.status);
+    EXPECT_EQ("no-answer", json::parse(ended.err)["error"]["class"]) << ended.err;
+    const json tally = json::parse(ended.out);
+    EXPECT_GE(1u, tally["unknown"].size());
+    EXPECT_EQ(200u, tally["written"].get<size_t>() + tally["unknown"].size() +
+                        tally["left"].get<size_t>());
+  }
+}
+
+TEST_F(Tool, AnInterruptEndsBetweenTwoCommands) {
+  write_guests();
   start({"--sim-delay", "2"});
   test::Program import(PB_PROGRAM, {"--json", "import", "guests.jsonl"}, false);
   while (sent("AT+CPBW") < 5) ::sched_yield();

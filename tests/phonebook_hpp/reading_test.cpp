@@ -161,4 +161,48 @@ TEST_F(Book, OpeningWaitsForAStartingCard) {
   EXPECT_FALSE(book.open(options)) << "such a range is a misread answer";
 }
 
+// A modem that is away is waited for where the client says so, and ends a reading at once where
+// not.
+TEST_F(Book, AModemThatIsAway) {
+  lines = {{1, kAnn}};
+  open();
+  int away = 1000;
+  on("AT+CPBR=", [&](const std::string& line) {
+    return away-- > 0 ? cme(1) : range(1, std::stoi(line.substr(10)));
+  });
+  const auto all = book.read_all();
+  ASSERT_FALSE(all);
+  EXPECT_EQ(qalt::Cause::kNoAnswer, all.error().cause);
+  EXPECT_EQ(1, count("AT+CPBR="));
+  EXPECT_EQ(0, pauses);
+  options.away_seconds = 5;
+  open();
+  away = 4;
+  EXPECT_TRUE(book.get(1));
+  EXPECT_EQ(4, pauses);
+  EXPECT_EQ(1 + 4, count("AT+CSCS=\"UCS2\"")) << "it may come back with another set";
+}
+
+TEST_F(Book, ALockedCardIsNamed) {
+  const struct {
+    std::string selected, pin;
+    const char* said;
+  } cases[] = {
+      {kError, information({"+CPIN: SIM PUK"}), "the card waits for its SIM PUK"},
+      {kError, information({"+CPIN: PH-SIM PIN"}), "the card waits for its PH-SIM PIN"},
+      {kError, information({"+CPIN: READY"}), "answered ERROR"},
+      {kError, cme(10), "+CME ERROR: 10 (SIM not inserted)"},
+      {kError, kError, "answered ERROR"},
+      {cme(11), kError, "+CME ERROR: 11 (SIM PIN required)"},
+  };
+  for (const auto& c : cases) {
+    on("AT+CPBS=", c.selected);
+    on("AT+CPIN?", c.pin);
+    const auto opened = book.open(options);
+    ASSERT_FALSE(opened);
+    EXPECT_NE(opened.error().what.npos, opened.error().what.find(c.said)) << opened.error().what;
+  }
+  EXPECT_EQ(0, count("AT+CPIN="));
+}
+
 }  // namespace

@@ -5,6 +5,7 @@ namespace {
 
 using qalt::Cause;
 using qalt::Contact;
+using qalt::Fate;
 using test::Book;
 using test::cme;
 using test::information;
@@ -66,6 +67,99 @@ TEST_F(Book, EveryWriteIsReadBack) {
     }
     EXPECT_EQ(kIra, sent().back().line);
   }
+}
+
+// Not sent or refused, sent and not answered, answered with OK and not seen: three different
+// things.
+TEST_F(Book, WhatBecameOfAChangeIsTold) {
+  const std::string old = information({"+CPBR: 5,\"7\",129,\"0041\""});
+  const std::string gone = test::kHangUp;
+  struct Told {
+    std::optional<Cause> cause;
+    Fate fate = Fate::kNotDone;
+    const char* said = "";
+  };
+  const struct {
+    std::string answer, look;  // to the change, and to the read behind it
+    Told put, erased;
+  } cases[] = {
+      {kOk,
+       kSilence,
+       {Cause::kNoAnswer, Fate::kDone, "index 5 was written and cannot be read back"},
+       {Cause::kNoAnswer, Fate::kDone, "index 5 was deleted and cannot be read back"}},
+      {kOk,
+       cme(1),
+       {Cause::kNoAnswer, Fate::kDone, "the modem is away: +CME ERROR: 1 (no connection to phone)"},
+       {Cause::kNoAnswer, Fate::kDone, "the modem is away"}},
+      {kOk, kError, {Cause::kDiffers, Fate::kDone, "read back empty"}, {std::nullopt}},
+      {kSilence,
+       kSilence,
+       {Cause::kNoAnswer, Fate::kUnknown, "index 5 may be written or not: the modem did not"},
+       {Cause::kNoAnswer, Fate::kUnknown, "index 5 may be deleted or not: the modem did not"}},
+      {kSilence, kError, {Cause::kNoAnswer, Fate::kUnknown}, {Cause::kNoAnswer, Fate::kUnknown}},
+      {gone,
+       gone,
+       {Cause::kNoAnswer, Fate::kUnknown, "the AT server ended before it answered"},
+       {Cause::kNoAnswer, Fate::kUnknown, "the AT server ended before it answered"}},
+      {gone, kOk, {Cause::kNoAnswer, Fate::kNotDone, "and it is not stored"}, {std::nullopt}},
+      {gone,
+       old,
+       {Cause::kNoAnswer, Fate::kNotDone, "and it is not stored"},
+       {Cause::kNoAnswer, Fate::kNotDone, "and it is still there"}},
+      {cme(1),
+       old,
+       {Cause::kNoAnswer, Fate::kNotDone,
+        "could not write index 5, nothing was sent: the modem is"},
+       {Cause::kNoAnswer, Fate::kNotDone, "could not delete index 5, nothing was sent"}},
+      {"\r\n+CMS ERROR: 311\r\n",
+       old,
+       {Cause::kRefused, Fate::kNotDone, "+CMS ERROR: 311 (SIM PIN required)"},
+       {Cause::kRefused, Fate::kNotDone, "+CMS ERROR: 311 (SIM PIN required)"}},
+  };
+  open();
+  for (const auto& c : cases) {
+    const auto check = [&](const Told& told, const auto& result) {
+      ASSERT_EQ(!told.cause, bool(result));
+      if (result) return;
+      EXPECT_EQ(told.cause, result.error().cause) << result.error().what;
+      EXPECT_EQ(told.fate, result.error().fate) << result.error().what;
+      EXPECT_NE(result.error().what.npos, result.error().what.find(told.said))
+          << result.error().what;
+    };
+    SCOPED_TRACE(c.answer + c.look);
+    on("AT+CPBW=", c.answer);
+    on("AT+CPBR=", c.look);
+    check(c.put, book.put(contact(5, "B")));
+    check(c.erased, book.erase(5));
+  }
+}
+
+// A signal is no failure, whatever call it interrupts; a server that is gone is one.
+TEST_F(Book, SignalsAndLostServers) {
+  open();
+  interrupts = 3;
+  EXPECT_TRUE(book.put(contact(2, "B")));
+  on("AT+CPBW=", [this](const std::string&) {
+    lines[3] = "\"\",129,\"0042\"";
+    interrupts = 1;
+    return kOk;
+  });
+  EXPECT_TRUE(book.put(contact(3, "B")));
+  on("AT+CPBW=", test::kHangUp);
+  EXPECT_TRUE(book.put(contact(3, "B"))) << "what is read back decides";
+  EXPECT_EQ(kIra, sent().back().line);
+  on("AT+CPBW=", [this](const std::string&) {
+    listening = false;
+    return kOk;
+  });
+  const auto put = book.put(contact(4, "B"));
+  ASSERT_FALSE(put);
+  EXPECT_EQ(Cause::kNoAnswer, put.error().cause);
+  EXPECT_EQ(Fate::kDone, put.error().fate);
+  EXPECT_NE(put.error().what.npos, put.error().what.find("no AT server listens"));
+  forget();
+  EXPECT_EQ(Fate::kNotDone, book.put(contact(5, "B")).error().fate);
+  EXPECT_TRUE(sent().empty());
 }
 
 // What is not named keeps the very digits that the modem gave, even those that no text has.
@@ -225,9 +319,14 @@ TEST_F(Book, AfterSilenceTheSelectionIsMadeAgain) {
   const std::vector<std::string> expected = {"AT+CPBW=2,\"\",129,\"0042\"", "AT+CPBS=\"SM\"",
                                              "AT+CSCS=\"UCS2\"", "AT+CPBR=2,2"};
   EXPECT_EQ(expected, test::ScriptedModem::lines());
+  // So it is after a read-back without an answer; without it nothing is written or read.
+  on("AT+CPBW=", kOk);
+  on("AT+CPBR=", kSilence);
+  EXPECT_EQ(Cause::kNoAnswer, book.put(contact(2, "B")).error().cause);
   on("AT+CSCS=\"UCS2\"", kError);
-  // Without it nothing is written or read.
-  EXPECT_EQ(Cause::kDiffers, book.put(contact(2, "B")).error().cause);
+  const qalt::Error error = book.put(contact(2, "B")).error();
+  EXPECT_EQ(Cause::kRefused, error.cause);
+  EXPECT_NE(error.what.npos, error.what.find("write index 2, nothing was sent")) << error.what;
   EXPECT_EQ("AT+CSCS=\"UCS2\"", sent().back().line);
 }
 

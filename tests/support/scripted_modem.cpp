@@ -13,6 +13,14 @@ namespace {
 ScriptedModem* g_modem = nullptr;
 std::string g_answer;
 
+// Whether a signal comes first.
+bool interrupted() {
+  if (g_modem->interrupts == 0) return false;
+  --g_modem->interrupts;
+  errno = EINTR;
+  return true;
+}
+
 }  // namespace
 
 ScriptedModem::ScriptedModem() {
@@ -55,12 +63,15 @@ std::string information(const std::vector<std::string>& lines) {
 extern "C" {
 
 int connect(int, const sockaddr*, socklen_t) {
-  if (test::g_modem != nullptr) return 0;
+  if (test::g_modem != nullptr && test::g_modem->listening) {
+    return test::interrupted() ? -1 : 0;
+  }
   errno = ECONNREFUSED;
   return -1;
 }
 
 ssize_t send(int, const void* bytes, size_t size, int) {
+  if (test::interrupted()) return -1;
   AtMsg frame;
   std::memcpy(&frame, bytes, sizeof frame);
   test::g_answer = test::g_modem->receive(frame.aucDataBuf, frame.ulTimeout);
@@ -68,6 +79,8 @@ ssize_t send(int, const void* bytes, size_t size, int) {
 }
 
 ssize_t recv(int, void* bytes, size_t size, int) {
+  if (test::interrupted()) return -1;
+  if (test::g_answer == test::kHangUp) return 0;
   AtMsg frame = {};
   const size_t length = test::g_answer.copy(frame.aucDataBuf, sizeof frame.aucDataBuf - 1);
   frame.usParaLen = static_cast<uint16_t>(length);

@@ -39,6 +39,9 @@ class ScriptedModem {
 
   std::string receive(const std::string& line, uint32_t timeout_ms);
 
+  bool listening = true;    // whether connections are taken
+  unsigned interrupts = 0;  // so many of the next calls of the link are interrupted by a signal
+
  private:
   std::vector<std::pair<std::string, Answer>> rules_;
   std::vector<SentCommand> sent_;
@@ -48,6 +51,8 @@ class ScriptedModem {
 inline const std::string kOk = "\r\nOK\r\n";
 inline const std::string kError = "\r\nERROR\r\n";
 inline const std::string kNotSupport = "\r\nnot support\r\n";
+// In place of an answer: the server is gone before it answers.
+inline const std::string kHangUp = "hang up";
 std::string information(const std::vector<std::string>& lines);  // the lines, then OK
 
 }  // namespace test

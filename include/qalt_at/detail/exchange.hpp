@@ -7,22 +7,17 @@
 #ifndef QALT_AT_DETAIL_EXCHANGE_HPP
 #define QALT_AT_DETAIL_EXCHANGE_HPP
 
-#include <errno.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <system_error>
 
+#include "qalt_at/detail/delivery.hpp"
 #include "qalt_at/detail/raw_answer.hpp"
 #include "qalt_at/detail/result.hpp"
-#include "qalt_at/link.h"
 #include "qalt_at/parser.h"
 
 namespace qalt {
@@ -35,12 +30,14 @@ enum class Reply {
   kOther,   /* "not support", a prompt */
   kGarbled, /* a text, but none that ends as an answer does */
   kSilent,  /* the server gave the modem up and answered nothing */
-  kNoServer
+  kLost,    /* the server ended without an answer */
+  kNoServer /* nothing was sent */
 };
 
 /* Codes of +CME ERROR, 3GPP TS 27.007 clause 9.2; kInitialising is used by modems in the field. */
 enum : int {
   kNoCode = -1,
+  kNoConnection = 1,
   kPhSimPin = 5,
   kNoSim = 10,
   kSimPin = 11,
@@ -55,62 +52,64 @@ enum : int {
 
 struct CodeName {
   int code;
+  int cms; /* the code of +CMS ERROR that says the same (3GPP TS 27.005 clause 3.2.5) */
   std::string_view name;
 };
 
 // clang-format off
-inline constexpr std::array<CodeName, 16> kCodeNames = {{
-    {3,             "operation not allowed"},
-    {kPhSimPin,     "PH-SIM PIN required"},
-    {kNoSim,        "SIM not inserted"},
-    {kSimPin,       "SIM PIN required"},
-    {kSimPuk,       "SIM PUK required"},
-    {13,            "SIM failure"},
-    {kSimBusy,      "SIM busy"},
-    {kMemoryFull,   "memory full"},
-    {kInvalidIndex, "invalid index"},
-    {kNotFound,     "not found"},
-    {23,            "memory failure"},
-    {kTextTooLong,  "text string too long"},
-    {25,            "invalid characters in text string"},
-    {26,            "dial string too long"},
-    {27,            "invalid characters in dial string"},
-    {kInitialising, "initialisation in progress"},
+inline constexpr std::array<CodeName, 17> kCodeNames = {{
+    {kNoConnection, kNoCode, "no connection to phone"},
+    {3,             302,     "operation not allowed"},
+    {kPhSimPin,     312,     "PH-SIM PIN required"},
+    {kNoSim,        310,     "SIM not inserted"},
+    {kSimPin,       311,     "SIM PIN required"},
+    {kSimPuk,       316,     "SIM PUK required"},
+    {13,            313,     "SIM failure"},
+    {kSimBusy,      314,     "SIM busy"},
+    {kMemoryFull,   322,     "memory full"},
+    {kInvalidIndex, 321,     "invalid index"},
+    {kNotFound,     kNoCode, "not found"},
+    {23,            320,     "memory failure"},
+    {kTextTooLong,  kNoCode, "text string too long"},
+    {25,            kNoCode, "invalid characters in text string"},
+    {26,            kNoCode, "dial string too long"},
+    {27,            kNoCode, "invalid characters in dial string"},
+    {kInitialising, 515,     "initialisation in progress"},
 }};
 // clang-format on
 
 struct Answer {
   Reply reply = Reply::kNoServer;
-  int code = kNoCode;
+  int code = kNoCode;  /* of +CME ERROR; of +CMS ERROR the one that says the same */
   std::string payload; /* the information, or what stands behind the error */
   size_t lines = 0;    /* lines of the raw answer that begin with the prefix asked for */
+  bool cms = false;
+  int cause = 0;             /* kNoServer: errno */
+  bool of_selection = false; /* of a selection in front of the command, which was not sent */
 
   bool ok() const { return reply == Reply::kOk; }
   bool busy() const { return reply == Reply::kCode && (code == kSimBusy || code == kInitialising); }
+  /* No modem behind the server: what the server says while the modem's port is closed. */
+  bool away() const { return reply == Reply::kCode && code == kNoConnection; }
+  /* Whether the modem can have got the command. */
+  bool sent() const { return reply != Reply::kNoServer && !of_selection && !away(); }
+  /* The command was sent, and the answer leaves open what the modem did. */
+  bool untold() const {
+    return !of_selection &&
+           (reply == Reply::kGarbled || reply == Reply::kSilent || reply == Reply::kLost);
+  }
+  /* The modem said yes or no. */
+  bool decided() const { return sent() && !untold() && !busy(); }
 };
 
-/* Whether an AT server listens. The library would wait five minutes for one. */
-inline bool server_listens() {
-  const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-  if (descriptor == -1) return false;
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  const std::string_view path = QALT_AT_SERVER_PATH;
-  std::copy(path.begin(), path.end(), address.sun_path);
-  const int result =
-      connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-  const bool listens = result == 0 || errno == EAGAIN; /* EAGAIN: its queue is full */
-  close(descriptor);
-  return listens;
-}
-
-/* The number of an error answer; the name of one, which +CMEE=2 gives, is looked up. */
-inline int error_code(const std::string& payload) {
+/* The code of an error answer; the name of one, which +CMEE=2 gives, is looked up. */
+inline int error_code(const std::string& payload, bool cms) {
   char* end = nullptr;
   const long number = std::strtol(payload.c_str(), &end, 10);
-  if (end != payload.c_str()) return static_cast<int>(number);
+  const bool named = end == payload.c_str();
+  if (!named && !cms) return static_cast<int>(number);
   for (const CodeName& row : kCodeNames) {
-    if (payload == row.name) return row.code;
+    if (named ? payload == row.name : row.cms == number) return row.code;
   }
   return kNoCode;
 }
@@ -125,40 +124,64 @@ inline size_t count_lines(std::string_view raw, std::string_view prefix) {
   return count;
 }
 
-/* Sends `line` and parses the answer, passing over reports in front of it. */
-inline Answer exchange(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {}) {
+/* Takes the raw answer in `frame` apart, passing over reports in front of it. */
+inline Answer parse_answer(AtMsg& frame) {
   Answer answer;
-  AtMsg frame;
-  if (!server_listens() || ClientSendCmd(line.c_str(), &frame, timeout_ms) != 0) return answer;
   answer.reply = frame.aucDataBuf[0] == '\0' ? Reply::kSilent : Reply::kGarbled;
-  answer.lines = count_lines(frame.aucDataBuf, prefix);
-  const std::string own = without_unnamed_lines(frame.aucDataBuf, prefix);
-  own.copy(frame.aucDataBuf, own.size());
-  frame.aucDataBuf[own.size()] = '\0';
   for (;;) {
     AtRes parsed = {};
     if (Bk_Parse_At_Res(frame.aucDataBuf, &parsed) != AT_PARSE_OK) return answer;
     if (parsed.ResType == AT_RES_REPORT) continue;
-    const bool coded = parsed.ResType == AT_RES_CME_ERROR || parsed.ResType == AT_RES_CMS_ERROR;
+    answer.cms = parsed.ResType == AT_RES_CMS_ERROR;
+    const bool coded = parsed.ResType == AT_RES_CME_ERROR || answer.cms;
     answer.reply = parsed.ResType == AT_RES_OK      ? Reply::kOk
                    : parsed.ResType == AT_RES_ERROR ? Reply::kError
                    : coded                          ? Reply::kCode
                                                     : Reply::kOther;
     answer.payload = parsed.Paras;
-    if (coded) answer.code = error_code(answer.payload);
+    if (coded) answer.code = error_code(answer.payload, answer.cms);
     return answer;
   }
 }
 
-/* "answered +CME ERROR: 24 (text string too long)" */
+/* What stands for an answer where none came. */
+inline Answer unanswered(Delivery delivery) {
+  Answer answer;
+  answer.cause = errno;
+  if (delivery == Delivery::kLost) answer.reply = Reply::kLost;
+  return answer;
+}
+
+inline Answer exchange(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {}) {
+  AtMsg frame;
+  const Delivery delivery = deliver(line, timeout_ms, frame);
+  if (delivery != Delivery::kAnswered) return unanswered(delivery);
+  const size_t lines = count_lines(frame.aucDataBuf, prefix);
+  const std::string own = without_unnamed_lines(frame.aucDataBuf, prefix);
+  frame.aucDataBuf[own.copy(frame.aucDataBuf, own.size())] = '\0';
+  Answer answer = parse_answer(frame);
+  answer.lines = lines;
+  return answer;
+}
+
+inline std::string no_server(int cause) {
+  if (cause == ENOENT || cause == ECONNREFUSED) {
+    return "no AT server listens on " QALT_AT_SERVER_PATH;
+  }
+  return "the AT server on " QALT_AT_SERVER_PATH " cannot be reached: " +
+         std::generic_category().message(cause);
+}
+
+/* "the modem answered +CME ERROR: 24 (text string too long)" */
 inline std::string describe(const Answer& answer) {
   switch (answer.reply) {
     case Reply::kOk:
-      return "answered OK";
+      return "the modem answered OK";
     case Reply::kError:
-      return "answered ERROR";
+      return "the modem answered ERROR";
     case Reply::kCode: {
-      std::string text = "answered +CME ERROR: " + answer.payload;
+      std::string text = answer.away() ? "the modem is away: " : "the modem answered ";
+      text += (answer.cms ? "+CMS ERROR: " : "+CME ERROR: ") + answer.payload;
       for (const CodeName& row : kCodeNames) {
         if (row.code == answer.code && answer.payload != row.name) {
           text += " (" + std::string(row.name) + ")";
@@ -167,38 +190,57 @@ inline std::string describe(const Answer& answer) {
       return text;
     }
     case Reply::kOther:
-      return "does not know the command";
+      return "the modem does not know the command";
     case Reply::kGarbled:
-      return "gave an answer that cannot be read";
+      return "the modem gave an answer that cannot be read";
     case Reply::kSilent:
-      return "did not answer in time";
+      return "the modem did not answer in time";
+    case Reply::kLost:
+      return "the AT server ended before it answered";
     case Reply::kNoServer:
       break;
   }
-  return "cannot be reached";
+  return no_server(answer.cause);
+}
+
+inline std::string advice_on(const Answer& answer) {
+  if (answer.reply == Reply::kNoServer) {
+    return answer.cause == EACCES || answer.cause == EPERM
+               ? "its socket's group and mode say who may: qalt-atd --socket-group"
+               : "start one: qalt-atd --modem tty:/dev/ttyUSB2, or --modem sim for a simulated one";
+  }
+  if (answer.away()) return "see that the device is there, and what the log of the AT server says";
+  if (answer.busy()) return "the card is still starting: give it time with --wait 30";
+  switch (answer.code) {
+    case kPhSimPin:
+    case kSimPin:
+    case kSimPuk:
+      return "unlock the card first";
+    case kNoSim:
+      return "insert a card";
+    case kTextTooLong:
+      return "a name outside the GSM alphabet has room for fewer characters";
+    case kMemoryFull:
+      return "delete a contact first";
+    default:
+      break;
+  }
+  const bool told = answer.reply == Reply::kOk || answer.reply == Reply::kError ||
+                    answer.reply == Reply::kCode || answer.reply == Reply::kOther;
+  return told ? "" : "look at the modem and at the log of the AT server";
 }
 
 /* The error of an answer that is not OK. `job` completes "could not ...". */
 inline Error failure(const Answer& answer, const std::string& job) {
-  if (answer.reply == Reply::kNoServer) {
-    return {Cause::kNoAnswer, "no AT server listens on " QALT_AT_SERVER_PATH,
-            "start one: qalt-atd --modem tty:/dev/ttyUSB2, or --modem sim for a simulated one"};
-  }
-  const bool silent = answer.reply == Reply::kSilent || answer.reply == Reply::kGarbled;
-  Error error{silent ? Cause::kNoAnswer : Cause::kRefused,
-              "could not " + job + ": the modem " + describe(answer), ""};
-  if (silent) error.advice = "look at the modem and at the log of the AT server";
-  if (answer.busy()) error.advice = "the card is still starting: give it time with --wait 30";
-  if (answer.code == kSimPin || answer.code == kSimPuk) error.advice = "unlock the card first";
-  if (answer.code == kNoSim) error.advice = "insert a card";
-  if (answer.code == kTextTooLong) {
-    error.advice = "a name outside the GSM alphabet has room for fewer characters";
-  }
-  if (answer.code == kMemoryFull) {
-    error.cause = Cause::kFull;
-    error.advice = "delete a contact first";
-  }
-  return error;
+  const bool gone = answer.reply == Reply::kNoServer || answer.reply == Reply::kLost ||
+                    answer.reply == Reply::kSilent || answer.reply == Reply::kGarbled ||
+                    answer.away();
+  const Cause cause = gone                         ? Cause::kNoAnswer
+                      : answer.code == kMemoryFull ? Cause::kFull
+                                                   : Cause::kRefused;
+  std::string what = "could not " + job + ": ";
+  if (answer.of_selection) what += "while selecting the storage, ";
+  return {cause, what + describe(answer), advice_on(answer)};
 }
 
 } /* namespace detail */

@@ -12,11 +12,19 @@ namespace detail {
 
 constexpr const char* kSelectStorage = "AT+CPBS=\"SM\"";
 constexpr const char* kSelectUcs2 = "AT+CSCS=\"UCS2\"";
+constexpr const char* kSelectIra = "AT+CSCS=\"IRA\"";
 
-/* Whether the answer leaves open what the modem did. */
-inline bool is_untold(const Answer& answer) {
-  return answer.reply == Reply::kSilent || answer.reply == Reply::kGarbled ||
-         answer.reply == Reply::kNoServer || answer.busy();
+/* The error of a selection that failed. A locked card answers ERROR on some modems; it is asked
+ * which PIN it waits for, and never given one. */
+inline Error selection_failure(const Link& link, const Answer& selected) {
+  Error error = failure(selected, "select the SIM phonebook");
+  if (selected.reply != Reply::kError) return error;
+  const Answer pin = link.send("AT+CPIN?", kSelectTimeoutMs);
+  if (pin.reply == Reply::kCode) return failure(pin, "select the SIM phonebook");
+  if (!pin.ok() || pin.payload.empty() || pin.payload == "READY") return error;
+  error.what += ", the card waits for its " + pin.payload;
+  error.advice = "unlock the card first";
+  return error;
 }
 
 /* No card has as many; a range beyond that is a misread answer, not a phonebook. */
@@ -66,7 +74,7 @@ inline Result<Info> Phonebook::open(Options options) {
   options_ = std::move(options);
   const detail::Answer selected =
       link_.send(detail::kSelectStorage, detail::kSelectTimeoutMs, {}, /*starting=*/true);
-  if (!selected.ok()) return detail::failure(selected, "select the SIM phonebook");
+  if (!selected.ok()) return detail::selection_failure(link_, selected);
 
   PbParam param = {};
   QL_setCurrentPlatform(options_.platform);
@@ -100,21 +108,21 @@ inline Result<Done> Phonebook::begin() {
     return Error{Cause::kUsage, "the phonebook is not open", ""};
   }
   /* Another client may have selected another storage since. */
-  const detail::Answer selected = link_.send(detail::kSelectStorage, detail::kSelectTimeoutMs);
-  if (!selected.ok()) return detail::failure(selected, "select the SIM phonebook");
+  const detail::Answer selected = link_.ask(detail::kSelectStorage, detail::kSelectTimeoutMs);
+  if (!selected.ok()) return detail::selection_failure(link_, selected);
   link_.keep_selected({detail::kSelectStorage});
   if (info_.family != Family::kStandard) return Done{};
   /* The set is put back even where the switch failed: it may have been carried out all the same. */
   switched_ = true;
-  const detail::Answer set = link_.send(detail::kSelectUcs2, detail::kSelectTimeoutMs);
+  const detail::Answer set = link_.ask(detail::kSelectUcs2, detail::kSelectTimeoutMs);
   /* Only a modem that says so is one without UCS2. */
-  if (detail::is_untold(set)) return detail::failure(set, "select the character set UCS2");
+  if (!set.decided()) return detail::failure(set, "select the character set UCS2");
   info_.plain = !set.ok();
   if (info_.plain) return Done{};
   link_.keep_selected({detail::kSelectStorage, detail::kSelectUcs2});
   /* Some modems say OK and stay where they were. The name comes in the new set itself, or not. */
-  const detail::Answer now = link_.send("AT+CSCS?", detail::kSelectTimeoutMs);
-  if (detail::is_untold(now)) return detail::failure(now, "ask for the character set");
+  const detail::Answer now = link_.ask("AT+CSCS?", detail::kSelectTimeoutMs);
+  if (!now.decided()) return detail::failure(now, "ask for the character set");
   info_.plain = now.ok() && now.payload.find("UCS2") == now.payload.npos &&
                 now.payload.find("0055004300530032") == now.payload.npos;
   return Done{};
@@ -122,7 +130,8 @@ inline Result<Done> Phonebook::begin() {
 
 inline void Phonebook::end() {
   link_.keep_selected({});
-  if (std::exchange(switched_, false) && detail::server_listens()) _SetPbCharactorSet(0);
+  if (std::exchange(switched_, false))
+    detail::exchange(detail::kSelectIra, detail::kSelectTimeoutMs);
 }
 
 inline Error Phonebook::wrong_index(int index) const {
@@ -183,10 +192,9 @@ inline Result<detail::WireContact> Phonebook::get_wire(int index) {
   auto reading = read_wire(index, index, -1);
   if (!reading) return reading.error();
   if (!reading->unreadable.empty()) {
-    return Error{
-        Cause::kRefused,
-        "could not read index " + std::to_string(index) + ": " + reading->unreadable.front().why,
-        ""};
+    return Error{Cause::kRefused,
+                 "could not " + detail::read_job(index) + ": " + reading->unreadable.front().why,
+                 ""};
   }
   if (reading->contacts.empty()) {
     return Error{Cause::kNotFound, "index " + std::to_string(index) + " holds no contact", ""};
@@ -205,7 +213,7 @@ inline Result<Contact> Phonebook::get(int nIndex) {
 inline Result<Info> Phonebook::counts() {
   const Job job(*this);
   if (!job.result()) return job.result().error();
-  const detail::Answer answer = link_.send("AT+CPBS?", detail::kSelectTimeoutMs);
+  const detail::Answer answer = link_.ask("AT+CPBS?", detail::kSelectTimeoutMs);
   if (!answer.ok()) return detail::failure(answer, "count the entries");
   const auto values = detail::split_outside_quotes(answer.payload, ",");
   if (values.size() >= 3) {

@@ -53,6 +53,42 @@ inline std::string check_line(Family family, const WireContact& wire) {
          std::to_string(kLongestLine) + " characters";
 }
 
+/* What a read of one index says of it. */
+enum class Place { kHeld, kEmpty, kRefused /* ERROR or a code: empty, on some modems */, kUnseen };
+
+inline Place place_of(const Answer& look) {
+  if (!look.decided()) return Place::kUnseen;
+  if (look.ok()) return look.lines != 0 ? Place::kHeld : Place::kEmpty;
+  if (look.code == kNotFound || look.code == kInvalidIndex) return Place::kEmpty;
+  const bool refused = look.reply == Reply::kError || look.reply == Reply::kCode;
+  return refused ? Place::kRefused : Place::kUnseen;
+}
+
+/* The error of a command that was refused, or never sent. */
+inline Error not_done(const Answer& answer, const std::string& job) {
+  return failure(answer, answer.sent() ? job : job + ", nothing was sent");
+}
+
+/* The error of one that was not answered, where a look shows that it did not happen. */
+inline Error unchanged(const Answer& answer, const std::string& job, const std::string& seen) {
+  Error error = failure(answer, job);
+  error.what += seen;
+  return error;
+}
+
+/* The error of a command that was sent, where the look at its index failed. `done` is "written" or
+ * "deleted". */
+inline Error unseen(const Answer& answer, int index, const std::string& done, const Error& look) {
+  const std::string place = "index " + std::to_string(index);
+  if (answer.ok()) {
+    return {look.cause, place + " was " + done + " and cannot be read back: " + look.what,
+            look.advice, Fate::kDone};
+  }
+  return {Cause::kNoAnswer,
+          place + " may be " + done + " or not: " + describe(answer) + "; " + look.what,
+          "look at the entry before trying again", Fate::kUnknown};
+}
+
 } /* namespace detail */
 
 inline Result<detail::WireContact> Phonebook::wire_of(const Contact& contact, Limits limits) const {
@@ -96,36 +132,36 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
     return Error{Cause::kUsage, "a field holds a quote or a line end, which no command can carry",
                  "give the field anew"};
   }
+  const auto form = detail::text_form(info_);
+  const auto written = detail::contact_of(wire, form);
+  if (!written) return written.error();
   if (link_.stopped()) {
     return Error{Cause::kInterrupted, "interrupted before index " + std::to_string(wire.index), ""};
   }
   const detail::Answer answer = link_.send(detail::write_line(info_.family, wire),
                                            detail::row_of(info_.family).write_timeout_ms);
   /* After silence the contact may be stored or not: what is read back decides. */
-  const bool unknown =
-      answer.reply == detail::Reply::kSilent || answer.reply == detail::Reply::kGarbled;
+  const bool unknown = answer.untold();
   if (!answer.ok() && !unknown) {
-    Error error = detail::failure(answer, place);
+    Error error = detail::not_done(answer, place);
     if (!wire.further.empty() && error.advice.empty()) {
       error.advice = "it may not take the further parameters " + wire.further;
     }
     return error;
   }
 
-  const auto form = detail::text_form(info_);
-  Options patient = options_;
-  patient.stop = nullptr; /* a write and its read-back are one */
-  const detail::Link link(patient, link_);
+  const detail::Link::Whole whole(link_);
   const auto stored =
-      detail::RangeReader(link, info_.family, form).read(wire.index, wire.index, -1);
-  if (!stored) return stored.error();
-  const auto written = detail::contact_of(wire, form);
-  if (!written) return written.error();
+      detail::RangeReader(link_, info_.family, form).read(wire.index, wire.index, -1);
+  if (!stored) return detail::unseen(answer, wire.index, "written", stored.error());
   if (!stored->unreadable.empty()) {
-    return Error{Cause::kDiffers,
-                 "index " + std::to_string(wire.index) +
-                     " was written and cannot be read back: " + stored->unreadable.front().why,
-                 ""};
+    const Error why = {Cause::kDiffers, stored->unreadable.front().why, ""};
+    return detail::unseen(answer, wire.index, "written", why);
+  }
+  /* A lone ERROR shows an empty index where nothing was expected, not after silence. */
+  if (unknown && stored->empty_by_count) {
+    const Error why = {Cause::kDiffers, "the read-back was answered ERROR", ""};
+    return detail::unseen(answer, wire.index, "written", why);
   }
   Contact found;
   if (!stored->contacts.empty()) {
@@ -133,11 +169,12 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
     found = *detail::contact_of(stored->contacts.begin()->second, form);
   }
   if (says_all(found, *written)) return found;
-  if (unknown) return detail::failure(answer, place);
+  if (unknown) return detail::unchanged(answer, place, ", and it is not stored");
   return Error{Cause::kDiffers,
                "index " + std::to_string(wire.index) +
                    " is not stored as written: " + detail::difference(*written, found),
-               "the modem said OK all the same; look at the entry before trying again"};
+               "the modem said OK all the same; look at the entry before trying again",
+               Fate::kDone};
 }
 
 inline Result<int> Phonebook::free_index(int wanted) {
@@ -231,17 +268,18 @@ inline Result<Contact> Phonebook::change(int nIndex, const Changes& changes) {
   return write(*wire);
 }
 
-/* Asked where an empty index is expected: a lone ERROR is how some modems say that it is. */
+inline detail::Answer Phonebook::look_at(int index) const {
+  return link_.ask(detail::read_line(info_.family, index, index),
+                   detail::read_timeout_ms(info_.family, index, index),
+                   detail::row_of(info_.family).prefix);
+}
+
+/* Asked where an empty index is expected, so that a refusal says so. */
 inline Result<bool> Phonebook::holds_contact(int index) const {
-  const detail::Answer answer = link_.send(detail::read_line(info_.family, index, index),
-                                           detail::read_timeout_ms(info_.family, index, index),
-                                           detail::row_of(info_.family).prefix);
-  const bool told =
-      answer.ok() || answer.reply == detail::Reply::kError || answer.reply == detail::Reply::kCode;
-  if (!told || answer.busy()) {
-    return detail::failure(answer, "read index " + std::to_string(index));
-  }
-  return answer.ok() && answer.lines != 0;
+  const detail::Answer look = look_at(index);
+  const detail::Place place = detail::place_of(look);
+  if (place == detail::Place::kUnseen) return detail::failure(look, detail::read_job(index));
+  return place == detail::Place::kHeld;
 }
 
 inline Result<bool> Phonebook::holds(int nIndex) {
@@ -258,15 +296,23 @@ inline Result<Done> Phonebook::erase(int nIndex) {
   if (link_.stopped()) {
     return Error{Cause::kInterrupted, "interrupted before index " + std::to_string(nIndex), ""};
   }
+  const std::string deletion = "delete index " + std::to_string(nIndex);
   const detail::Answer answer =
       link_.send(erase_line(nIndex), detail::row_of(info_.family).write_timeout_ms);
-  if (!answer.ok()) return detail::failure(answer, "delete index " + std::to_string(nIndex));
-  const auto left = holds_contact(nIndex);
-  if (!left) return left.error();
-  if (*left) {
+  if (!answer.ok() && !answer.untold()) return detail::not_done(answer, deletion);
+  const detail::Link::Whole whole(link_);
+  const detail::Answer look = look_at(nIndex);
+  const detail::Place place = detail::place_of(look);
+  if (place == detail::Place::kHeld) {
+    if (!answer.ok()) return detail::unchanged(answer, deletion, ", and it is still there");
     return Error{Cause::kDiffers,
                  "index " + std::to_string(nIndex) + " still holds a contact after its deletion",
-                 "the modem said OK all the same"};
+                 "the modem said OK all the same", Fate::kDone};
+  }
+  /* A refusal shows an empty index after OK, not after silence: a card that starts says it, too. */
+  if (place == detail::Place::kUnseen || (place == detail::Place::kRefused && !answer.ok())) {
+    const Error why = detail::failure(look, detail::read_job(nIndex));
+    return detail::unseen(answer, nIndex, "deleted", why);
   }
   PBB_DeletePB(nIndex);
   return Done{};

@@ -1,8 +1,9 @@
 /*
  * range_reader.hpp - reads a range of contacts in steps that the modem and the answer frame take.
  *
- * A step that fails is halved down to single indices, so one bad entry costs only itself; three
- * commands in a row without an answer end the reading. An index that gave no contact is named as
+ * A step that fails is halved down to single indices, so one bad entry costs only itself. The
+ * reading ends where nothing can be sent, and after three commands in a row without an answer, or
+ * one where a single index is asked for. An index that gave no contact is named as
  * unreadable, or taken for empty: where its step was answered with OK and no contact or with "not
  * found", where it said "invalid index", and where it says ERROR alone although asked again. For
  * the last the modem's count decides: if fewer contacts were found than it counts, all such indices
@@ -29,6 +30,7 @@ namespace qalt {
 struct Options {
   int platform = PB_PLATFORM_DEFAULT;
   int wait_seconds = 10;                             /* for a card that is still starting */
+  int away_seconds = 0;                              /* for a modem or a server that is away */
   std::function<bool()> stop;                        /* asked between commands: end early? */
   std::function<void(int nDone, int nAll)> progress; /* indices read so far */
   std::function<void()> pause = [] { ::sleep(1); };  /* lets a second pass */
@@ -45,16 +47,27 @@ namespace detail {
 constexpr uint32_t kSelectTimeoutMs = 5000;
 
 /*
- * Sends commands, giving a busy card the time that the client grants. After a command without an
- * answer nobody knows what is selected - the AT server may be a new one - so the selection is made
- * again before the next command.
+ * Sends commands, giving a busy card and an absent modem the time that the client grants. After a
+ * command without an answer, and after a busy card, nobody knows what is selected - the modem or
+ * the AT server may have started anew - so the selection is made again before the next command,
+ * which without it is not sent.
  */
 class Link {
  public:
   explicit Link(const Options& options) : options_(options) {}
-  /* With other options, at the same place of the job. */
-  Link(const Options& options, const Link& other)
-      : options_(options), selection_(other.selection_), doubtful_(other.doubtful_) {}
+
+  /* While one exists, the client's wish to stop has to wait: a change and the look at what became
+   * of it are one. */
+  class Whole {
+   public:
+    explicit Whole(Link& link) : link_(link) { link_.whole_ = true; }
+    ~Whole() { link_.whole_ = false; }
+    Whole(const Whole&) = delete;
+    Whole& operator=(const Whole&) = delete;
+
+   private:
+    Link& link_;
+  };
 
   /* The command lines that select what the next commands work on; none at the end of a job. */
   void keep_selected(std::vector<std::string> lines) {
@@ -62,7 +75,7 @@ class Link {
     doubtful_ = false;
   }
 
-  bool stopped() const { return options_.stop && options_.stop(); }
+  bool stopped() const { return !whole_ && options_.stop && options_.stop(); }
   void pause() const { options_.pause(); }
   void progress(int done, int all) const {
     if (options_.progress) options_.progress(done, all);
@@ -71,29 +84,48 @@ class Link {
   /* `starting`: whether ERROR, too, is what a card says that is still starting. */
   Answer send(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {},
               bool starting = false) const {
-    if (!select_again()) return {Reply::kSilent, kNoCode, "", 0};
     for (int waited = 0;; ++waited) {
-      Answer answer = exchange(line, timeout_ms, prefix);
-      doubtful_ = answer.reply == Reply::kSilent || answer.reply == Reply::kNoServer;
-      const bool again = answer.busy() || (starting && answer.reply == Reply::kError);
-      if (!again || waited >= options_.wait_seconds || stopped()) return answer;
+      const Answer answer = attempt(line, timeout_ms, prefix);
+      const bool early = answer.busy() || (starting && answer.reply == Reply::kError);
+      const bool absent = answer.away() || answer.reply == Reply::kNoServer ||
+                          (answer.of_selection && answer.reply == Reply::kLost);
+      const int patience = early ? options_.wait_seconds : absent ? options_.away_seconds : 0;
+      if (waited >= patience || stopped()) return answer;
       pause();
     }
   }
 
+  /* The same for a line that changes nothing: where no answer came, it is sent once more, if the
+   * modem or the server may be back by then. */
+  Answer ask(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {}) const {
+    const Answer answer = send(line, timeout_ms, prefix);
+    const bool again = answer.reply == Reply::kLost ||
+                       (answer.reply == Reply::kSilent && options_.away_seconds > 0);
+    return again && !stopped() ? send(line, timeout_ms, prefix) : answer;
+  }
+
  private:
-  bool select_again() const {
-    for (const std::string& line : selection_) {
-      if (doubtful_ && !exchange(line, kSelectTimeoutMs).ok()) return false;
+  Answer attempt(const std::string& line, uint32_t timeout_ms, std::string_view prefix) const {
+    for (const std::string& selection : selection_) {
+      if (!doubtful_) break;
+      Answer answer = exchange(selection, kSelectTimeoutMs);
+      answer.of_selection = true;
+      if (!answer.ok()) return answer;
     }
-    doubtful_ = false;
-    return true;
+    const Answer answer = exchange(line, timeout_ms, prefix);
+    doubtful_ = answer.untold() || !answer.sent() || answer.busy();
+    return answer;
   }
 
   const Options& options_;
   std::vector<std::string> selection_;
+  bool whole_ = false;
   mutable bool doubtful_ = false;
 };
+
+inline std::string read_job(int index) {
+  return "read index " + std::to_string(index);
+}
 
 struct WireReading {
   std::map<int, WireContact> contacts;
@@ -156,9 +188,11 @@ class RangeReader {
         halves.pop_back();
       }
       const Answer answer = ask(range);
-      if (answer.reply == Reply::kNoServer) return lost(answer);
-      silent_ = answer.reply == Reply::kSilent ? silent_ + 1 : 0;
-      if (silent_ == kMostSilent) return lost(answer);
+      const bool silent = answer.reply == Reply::kSilent || answer.reply == Reply::kLost;
+      silent_ = silent ? silent_ + 1 : 0;
+      if (!answer.sent() || silent_ == kMostSilent || (silent && first == last)) {
+        return lost(answer, first, last);
+      }
       if (take(answer, range)) {
         if (fresh) step = std::min(2 * step, largest);
       } else if (range.size() > 1) {
@@ -185,7 +219,7 @@ class RangeReader {
         if (link_.stopped()) return interrupted(index);
         const Range range{index, index};
         const Answer answer = ask(range);
-        if (answer.reply == Reply::kNoServer) return lost(answer);
+        if (!answer.sent()) return lost(answer, index, index);
         if (!take(answer, range)) give_up(answer, index);
       }
     }
@@ -198,8 +232,8 @@ class RangeReader {
   }
 
   Answer ask(const Range& range) const {
-    return link_.send(read_line(family_, range.first, range.last),
-                      read_timeout_ms(family_, range.first, range.last), row_of(family_).prefix);
+    return link_.ask(read_line(family_, range.first, range.last),
+                     read_timeout_ms(family_, range.first, range.last), row_of(family_).prefix);
   }
 
   /* Takes the contacts of an answer; false when the range has to be asked in parts. */
@@ -235,12 +269,14 @@ class RangeReader {
     if (answer.reply == Reply::kError) {
       refused_.push_back(index);
     } else if (answer.code != kInvalidIndex) {
-      note(index, answer.ok() ? "its answer cannot be read" : "the modem " + describe(answer));
+      note(index, answer.ok() ? "its answer cannot be read" : describe(answer));
       if (answer.lines != 0) ++garbled_;
     }
   }
 
-  static Error lost(const Answer& answer) { return failure(answer, "read the phonebook"); }
+  static Error lost(const Answer& answer, int first, int last) {
+    return failure(answer, first < last ? "read the phonebook" : read_job(first));
+  }
   static Error interrupted(int index) {
     return {Cause::kInterrupted, "interrupted before index " + std::to_string(index) + " was read",
             ""};

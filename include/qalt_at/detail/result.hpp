@@ -14,7 +14,7 @@ namespace qalt {
 enum class Cause {
   kRefused = 1,      /* the modem answered the command with an error */
   kUsage = 2,        /* a bad argument: nothing was sent to change the phonebook */
-  kNoAnswer = 3,     /* no AT server, or no answer of the modem */
+  kNoAnswer = 3,     /* no AT server, no modem behind it, or no answer */
   kNotFound = 4,     /* the index holds no contact */
   kFull = 5,         /* no free index */
   kDiffers = 6,      /* what was read back is not what was written */
@@ -24,10 +24,19 @@ enum class Cause {
   kInterrupted = 130 /* the client asked to stop */
 };
 
+/* What is known of the change that a failed call was to make. */
+enum class Fate {
+  kNotDone, /* never sent, refused, or a read shows that it did not happen; so for calls that read
+             */
+  kUnknown, /* sent, and neither an answer nor a read tells: look before doing it again */
+  kDone     /* the modem said OK; what it stores is not what was sent, or could not be read back */
+};
+
 struct Error {
   Cause cause = Cause::kRefused;
   std::string what;   /* what happened */
   std::string advice; /* what to do, empty when there is nothing to say */
+  Fate fate = Fate::kNotDone;
 };
 
 /* The value of a call that has none. */
