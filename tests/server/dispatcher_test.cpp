@@ -422,6 +422,13 @@ TEST(Dispatcher, ATextIsNeverTakenInAnotherSet) {
     EXPECT_EQ(line.ask(write), kOk);
     EXPECT_EQ(line.modem.state().sim.find(1)->name, u"A") << rule;
   }
+  // Nor where there was no modem for the selection.
+  Line away;
+  away.dispatcher.closed();
+  EXPECT_EQ(away.ask("AT+CSCS=\"UCS2\""), kAway);
+  away.dispatcher.opened(away.now, true);
+  EXPECT_EQ(away.ask(write), kOk);
+  EXPECT_EQ(away.modem.state().sim.find(1)->name, u"A");
   // After a time-out nobody knows what the modem still has selected.
   Line silent({"1:AT+CSQ:never"});
   silent.ask("AT+CSCS=\"UCS2\"");
