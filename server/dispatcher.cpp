@@ -54,6 +54,7 @@ void Dispatcher::drop_all(std::string_view text) {
   for (const Command& command : std::exchange(waiting_, {})) drop(command, text);
 }
 
+// What it selects is wanted all the same: not every client looks at the result.
 void Dispatcher::drop(const Command& command, std::string_view text) {
   settings_.unanswered(command.peer, command.line);
   host_.answer(command.id, text);

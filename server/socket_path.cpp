@@ -42,7 +42,6 @@ SocketPath::SocketPath(std::string path, const Access& access)
 
 void SocketPath::listen(const Access& access) {
   const sockaddr_un address = place_.address();
-  const char* const path = place_.path().c_str();
   descriptor_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (descriptor_ < 0) fail("no socket: " + reason());
   // The file is created with its mode: no moment in which anybody else could connect.
@@ -51,13 +50,13 @@ void SocketPath::listen(const Access& access) {
       ::bind(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address);
   const std::string why = reason();
   ::umask(old_mask);
-  if (bound != 0) fail("cannot listen on " + place_.path() + ": " + why);
+  if (bound != 0) fail("cannot listen on " + path() + ": " + why);
   place_.occupied();
-  if (!access.group.empty() && ::chown(path, uid_t(-1), group_id(access.group)) != 0) {
-    fail("cannot give " + place_.path() + " to group " + access.group + ": " + reason());
+  if (!access.group.empty() && ::chown(path().c_str(), uid_t(-1), group_id(access.group)) != 0) {
+    fail("cannot give " + path() + " to group " + access.group + ": " + reason());
   }
   if (::listen(descriptor_, kBacklog) != 0) {
-    fail("cannot listen on " + place_.path() + ": " + reason());
+    fail("cannot listen on " + path() + ": " + reason());
   }
 }
 

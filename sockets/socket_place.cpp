@@ -116,8 +116,8 @@ void SocketPlace::clear_way() {
   if (!S_ISSOCK(file.st_mode)) fail(path_ + " is there and is no socket");
   const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (probe < 0) fail("no socket: " + reason());
-  const sockaddr_un address = this->address();
-  const int result = ::connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  const sockaddr_un where = address();
+  const int result = ::connect(probe, reinterpret_cast<const sockaddr*>(&where), sizeof where);
   const int error = errno;
   ::close(probe);
   // One that takes no more connections lives, too.

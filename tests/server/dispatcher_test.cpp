@@ -1,107 +1,8 @@
-// The order of things on the modem line, with a simulated modem and a clock of the test's own.
-#include "server/dispatcher.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <map>
-
-#include "server/back_off.h"
-#include "sim/modem.h"
+// The order of things on the modem line: answers, reports, clients and their settings.
+#include "tests/server/line.h"
 
 namespace qalt::server {
 namespace {
-
-using std::chrono::milliseconds;
-
-using Answers = std::map<uint64_t, std::string>;
-using Texts = std::vector<std::string>;
-
-class Line : private Dispatcher::Host {
- public:
-  explicit Line(std::initializer_list<const char*> rules = {}, sim::Config config = {})
-      : modem(with(std::move(config), rules)), dispatcher(*this, {"ATE0"}) {
-    dispatcher.opened(now, true);
-    run(milliseconds(0));
-    sent.clear();
-  }
-
-  uint64_t submit(const std::string& line, int timeout = 1000, Peer peer = {1, 1}) {
-    dispatcher.submit({++last_id, line, milliseconds(timeout), peer}, now);
-    return last_id;
-  }
-
-  // Lets time pass: outputs of the modem and deadlines come in their order.
-  void run(milliseconds time) {
-    const TimePoint end = now + time;
-    for (;;) {
-      const TimePoint deadline = dispatcher.deadline().value_or(TimePoint::max());
-      const bool output = !outputs.empty() && outputs.front().first <= deadline;
-      const TimePoint at = output ? outputs.front().first : deadline;
-      if (at > end) break;
-      now = std::max(now, at);
-      if (!output) {
-        dispatcher.tick(now);
-        continue;
-      }
-      const sim::Output one = std::move(outputs.front().second);
-      outputs.erase(outputs.begin());
-      if (one.kind == sim::Output::Kind::kHangUp) {
-        outputs.clear();
-        dispatcher.closed();
-      } else {
-        dispatcher.receive(one.bytes, now);
-      }
-    }
-    now = end;
-  }
-
-  std::string ask(const std::string& line, int timeout = 1000, Peer peer = {1, 1}) {
-    const uint64_t id = submit(line, timeout, peer);
-    run(milliseconds(60'000));
-    return answers.contains(id) ? answers[id] : "none";
-  }
-
-  TimePoint now{};
-  sim::Modem modem;
-  std::vector<std::pair<TimePoint, sim::Output>> outputs;
-  Answers answers;
-  Texts reports;
-  Texts sent;
-  bool mute = false;
-  int given_up = 0;
-  uint64_t last_id = 0;
-  Dispatcher dispatcher;
-
- private:
-  static sim::Config with(sim::Config config, std::initializer_list<const char*> rules) {
-    for (const char* rule : rules) config.faults.rules.push_back(sim::parse_fault_rule(rule));
-    return config;
-  }
-  void write_modem(std::string_view bytes) override {
-    sent.emplace_back(bytes);
-    if (mute) return;
-    modem.receive(bytes);
-    TimePoint at = outputs.empty() ? now : std::max(now, outputs.back().first);
-    for (sim::Output& output : modem.take()) {
-      at += output.delay;
-      outputs.emplace_back(at, std::move(output));
-    }
-  }
-  void answer(uint64_t id, std::string_view text) override {
-    EXPECT_TRUE(answers.emplace(id, text).second) << "answered twice";
-  }
-  void report(std::string_view text) override { reports.emplace_back(text); }
-  void give_up_port() override { ++given_up; }
-  void note(int, const std::string&) override {}
-};
-
-const std::string kOk = "\r\nOK\r\n";
-const std::string kError = "\r\nERROR\r\n";
-const std::string kCsq = "\r\n+CSQ: 20,99\r\n" + kOk;
-const std::string kAway = "\r\n+CME ERROR: 1\r\n";
-const std::string kCops = "\r\n+COPS: 0,0,\"Testnet\",2\r\n" + kOk;
-const std::string kPin = "\r\n+CPIN: READY\r\n" + kOk;
 
 // In order, each with the time that it asked for, counted from the sending.
 TEST(Dispatcher, OneAtATime) {
@@ -184,129 +85,6 @@ TEST(Dispatcher, AnswersAndReportsAreToldApart) {
   }
 }
 
-TEST(Dispatcher, WhatComesLateNeverReachesTheNextCommand) {
-  // The answer comes: never; while the server probes, or later; cut; as an error; as a prompt; with
-  // an odd quote in it.
-  const struct {
-    const char* rule;
-    const char* command;
-    bool bytewise;
-  } rows[] = {
-      {"1:AT+CSQ:never", "AT+CSQ", false},
-      {"1:AT+CSQ:delay=2500", "AT+CSQ", true},
-      {"1:AT+CSQ:delay=9000", "AT+CSQ", false},
-      {"1:AT+CSQ:cut=17", "AT+CSQ", true},
-      {"1:AT+NONE:delay=1500", "AT+NONE", false},
-      {"1:AT+CMGS:delay=1500", "AT+CMGS=\"1\"", false},
-      {"1:AT+CSQ:answer=\\r\\n+CSQ: \"\\r\\nOK\\r\\n\\r\\n> ", "AT+CSQ", false},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.rule);
-    sim::Config config;
-    config.faults.single_bytes = row.bytewise;
-    Line line({row.rule}, config);
-    const uint64_t late = line.submit(row.command);
-    const uint64_t next = line.submit("AT+CPIN?");
-    line.run(milliseconds(999));
-    EXPECT_EQ(line.answers.count(next), line.answers.count(late));
-    line.run(milliseconds(30'000));
-    if (std::string(row.rule).find("answer") == std::string::npos) {
-      EXPECT_EQ(line.answers[late], "");
-    }
-    EXPECT_EQ(line.answers[next], kPin);
-    EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
-    EXPECT_TRUE(line.reports.empty());
-    EXPECT_EQ(line.given_up, 0);
-  }
-}
-
-// After the first command's time-out, whatever the modem is like, the answers are those to the
-// questions again.
-TEST(Dispatcher, EveryModemIsFoundAgain) {
-  const struct {
-    Texts rules;
-    int delay = 0;
-    const char* first = "AT+CPBW";
-  } rows[] = {
-      {{"1:AT+CPBW:delay=2500"}, 300},
-      {{"1:AT+CPBW:delay=2500"}, 900},
-      {{"1:AT+CPBW:never"}, 3000},
-      // Late by several attempts.
-      {{"1:AT+CPBW:delay=9000"}, 700},
-      // Bytes were lost: of a wake line, of a question's answer.
-      {{"1:AT+CPBW:never", "1:ATE0Q0V1:never", "1:AT+CMEE:cut=7"}, 100},
-      // The wake line is refused, as AT is; or never answered.
-      {{"1:AT+CPBW:delay=1500", "*:ATE:answer=\\r\\nERROR\\r\\n"}, 300},
-      {{"1:AT+CPBW:never", "*:ATE:never"}, 300},
-      // Questions are refused: one, three, all.
-      {{"1:AT+CPBW:delay=1500", "*:AT+CPAS:answer=\\r\\nERROR\\r\\n"}, 300},
-      {{"1:AT+CPBW:delay=1500", "*:AT+CPAS:never", "*:AT+CMEE:answer=\\r\\nERROR\\r\\n",
-        "*:AT+CSQ:answer=\\r\\nERROR\\r\\n"},
-       300},
-      {{"1:AT+CPBW:delay=1500", "*:ATE:answer=\\r\\nERROR\\r\\n",
-        "*:AT+C:answer=\\r\\nERROR\\r\\n"},
-       300},
-      // A late answer and reports that have a question's name.
-      {{"1:AT+CMEE?:delay=2500", "*:AT+CPAS:report-before=+CSQ: 1,99",
-        "*:ATE:report-after=+CPAS: 0"},
-       300,
-       "AT+CMEE?"},
-      // Left in a state in which there are digits for results, or none.
-      {{}, 0, "ATV0"},
-      {{}, 300, "ATQ1"},
-      {{}, 300, "ATE1Q1V0"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.rules) + row.first);
-    sim::Config config;
-    for (const std::string& rule : row.rules) {
-      config.faults.rules.push_back(sim::parse_fault_rule(rule));
-    }
-    config.faults.delay = milliseconds(row.delay);
-    Line line({}, config);
-    line.submit(row.first);
-    for (const char* next : {"AT+COPS?", "AT^NONE", "AT+CPIN?", "ATI"}) line.submit(next, 5000);
-    line.run(milliseconds(60'000));
-    const bool refuses = line.answers[2] == kError;
-    EXPECT_EQ(line.answers, (Answers{{1, ""},
-                                     {2, refuses ? kError : kCops},
-                                     {3, kError},
-                                     {4, refuses ? kError : kPin},
-                                     {5, "\r\nSimulated modem\r\n" + kOk}}));
-    EXPECT_EQ(line.given_up, 0);
-  }
-}
-
-TEST(Dispatcher, ADeadModemIsGivenUp) {
-  Line line;
-  line.mute = true;
-  line.submit("AT+CSQ");
-  const uint64_t waits = line.submit("AT+CPIN?");
-  line.run(milliseconds(11'000));
-  EXPECT_EQ(line.answers, (Answers{{waits - 1, ""}, {waits, kAway}}));
-  EXPECT_EQ(line.given_up, 1);
-  EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "ATE0Q0V1\r", "AT+CPAS\r", "ATE0Q0V1\r", "AT+CSQ\r"}));
-  // Closed: no waiting, and nothing is due.
-  EXPECT_EQ(line.ask("AT"), kAway);
-  EXPECT_EQ(line.dispatcher.deadline(), std::nullopt);
-  // Opened again with something on the line: it is cleared before the start lines.
-  line.mute = false;
-  line.sent.clear();
-  line.dispatcher.opened(line.now, false);
-  EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
-  EXPECT_EQ(line.sent,
-            (Texts{"ATE0Q0V1\r", "AT+CFUN?\r", "AT+CSQ\r", "AT+CPAS\r", "ATE0\r", "AT+CSQ\r"}));
-  // Bytes without sense do not keep it open either.
-  line.mute = true;
-  line.submit("AT+CSQ");
-  line.run(milliseconds(1000));
-  for (int i = 0; i < 300; ++i) {
-    line.run(milliseconds(100));
-    line.dispatcher.receive("\r\nOK\r\n", line.now);
-  }
-  EXPECT_EQ(line.given_up, 2);
-}
-
 TEST(Dispatcher, ClientsThatLeave) {
   Line line({"*:AT+CSQ:delay=100"});
   for (const char* command : {"AT+CSQ", "AT+CPBW=1", "AT+CPIN?"}) line.submit(command);
@@ -315,31 +93,6 @@ TEST(Dispatcher, ClientsThatLeave) {
   line.run(milliseconds(1000));
   EXPECT_EQ(line.answers, (Answers{{3, kPin}}));
   EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "AT+CPIN?\r"}));
-}
-
-// Row by row: what happens at a second of the test's, and when the port is due then.
-TEST(BackOff, IsShortWhileSomebodyAsks) {
-  BackOff back_off;
-  const TimePoint start{};
-  enum class Event { kFails, kAsks, kAnswers };
-  using enum Event;
-  const struct {
-    int at;
-    Event event;
-    double due;
-  } rows[] = {
-      {0, kFails, 0.25},  {1, kFails, 1.5},     {2, kFails, 3},        {3, kFails, 5},
-      {5, kFails, 9},     {9, kFails, 17},      {17, kFails, 33},      {33, kFails, 63},
-      {63, kFails, 93},   {70, kAsks, 64},      {71, kFails, 72},      {129, kFails, 130},
-      {130, kFails, 160}, {140, kAnswers, 160}, {150, kFails, 150.25}, {151, kFails, 151.5},
-  };
-  for (const auto& row : rows) {
-    const TimePoint now = start + std::chrono::seconds(row.at);
-    if (row.event == kFails) back_off.failed(now);
-    if (row.event == kAsks) back_off.asked(now);
-    if (row.event == kAnswers) back_off.answered();
-    EXPECT_EQ(back_off.due() - start, milliseconds(int(row.due * 1000))) << row.at;
-  }
 }
 
 // A process that selected nothing gets what stood before the others came.
@@ -422,6 +175,13 @@ TEST(Dispatcher, ATextIsNeverTakenInAnotherSet) {
     EXPECT_EQ(line.ask(write), kOk);
     EXPECT_EQ(line.modem.state().sim.find(1)->name, u"A") << rule;
   }
+  // Nor where there was no modem for the selection.
+  Line away;
+  away.dispatcher.closed();
+  EXPECT_EQ(away.ask("AT+CSCS=\"UCS2\""), kAway);
+  away.dispatcher.opened(away.now, true);
+  EXPECT_EQ(away.ask(write), kOk);
+  EXPECT_EQ(away.modem.state().sim.find(1)->name, u"A");
   // After a time-out nobody knows what the modem still has selected.
   Line silent({"1:AT+CSQ:never"});
   silent.ask("AT+CSCS=\"UCS2\"");
