@@ -8,6 +8,8 @@
 #   make check-anywhere  the tests again: other processor, one core, other user, locales, odd path
 #   make check-long  more of the same: LENGTH=8 for longer texts, REPEAT=1000 for more runs
 #   make soak    clients, server and modem under faults: MINUTES=1, SEED=n for the same run again
+#   make simulate  a world of clients, server and modems in simulated time: SEED=n for one run again,
+#                  SECONDS=60 for further ones
 #   make fuzz    every fuzz target for FUZZ_SECONDS=60
 #   make lint    static analysers
 #   make coverage  which lines and branches of the library the tests reach
@@ -23,7 +25,7 @@ MINUTES ?= 1
 MAKEFLAGS += --no-print-directory
 unexport CDPATH
 
-.PHONY: all install demo check check-all check-distributions check-anywhere check-long soak fuzz lint coverage check-target footprint deb docs bench format clean
+.PHONY: all install demo check check-all check-distributions check-anywhere check-long soak simulate fuzz lint coverage check-target footprint deb docs bench format clean
 
 all:
 	@scripts/setup.sh --only-check build
@@ -63,6 +65,13 @@ soak:
 	cmake --preset soak >/dev/null
 	cmake --build --preset soak -j $$(nproc)
 	build/soak/tests/soak/soak --minutes $(MINUTES) $(if $(SEED),--seed $(SEED))
+
+simulate:
+	scripts/setup.sh build
+	cmake --preset soak >/dev/null
+	cmake --build --preset soak -j $$(nproc) --target simulate
+	build/soak/tests/simulation/simulate --transcript build/soak/simulation.transcript \
+	  $(if $(SEED),--seed $(SEED) --count 1,$(if $(SECONDS),--seconds $(SECONDS)))
 
 fuzz:
 	scripts/setup.sh fuzz

@@ -9,11 +9,11 @@ namespace {
 // 3GPP TS 27.005: sending, storing, commands, and the acknowledgement with a text.
 constexpr std::array<std::string_view, 4> kPrompting = {"+CMGS", "+CMGW", "+CMGC", "+CNMA"};
 
-// Texts of messages and of networks (27.005, 4.1 and 4.2; 27.007, 7.15), and identifications, which
-// are the maker's own (27.007, 5.1 to 5.4; V.250, 6.1).
-constexpr std::array<std::string_view, 14> kFreeText = {"+CMGL", "+CMGR", "+CNMI", "+CMSS", "+CUSD",
-                                                        "+CGMI", "+CGMM", "+CGMR", "+CGSN", "+GMI",
-                                                        "+GMM",  "+GMR",  "+GSN",  "+GCAP"};
+// Texts of messages and of networks (27.005, 4.1 and 4.2; 27.007, 7.15), identifications and
+// listings, which are the maker's own (27.007, 5.1 to 5.4; V.250, 6.1).
+constexpr std::array<std::string_view, 16> kFreeText = {
+    "+CMGL", "+CMGR", "+CNMI", "+CMSS", "+CUSD", "+CGMI", "+CGMM", "+CGMR",
+    "+CGSN", "+GMI",  "+GMM",  "+GMR",  "+GSN",  "+GCAP", "I",     "&V"};
 
 // Of vendors' commands those of the phonebook.
 constexpr std::array<std::string_view, 5> kNamedOfVendors = {"^SCPBR", "^SCPBW", "^CPBR", "^CPBW",
@@ -39,8 +39,8 @@ bool may_prompt(const at::Command& command) {
 }
 
 bool answers_by_name(const at::Command& command) {
-  if (command.name[0] == '+') return !lists(kFreeText, command.name);
-  return lists(kNamedOfVendors, command.name);
+  if (lists(kFreeText, command.name)) return false;
+  return !is_vendors(command) || lists(kNamedOfVendors, command.name);
 }
 
 bool is_result(std::string_view line) {

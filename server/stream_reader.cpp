@@ -54,11 +54,11 @@ void StreamReader::expect_resync(std::string_view command) {
     if (!is_own(name)) own_names_.push_back(std::move(name));
   }
   begin(command);
-  half_line_ = consumed_ < input_.size();
+  resyncing_ = true;
 }
 
 void StreamReader::expect_nothing() {
-  expecting_ = named_ = prompting_ = false;
+  expecting_ = prompting_ = false;
   own_names_.clear();
 }
 
@@ -66,8 +66,9 @@ void StreamReader::begin(std::string_view command) {
   expecting_ = echo_possible_ = true;
   command_ = command;
   answer_.clear();
-  too_long_ = odd_quotes_ = owed_ = half_line_ = false;
+  too_long_ = odd_quotes_ = owed_ = resyncing_ = false;
   blank_ = 0;
+  stale_ = input_.size();
 }
 
 void StreamReader::reset() {
@@ -79,7 +80,7 @@ std::optional<StreamEvent> StreamReader::next() {
     auto event = take_line(*line);
     if (event) return event;
   }
-  if (expecting_ && prompting_ && !line_cut_ &&
+  if (expecting_ && prompting_ && !line_cut_ && consumed_ >= stale_ &&
       std::string_view(input_).substr(consumed_) == "> ") {
     consumed_ = scanned_ = input_.size();
     append("> ");
@@ -94,6 +95,7 @@ std::optional<std::string_view> StreamReader::next_line() {
   if (consumed_ == input_.size() || consumed_ >= kGiveUp) {
     input_.erase(0, consumed_);
     scanned_ -= consumed_;
+    stale_ -= std::min(stale_, consumed_);
     consumed_ = 0;
   }
   // A NUL before a line is noise of the line, not part of a text.
@@ -117,6 +119,7 @@ std::optional<std::string_view> StreamReader::next_line() {
 std::optional<StreamEvent> StreamReader::take_line(std::string_view line) {
   const bool cut = std::exchange(line_cut_, false) || line.size() > kLongestLine;
   const std::string_view content = without_line_end(line);
+  const bool stale = size_t(line.data() - input_.data()) < stale_;
   if (!headline_.empty()) {
     StreamEvent report{StreamEvent::Kind::kReport, std::exchange(headline_, {})};
     if (content.empty()) {
@@ -127,7 +130,8 @@ std::optional<StreamEvent> StreamReader::take_line(std::string_view line) {
     report.text.append(content).append("\r\n");
     return checked(std::move(report), cut);
   }
-  if (expecting_) return take_answer_line(line, content, cut);
+  // What began before the command was written is no part of its answer, even where it ends later.
+  if (expecting_ && (resyncing_ || !stale)) return take_answer_line(line, content, cut, stale);
   if (content.empty()) return std::nullopt;
   if (is_report(content) && !is_own(content)) return report_head(content);
   // With its frame it must still fit.
@@ -136,19 +140,19 @@ std::optional<StreamEvent> StreamReader::take_line(std::string_view line) {
 }
 
 std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
-                                                          std::string_view content, bool cut) {
+                                                          std::string_view content, bool cut,
+                                                          bool stale) {
   if (content.empty()) {
     append_blank(line);
     return std::nullopt;
   }
-  const bool half = std::exchange(half_line_, false);
   if (take_echo(line, content)) return std::nullopt;
   const bool final = is_final(content);
   if (!final && !is_own(content) && (is_report(content) || (named_ && bears_name(content)))) {
     withdraw_blank();
     return report_head(content);
   }
-  if (half && !final) return std::nullopt;
+  if (stale && !final) return std::nullopt;
   // The empty line was not the report's own after all where it opens the answer or its result.
   if (owed_ && (final || answer_.empty())) append("\r\n");
   owed_ = false;

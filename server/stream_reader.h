@@ -60,7 +60,7 @@ class StreamReader {
   std::optional<std::string_view> next_line();
   std::optional<StreamEvent> take_line(std::string_view line);
   std::optional<StreamEvent> take_answer_line(std::string_view line, std::string_view content,
-                                              bool cut);
+                                              bool cut, bool stale);
   bool take_echo(std::string_view line, std::string_view content);
   std::optional<StreamEvent> report_head(std::string_view content);
   StreamEvent finish(StreamEvent::Kind kind);
@@ -73,14 +73,15 @@ class StreamReader {
   std::string input_;
   size_t consumed_ = 0;  // bytes of input_ that are done with
   size_t scanned_ = 0;   // bytes of input_ known to hold no further line end
+  size_t stale_ = 0;     // bytes of input_ that came before the command was written
   bool line_cut_ = false;
 
   bool expecting_ = false;
   bool dialling_ = false;
   bool prompting_ = true;  // the command, unknown at first, may make the modem ask for a text
-  bool named_ = false;     // every line of the answer bears the command's name
+  bool named_ = true;      // what bears another name than the command's is no line of its answer
   bool echo_possible_ = false;
-  bool half_line_ = false;  // the line at hand began before the command was written
+  bool resyncing_ = false;
   std::string command_;
   std::vector<std::string> own_names_;
 

@@ -18,8 +18,9 @@
  *     read found no contact and none unreadable, and where the modem, asked once more, gives none.
  *     Empty means: an answer without contact, "not found", "invalid index"; and ERROR alone, once
  *     as many contacts are found as the modem counts before and after that read: while one is
- *     missing, every index that it refuses may hold it. No lock keeps another client from writing
- *     there in between. A write that was answered with OK, with nothing or with something
+ *     missing, every index that it refuses may hold it, and is named as unreadable. (Two changes
+ *     by others that leave the number as it was hide from that.) No lock keeps another client from
+ *     writing there in between. A write that was answered with OK, with nothing or with something
  *     unreadable is read back and compared field by field; what is read decides, whatever became of
  *     the answer. So it is with a delete: after OK, ERROR and any code but that of a busy card or
  *     of an absent modem mean that it is gone; after no answer only an answer without contact, "not
@@ -50,6 +51,7 @@
 
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -124,8 +126,9 @@ class Phonebook {
   Result<Reading> read_all() { return read(info_.first, info_.last); }
   /* One contact; kNotFound when the index is empty. */
   Result<Contact> get(int nIndex);
-  /* Whether an index holds a contact, by one command: right before a write to a free index. One
-   * that the modem refuses to read counts as empty. */
+  /* Whether an index holds a contact: right before a write to a free index. One command, unless the
+   * modem refuses: then the contacts are counted, and read if need be. kRefused where that does not
+   * tell. */
   Result<bool> holds(int nIndex);
 
   /* Whether a contact could be written, as far as that can be told without the modem. */
@@ -156,15 +159,17 @@ class Phonebook {
   Result<Done> begin();
   void end();
   Error wrong_index(int index) const;
-  Result<detail::WireReading> read_wire(int first, int last, int used);
+  Result<detail::WireReading> read_some(int first, int last);
   Result<detail::WireReading> read_whole();
   Result<detail::WireContact> get_wire(int index);
   Result<detail::WireContact> wire_of(const Contact& contact, Limits limits) const;
   Result<int> free_index(int wanted);
   detail::Answer look_at(int index) const;
-  Result<bool> holds_contact(int index) const;
+  Result<std::optional<bool>> holds_by_count(int index);
+  Result<bool> holds_contact(int index);
   Result<Contact> write(const detail::WireContact& wire);
   static void remember(const detail::WireContact& wire);
+  static void remember(const detail::WireReading& reading);
 
   Options options_;
   detail::Link link_{options_};
@@ -172,6 +177,8 @@ class Phonebook {
   int depth_ = 0;                  /* jobs inside each other */
   Result<Done> selected_ = Done{}; /* what the outermost one came to */
   bool switched_ = false;          /* the character set is to be put back */
+  /* The indices that hold a contact, and none is missing: of this job, as far as it knows. */
+  std::optional<std::set<int>> known_;
 };
 
 } /* namespace qalt */

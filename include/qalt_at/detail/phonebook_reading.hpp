@@ -129,6 +129,7 @@ inline Result<Done> Phonebook::begin() {
 }
 
 inline void Phonebook::end() {
+  known_.reset();
   link_.keep_selected({});
   if (std::exchange(switched_, false))
     detail::exchange(detail::kSelectIra, detail::kSelectTimeoutMs);
@@ -149,21 +150,61 @@ inline void Phonebook::remember(const detail::WireContact& wire) {
   }
 }
 
-inline Result<detail::WireReading> Phonebook::read_wire(int first, int last, int used) {
-  detail::RangeReader reader(link_, info_.family, detail::text_form(info_));
-  auto reading = reader.read(first, last, used);
-  if (!reading) return reading;
-  for (const auto& [index, wire] : reading->contacts) remember(wire);
-  for (const Unreadable& gap : reading->unreadable) _PBB_UseEmptyIndex(gap.index);
-  return reading;
+inline void Phonebook::remember(const detail::WireReading& reading) {
+  for (const auto& [index, wire] : reading.contacts) remember(wire);
+  for (const Unreadable& gap : reading.unreadable) _PBB_UseEmptyIndex(gap.index);
 }
 
 /* All indices. The contacts are counted first, in the same job: the number tells whether one that
- * the modem refuses to give is missing, and other clients and the phone itself change it. */
+ * the modem refuses to give is missing, and other clients and the phone itself change it. So they
+ * are counted once more where it matters. */
 inline Result<detail::WireReading> Phonebook::read_whole() {
-  const auto now = counts();
-  if (!now) return now.error();
-  return read_wire(info_.first, info_.last, now->used);
+  constexpr int kMostRounds = 3;
+  for (int round = 1;; ++round) {
+    const auto before = counts();
+    if (!before) return before.error();
+    const int used = before->used;
+    detail::RangeReader reader(link_, info_.family, detail::text_form(info_));
+    auto reading = reader.read(info_.first, info_.last, used);
+    if (!reading) return reading;
+    remember(*reading);
+    known_.reset();
+    const auto after = reading->refused.empty() ? before : counts();
+    if (!after) return after.error();
+    if (after->used != used) {
+      if (round < kMostRounds) continue;
+      for (const int index : std::exchange(reading->refused, {})) {
+        reading->unreadable.push_back({index, detail::kRefusedWhy});
+      }
+    }
+    const bool all = reading->unreadable.empty();
+    if (all && static_cast<int>(reading->contacts.size()) == used) {
+      known_.emplace();
+      for (const auto& [index, wire] : reading->contacts) known_->insert(index);
+    }
+    return reading;
+  }
+}
+
+/* Some indices. Whether one that is refused is empty only the number of all contacts tells. */
+inline Result<detail::WireReading> Phonebook::read_some(int first, int last) {
+  detail::RangeReader reader(link_, info_.family, detail::text_form(info_));
+  auto reading = reader.read(first, last, detail::RangeReader::kUncounted, /*again=*/false);
+  if (!reading) return reading;
+  if (!reading->refused.empty()) {
+    auto whole = read_whole();
+    if (!whole) return whole;
+    for (const int index : reading->refused) {
+      const auto contact = whole->contacts.find(index);
+      if (contact != whole->contacts.end()) reading->contacts.insert(*contact);
+      for (const Unreadable& gap : whole->unreadable) {
+        if (gap.index == index) reading->unreadable.push_back(gap);
+      }
+    }
+    std::sort(reading->unreadable.begin(), reading->unreadable.end(), detail::by_index);
+  }
+  remember(*reading);
+  return reading;
 }
 
 inline Result<Reading> Phonebook::read(int nFirst, int nLast) {
@@ -173,7 +214,7 @@ inline Result<Reading> Phonebook::read(int nFirst, int nLast) {
     if (!info_.has_index(index)) return wrong_index(index);
   }
   const bool all = nFirst == info_.first && nLast == info_.last;
-  auto wires = all ? read_whole() : read_wire(nFirst, nLast, -1);
+  auto wires = all ? read_whole() : read_some(nFirst, nLast);
   if (!wires) return wires.error();
   Reading reading;
   reading.unreadable = std::move(wires->unreadable);
@@ -189,7 +230,7 @@ inline Result<detail::WireContact> Phonebook::get_wire(int index) {
     error.cause = Cause::kNotFound;
     return error;
   }
-  auto reading = read_wire(index, index, -1);
+  auto reading = read_some(index, index);
   if (!reading) return reading.error();
   if (!reading->unreadable.empty()) {
     return Error{Cause::kRefused,

@@ -54,6 +54,13 @@ inline std::string check_line(Family family, const WireContact& wire) {
          std::to_string(kLongestLine) + " characters";
 }
 
+inline Error may_be_occupied(const Unreadable& gap) {
+  return {Cause::kRefused,
+          "index " + std::to_string(gap.index) +
+              " may be occupied, since it cannot be read: " + gap.why,
+          "choose another index, or overwrite it on purpose"};
+}
+
 } /* namespace detail */
 
 inline Result<detail::WireContact> Phonebook::wire_of(const Contact& contact, Limits limits) const {
@@ -103,6 +110,7 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
   if (link_.stopped()) {
     return Error{Cause::kInterrupted, "interrupted before index " + std::to_string(wire.index), ""};
   }
+  auto was_known = std::exchange(known_, std::nullopt);
   const detail::Answer answer = link_.send(detail::write_line(info_.family, wire),
                                            detail::row_of(info_.family).write_timeout_ms);
   /* After silence the contact may be stored or not: what is read back decides. */
@@ -116,15 +124,13 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
   }
 
   const detail::Link::Whole whole(link_);
-  const auto stored =
-      detail::RangeReader(link_, info_.family, form).read(wire.index, wire.index, -1);
+  const auto stored = detail::RangeReader(link_, info_.family, form).read(wire.index, wire.index);
   if (!stored) return detail::unseen(answer, wire.index, "written", stored.error());
   if (!stored->unreadable.empty()) {
     const Error why = {Cause::kDiffers, stored->unreadable.front().why, ""};
     return detail::unseen(answer, wire.index, "written", why);
   }
-  /* A lone ERROR shows an empty index where nothing was expected, not after silence. */
-  if (unknown && stored->empty_by_count) {
+  if (!stored->refused.empty()) {
     const Error why = {Cause::kDiffers, "the read-back was answered ERROR", ""};
     return detail::unseen(answer, wire.index, "written", why);
   }
@@ -133,7 +139,10 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
     remember(stored->contacts.begin()->second);
     found = *detail::contact_of(stored->contacts.begin()->second, form);
   }
-  if (says_all(found, *written)) return found;
+  if (says_all(found, *written)) {
+    if (was_known) (known_ = std::move(was_known))->insert(wire.index);
+    return found;
+  }
   if (unknown) return detail::unchanged(answer, place, ", and it is not stored");
   return Error{Cause::kDiffers,
                "index " + std::to_string(wire.index) +
@@ -145,21 +154,12 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
 inline Result<int> Phonebook::free_index(int wanted) {
   auto reading = read_whole();
   if (!reading) return reading.error();
-  if (reading->empty_by_count) {
-    const int counted = info_.used;
-    const auto now = counts();
-    if (!now) return now.error();
-    if (now->used != counted) {
-      return Error{Cause::kCollision, "another client has just changed the phonebook", "try again"};
-    }
-  }
   /* An index that could not be read may hold a contact. */
   for (const Unreadable& gap : reading->unreadable) {
     if (gap.index == wanted) {
-      return Error{Cause::kUsage,
-                   "index " + std::to_string(wanted) +
-                       " may be occupied, since it cannot be read: " + gap.why,
-                   "choose another index, or overwrite it on purpose"};
+      Error error = detail::may_be_occupied(gap);
+      error.cause = Cause::kUsage;
+      return error;
     }
     reading->contacts[gap.index] = {};
   }
@@ -239,12 +239,39 @@ inline detail::Answer Phonebook::look_at(int index) const {
                    detail::row_of(info_.family).prefix);
 }
 
-/* Asked where an empty index is expected, so that a refusal says so. */
-inline Result<bool> Phonebook::holds_contact(int index) const {
+/* Whether the index holds a contact, as the job has read it, if there are as many as there were
+ * then; else none. */
+inline Result<std::optional<bool>> Phonebook::holds_by_count(int index) {
+  if (!known_) return std::optional<bool>();
+  const auto now = counts();
+  if (!now) return now.error();
+  if (now->used != static_cast<int>(known_->size())) return std::optional<bool>();
+  /* NOLINTNEXTLINE(readability-container-contains): C++17 has none. */
+  return std::optional<bool>(known_->count(index) != 0);
+}
+
+/* Asked where an empty index is expected. ERROR may mean that it is: then the numbers tell. */
+inline Result<bool> Phonebook::holds_contact(int index) {
   const detail::Answer look = look_at(index);
   const detail::Place place = detail::place_of(look);
-  if (place == detail::Place::kUnseen) return detail::failure(look, detail::read_job(index));
-  return place == detail::Place::kHeld;
+  const bool in_doubt = place == detail::Place::kRefused && look.reply == detail::Reply::kError;
+  if (!in_doubt && place != detail::Place::kHeld && place != detail::Place::kEmpty) {
+    return detail::failure(look, detail::read_job(index));
+  }
+  if (!in_doubt) return place == detail::Place::kHeld;
+  constexpr int kMostRounds = 3;
+  for (int round = 0;; ++round) {
+    const auto held = holds_by_count(index);
+    if (!held) return held.error();
+    if (*held) return **held;
+    if (round == kMostRounds) break;
+    const auto whole = read_whole();
+    if (!whole) return whole.error();
+    for (const Unreadable& gap : whole->unreadable) {
+      if (gap.index == index) return detail::may_be_occupied(gap);
+    }
+  }
+  return Error{Cause::kCollision, "other clients change the phonebook all the time", "try again"};
 }
 
 inline Result<bool> Phonebook::holds(int nIndex) {
@@ -261,6 +288,7 @@ inline Result<Done> Phonebook::erase(int nIndex) {
   if (link_.stopped()) {
     return Error{Cause::kInterrupted, "interrupted before index " + std::to_string(nIndex), ""};
   }
+  auto was_known = std::exchange(known_, std::nullopt);
   const std::string deletion = "delete index " + std::to_string(nIndex);
   const detail::Answer answer =
       link_.send(erase_line(nIndex), detail::row_of(info_.family).write_timeout_ms);
@@ -280,6 +308,7 @@ inline Result<Done> Phonebook::erase(int nIndex) {
     return detail::unseen(answer, nIndex, "deleted", why);
   }
   PBB_DeletePB(nIndex);
+  if (was_known) (known_ = std::move(was_known))->erase(nIndex);
   return Done{};
 }
 

@@ -125,6 +125,12 @@ class Link {
   mutable bool doubtful_ = false;
 };
 
+constexpr const char* kRefusedWhy = "the modem answered ERROR";
+
+inline bool by_index(const Unreadable& a, const Unreadable& b) {
+  return a.index < b.index;
+}
+
 inline std::string read_job(int index) {
   return "read index " + std::to_string(index);
 }
@@ -132,29 +138,28 @@ inline std::string read_job(int index) {
 struct WireReading {
   std::map<int, WireContact> contacts;
   std::vector<Unreadable> unreadable;
-  bool empty_by_count = false; /* of some indices only the number of contacts says so */
+  std::vector<int> refused; /* answered ERROR, and empty if the number of contacts says so */
 };
 
 class RangeReader {
  public:
+  static constexpr int kUncounted = -1;
+
   RangeReader(const Link& link, Family family, TextForm form)
       : link_(link), family_(family), form_(form) {}
 
   /* Reads first to last. `used`: how many contacts there are, where the range is all of the
-   * phonebook, else -1. */
-  Result<WireReading> read(int first, int last, int used) {
+   * phonebook, else kUncounted. `again`: whether refused indices are asked again. */
+  Result<WireReading> read(int first, int last, int used = kUncounted, bool again = true) {
     used_ = used;
     Result<Done> done = walk(first, last);
-    if (done) done = ask_refused_again();
+    if (done && again) done = ask_refused_again();
     if (!done) return done.error();
     /* Too few contacts were found: any of these may hold a missing one, so none is left out. */
-    const bool missing = used >= 0 && !found_all();
-    for (const int index : refused_) {
-      if (missing) note(index, "the modem answered ERROR");
+    if (used >= 0 && !found_all()) {
+      for (const int index : std::exchange(reading_.refused, {})) note(index, kRefusedWhy);
     }
-    reading_.empty_by_count |= !missing && !refused_.empty();
-    std::sort(reading_.unreadable.begin(), reading_.unreadable.end(),
-              [](const Unreadable& a, const Unreadable& b) { return a.index < b.index; });
+    std::sort(reading_.unreadable.begin(), reading_.unreadable.end(), by_index);
     return std::move(reading_);
   }
 
@@ -214,9 +219,9 @@ class RangeReader {
 
   /* A lone ERROR is said by modems for an empty index, and by a card that is not ready. */
   Result<Done> ask_refused_again() {
-    for (int round = 0; round < kRetries && !refused_.empty() && !found_all(); ++round) {
+    for (int round = 0; round < kRetries && !reading_.refused.empty() && !found_all(); ++round) {
       link_.pause();
-      const std::vector<int> again = std::exchange(refused_, {});
+      const std::vector<int> again = std::exchange(reading_.refused, {});
       for (const int index : again) {
         if (link_.stopped()) return interrupted(index);
         const Range range{index, index};
@@ -241,7 +246,10 @@ class RangeReader {
   /* Takes the contacts of an answer; false when the range has to be asked in parts. */
   bool take(const Answer& answer, const Range& range) {
     const bool empty = answer.code == kNotFound && answer.reply == Reply::kCode;
-    if (answer.reply == Reply::kError && found_all()) return reading_.empty_by_count = true;
+    if (answer.reply == Reply::kError && found_all()) {
+      for (int index = range.first; index <= range.last; ++index) reading_.refused.push_back(index);
+      return true;
+    }
     if (empty) return true;
     if (!answer.ok()) return false;
     std::vector<WireContact> contacts;
@@ -269,7 +277,7 @@ class RangeReader {
 
   void give_up(const Answer& answer, int index) {
     if (answer.reply == Reply::kError) {
-      refused_.push_back(index);
+      reading_.refused.push_back(index);
     } else if (answer.code != kInvalidIndex) {
       note(index, answer.ok() ? "its answer cannot be read" : describe(answer));
       if (answer.lines != 0) ++garbled_;
@@ -287,10 +295,9 @@ class RangeReader {
   const Link& link_;
   Family family_;
   TextForm form_;
-  int used_ = -1;
+  int used_ = kUncounted;
   int silent_ = 0;
-  int garbled_ = 0;          /* contacts that stand there and cannot be read */
-  std::vector<int> refused_; /* single indices that answered ERROR */
+  int garbled_ = 0; /* contacts that stand there and cannot be read */
   WireReading reading_;
 };
 

@@ -1,0 +1,84 @@
+// line.h - the serial line between the server and a modem, which does to what it carries what lines
+// and modems do: answers come late, cut, in pieces or never, the line is hung up, and reports stand
+// before, inside and behind answers.
+#ifndef QALT_TESTS_SIMULATION_LINE_H_
+#define QALT_TESTS_SIMULATION_LINE_H_
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/simulation/chance.h"
+#include "tests/simulation/machine.h"
+#include "tests/simulation/world.h"
+
+namespace qalt::simulation {
+
+// One in so many command lines; 0: none.
+struct LineFaults {
+  int late = 0;
+  int never = 0;         // carried out, and not answered
+  int cut = 0;           // the end of the answer is lost
+  int hang_up = 0;       // before the command, behind it, or in the middle of its answer
+  int pieces = 0;        // the answer comes in several reads
+  int reports = 0;       // one or more beside or inside the answer
+  int silence = 0;       // minutes between reports at rest, on average
+  std::string stubborn;  // lines that begin so are never answered
+};
+
+// Whether the answer to a line has texts in it, of which nobody can tell a report.
+bool has_free_text(std::string_view line);
+
+// What a modem said to one command line, and what the line made of it.
+struct Exchange {
+  std::string line;
+  std::string answer;    // whole, without echo and reports
+  bool touched = false;  // it did not come, or late, or not whole
+};
+
+class Line {
+ public:
+  struct Handlers {
+    // `reports`: those whose last byte comes with these.
+    std::function<void(std::string_view bytes, const std::vector<std::string>& reports)> received;
+    std::function<void()> hung_up;
+  };
+
+  Line(World& world, Machine& machine, Chance chance, const LineFaults& faults);
+  void set_handlers(Handlers handlers) { handlers_ = std::move(handlers); }
+  // False while the modem is away.
+  bool open();
+  void close();
+  // What the server sends: a command line with its CR, which the modem carries out at once, or a
+  // character alone.
+  std::shared_ptr<Exchange> write(std::string_view bytes);
+
+ private:
+  struct Piece {
+    std::string bytes;
+    std::vector<std::string> reports;
+  };
+
+  void deliver(Piece piece, Time when);
+  void say(const std::string& answer, bool free_text, Time when);
+  void hang_up(Time when);
+  void report_at_rest();
+  std::string new_report();
+
+  World& world_;
+  Machine& machine_;
+  Chance chance_;
+  LineFaults faults_;
+  Handlers handlers_;
+  bool open_ = false;
+  uint64_t opening_ = 0;  // what was said before it is not heard
+  Time away_until_{0};
+  Time last_{0};  // when the last piece comes
+  int reports_ = 0;
+};
+
+}  // namespace qalt::simulation
+
+#endif  // QALT_TESTS_SIMULATION_LINE_H_

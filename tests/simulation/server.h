@@ -1,0 +1,92 @@
+// server.h - the AT server's process: the real dispatcher between the simulated network and the
+// line, started, stopped and killed as the world goes; and a judge of each answer that it gives.
+#ifndef QALT_TESTS_SIMULATION_SERVER_H_
+#define QALT_TESTS_SIMULATION_SERVER_H_
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "server/back_off.h"
+#include "server/dispatcher.h"
+#include "tests/simulation/line.h"
+#include "tests/simulation/network.h"
+#include "tests/simulation/oracle.h"
+
+namespace qalt::simulation {
+
+class Server : private server::Dispatcher::Host, private Service {
+ public:
+  Server(World& world, Network& network, Line& line, Machine& machine, Oracle& oracle);
+
+  void start();
+  void kill();
+  // The command under way is finished first.
+  void stop();
+  bool running() const { return dispatcher_ != nullptr; }
+
+  // What the commands of a client belong to.
+  void set_call(int client, std::shared_ptr<Call> call) { calls_[client] = std::move(call); }
+  // A client's program begins again, as a process of its own.
+  void new_process(int client);
+  uint64_t commands() const { return commands_; }
+
+ private:
+  struct Asked {
+    std::shared_ptr<Call> call;
+    std::string line;
+    Time timeout{0};
+    Time allowed{0};                     // for all of it, and for what is before it
+    std::shared_ptr<Exchange> exchange;  // none: not sent yet
+  };
+
+  void requested(uint64_t connection, int client, const AtMsg& frame) override;
+  void left(uint64_t connection) override;
+
+  void write_modem(std::string_view bytes) override;
+  void answer(uint64_t id, std::string_view text) override;
+  void report(std::string_view text) override;
+  void give_up_port() override;
+  void note(int priority, const std::string& text) override;
+
+  server::Dispatcher::Host& host() { return *this; }
+  void open_port();
+  void open_later();
+  void await_opening();
+  void settle();
+  void end();
+  void judge(const Asked& asked, std::string_view text);
+  void later(Time delay, void (Server::*what)());
+
+  World& world_;
+  Network& network_;
+  Line& line_;
+  Oracle& oracle_;
+  std::unique_ptr<server::Dispatcher> dispatcher_;
+  std::map<int, std::shared_ptr<Call>> calls_;
+  std::map<int, server::Peer> processes_;
+  std::map<uint64_t, Asked> asked_;  // by connection, in order of arrival
+  std::shared_ptr<Call> writing_;
+  struct Report {
+    std::string text;
+    bool doubtful;  // it may be a line of a text
+  };
+  std::deque<Report> reports_;  // that have come and are to be pushed
+  bool free_text_ = false;      // the answers that may still come have texts in them
+  std::optional<server::TimePoint> armed_;
+  uint64_t life_ = 0;
+  server::BackOff back_off_;
+  bool lost_ = false;  // the port is to be opened again
+  bool killed_ = false;
+  bool stopping_ = false;
+  uint64_t started_ = 0;
+  int64_t last_process_ = 100;
+  uint64_t commands_ = 0;
+};
+
+}  // namespace qalt::simulation
+
+#endif  // QALT_TESTS_SIMULATION_SERVER_H_
