@@ -19,6 +19,7 @@ constexpr int kStandardItem = 0;
 Outcome outcome_of(const Error& error) {
   Outcome outcome;
   outcome.cause = int(error.cause);
+  outcome.fate = int(error.fate);
   outcome.what = error.what;
   return outcome;
 }

@@ -20,6 +20,7 @@ struct Entry {
 // What a call came to.
 struct Outcome {
   int cause = 0;  // 0: done; else a qalt::Cause, or what a C function returned
+  int fate = 0;   // a qalt::Fate
   std::string what;
   std::vector<Entry> contacts;
   std::vector<int> unreadable;

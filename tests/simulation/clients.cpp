@@ -58,8 +58,24 @@ void ClientProgram::told(const Call& call, const Outcome& outcome) const {
                                                Cause::kCollision, Cause::kInterrupted};
   const bool unchanged =
       std::find(kUnchanged.begin(), kUnchanged.end(), Cause(outcome.cause)) != kUnchanged.end();
-  const bool header = manner_ == Manner::kHeader;
-  if (header && unchanged && !call.written.empty()) wrong(call, outcome, "it has written");
+  if (manner_ != Manner::kHeader || outcome.done()) return;
+  if (unchanged && !call.written.empty()) wrong(call, outcome, "it has written");
+  for (const auto& [index, content] : call.written) {
+    const bool stands = around_.oracle.at(index) == content;
+    if (stands && Fate(outcome.fate) == Fate::kNotDone) wrong(call, outcome, "it is done");
+  }
+  const bool did = !call.written.empty() || around_.scenario.drops;
+  if (!did && outcome.what.find("was written") != outcome.what.npos &&
+      Fate(outcome.fate) == Fate::kDone)
+    wrong(call, outcome, "it is not done");
+}
+
+// Where nothing is wrong with anything, and nobody else is there, what is asked for is done.
+void ClientProgram::must_be_done(const Call& call, const Outcome& outcome) const {
+  const Scenario& scenario = around_.scenario;
+  const bool well = scenario.calm() && !scenario.drops && scenario.hidden.empty() &&
+                    scenario.clients.size() == 1 && scenario.own_changes == 0;
+  if (well && !outcome.done()) wrong(call, outcome, "why not?");
 }
 
 Entry ClientProgram::new_entry(int index) {
@@ -189,6 +205,7 @@ void ClientProgram::put() {
             only(entry.index, stored_of(entry)));
   const Outcome outcome = client_.put(entry);
   told(*call, outcome);
+  must_be_done(*call, outcome);
   if (outcome.done()) check_stored(*call, outcome, entry.index, stored_of(entry));
 }
 
@@ -214,6 +231,9 @@ void ClientProgram::change() {
   const Outcome outcome = client_.change(index, names ? std::optional(entry.name) : std::nullopt,
                                          names ? std::nullopt : std::optional(entry.number));
   told(*call, outcome);
+  const Content& now = oracle.at(index);
+  const bool fits = now && (name_length_ == 0 || int(now->name.size()) <= name_length_);
+  if (fits && !changed(*now).number.empty()) must_be_done(*call, outcome);
   if (outcome.done() && !oracle.stood(index, call->begun, [&](const Content& content) {
         return content && changed(*content) == *content;
       })) {
@@ -248,6 +268,7 @@ void ClientProgram::read(int first, int last) {
       begin("read of " + std::to_string(first) + " to " + std::to_string(last), nothing);
   const Outcome outcome = client_.read(first, last);
   told(*call, outcome);
+  must_be_done(*call, outcome);
   if (outcome.done()) check_reading(*call, outcome, first, last, true, false);
 }
 
@@ -297,12 +318,12 @@ void ClientProgram::by_import() {
   call->takes_turns = around_.scenario.calm() && around_.scenario.hidden.empty();
   const Outcome outcome = client_.import(entries);
   told(*call, outcome);
+  if (!outcome.done()) return;
   for (const Entry& entry : entries) {
-    bool stood = false;
-    for (int index = first_; index <= last_; ++index) {
-      stood |= around_.oracle.stood(index, call->begun, stored_of(entry));
-    }
-    if (outcome.done() && !stood) wrong(*call, outcome, "nowhere: " + shown(stored_of(entry)));
+    const Content wanted = stored_of(entry);
+    const bool stood = std::any_of(call->written.begin(), call->written.end(),
+                                   [&](const auto& write) { return write.second == wanted; });
+    if (!stood) wrong(*call, outcome, "nowhere: " + shown(wanted));
   }
 }
 
@@ -345,7 +366,7 @@ void ClientProgram::by_lines() {
 
 void ClientProgram::question() {
   constexpr std::array<std::string_view, 9> kQuestions = {
-      "AT+CSQ", "AT+CPBS?", "AT+CPBR=?", "AT", "AT+CMGR=1", "AT+CGMM", "AT+CSCS?", "AT+NONE=1", ""};
+      "AT+CSQ", "AT+CPBS?", "AT+CPBR=?", "AT", "AT+CMGR=2", "AT+CGMM", "AT+CSCS?", "AT+NONE=1", ""};
   std::string line(chance_.of(kQuestions));
   if (line.empty()) line = "AT+CPBR=" + std::to_string(some_index());
   const auto call = begin(line, nothing);

@@ -40,6 +40,7 @@ class ClientProgram {
   std::shared_ptr<Call> begin(std::string what, MayWrite may_write);
   // Ends it.
   void told(const Call& call, const Outcome& outcome) const;
+  void must_be_done(const Call& call, const Outcome& outcome) const;
   [[noreturn]] void wrong(const Call& call, const Outcome& outcome, const std::string& what) const;
 
   void start();

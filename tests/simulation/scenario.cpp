@@ -21,9 +21,10 @@ std::unique_ptr<Machine> make_sim(Chance& chance, Scenario& scenario) {
   constexpr std::array<int, 3> kFirst = {1, 0, 5};
   config.first_index = chance.of(kFirst);
   config.size = chance.between(5, 60);
+  if (chance.one_in(4)) config.profile = sim::Profile::kVendorUsim;
   config.empty = sim::EmptyAnswer(chance.below(3));
   config.send_lengths = !chance.one_in(4);
-  config.plain_numbers = chance.one_in(4);
+  config.plain_numbers = config.profile == sim::Profile::kStandard && chance.one_in(4);
   config.sim_contacts.clear();
   const int used = chance.below(config.size);
   for (int k = 0; k < used; ++k) {
@@ -40,7 +41,9 @@ std::unique_ptr<Machine> make_sim(Chance& chance, Scenario& scenario) {
   config.faults.busy = chance.one_in(5) ? unsigned(chance.below(8)) : 0;
   config.faults.drop_writes = scenario.drops = chance.one_in(12);
   config.faults.delay = Time(chance.one_in(4) ? chance.between(50, 900) : chance.between(0, 9));
-  scenario.text = "simulated modem, " + std::to_string(config.size) + " places from " +
+  scenario.vendor = config.profile != sim::Profile::kStandard;
+  scenario.text = "simulated modem, " + std::string(scenario.vendor ? "vendor's commands, " : "") +
+                  std::to_string(config.size) + " places from " +
                   std::to_string(config.first_index) + (scenario.drops ? ", drops writes" : "");
   return std::make_unique<SimMachine>(std::move(config));
 }
@@ -72,6 +75,7 @@ std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
   settings.verbose = !chance.one_in(5);
   settings.quiet = chance.one_in(8);
   settings.errors = chance.below(3);
+  settings.message_format = 1;  // texts as they are
   options.bare_at_fails = chance.one_in(6);
   options.blanks = chance.one_in(3);
   options.lines_framed = chance.one_in(4);
@@ -151,17 +155,22 @@ Scenario make_scenario(uint64_t seed) {
   Chance chance(seed);
   Scenario scenario;
   scenario.seed = seed;
-  scenario.machine = chance.one_in(2) ? make_sim(chance, scenario) : make_handset(chance, scenario);
+  const bool own = chance.one_in(2);  // the handset has keys
+  scenario.machine = own ? make_handset(chance, scenario) : make_sim(chance, scenario);
   scenario.line = make_line(chance);
   constexpr std::array<Manner, 4> kManners = {Manner::kHeader, Manner::kImporter,
                                               Manner::kFunctions, Manner::kLines};
   constexpr std::array<std::string_view, 4> kWords = {"header", "importer", "C functions", "lines"};
   for (int k = chance.between(1, 4); k > 0; --k) {
-    scenario.clients.push_back(chance.of(kManners));
+    Manner manner = chance.of(kManners);
+    // The texts of the C functions would be coded otherwise.
+    if (scenario.vendor && manner == Manner::kFunctions) manner = Manner::kHeader;
+    scenario.clients.push_back(manner);
     scenario.text +=
         std::string(k == 1 ? ", " : ", ") + std::string(kWords[size_t(scenario.clients.back())]);
   }
   scenario.calls = chance.between(5, 25);
+  if (chance.one_in(5)) scenario.own_changes = own * chance.between(1, 60);
   scenario.lives = chance.one_in(4) ? chance.between(1, 4) : 0;
   return scenario;
 }

@@ -36,7 +36,9 @@ std::vector<std::string> lines_of(std::string_view text) {
 // The modem is asked for indices: which.
 std::optional<std::pair<int, int>> range_of(const std::string& line) {
   const auto commands = at::split_line(line);
-  if (!commands || commands->size() != 1 || commands->front().name != "+CPBR") return std::nullopt;
+  if (!commands || commands->size() != 1 || !commands->front().name.ends_with("CPBR")) {
+    return std::nullopt;
+  }
   const std::string& arguments = commands->front().arguments;
   if (arguments.empty() || arguments.find_first_not_of("0123456789,") != arguments.npos) {
     return std::nullopt;
