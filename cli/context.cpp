@@ -99,6 +99,12 @@ void Context::warn_unreadable(const Reading& reading) {
     failed({Cause::kRefused,
             "index " + std::to_string(gap.index) + " could not be read: " + gap.why, ""});
   }
+  if (reading.missing > 0) {
+    failed({Cause::kRefused,
+            "the modem counts " + std::to_string(reading.missing) +
+                " more contacts than its indices give",
+            "try again; what is shown is not all"});
+  }
 }
 
 void Context::failed(const Error& error) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 
 namespace qalt::server {
 namespace {
@@ -18,6 +19,11 @@ constexpr std::array<std::string_view, 16> kFreeText = {
 // Of vendors' commands those of the phonebook.
 constexpr std::array<std::string_view, 5> kNamedOfVendors = {"^SCPBR", "^SCPBW", "^CPBR", "^CPBW",
                                                              "^CARDMODE"};
+
+// Names that no report has.
+constexpr std::array<std::string_view, 8> kPhonebooks = {"+CPBR", "+CPBW",  "+CPBS",  "+CPBF",
+                                                         "+CSCS", "+JCPBR", "+JCPBW", "^SCPBR"};
+constexpr std::array<std::string_view, 3> kReads = {"+CPBR", "+JCPBR", "^SCPBR"};
 
 constexpr std::string_view kNamePrefixes = "+^*%$#";
 
@@ -46,6 +52,26 @@ bool answers_by_name(const at::Command& command) {
 bool is_result(std::string_view line) {
   return line == "OK" || line == "ERROR" || line == kNotSupported || line == kCommandNotSupport ||
          line.starts_with("+CME ERROR:") || line.starts_with("+CMS ERROR:");
+}
+
+bool is_anothers(const at::Command& command, std::string_view line) {
+  const size_t colon = line.find(':');
+  const std::string_view name = line.substr(0, colon);
+  if (colon == line.npos || !lists(kPhonebooks, name)) return false;
+  if (name != command.name) return true;
+  if (command.form != at::Form::kSet || !lists(kReads, name)) return false;
+  const auto range = at::split_arguments(command.arguments);
+  const size_t digits = line.find_first_not_of(' ', colon + 1);
+  if (!range || digits == line.npos) return false;
+  const auto number = [](std::string_view text) {
+    int value = -1;
+    std::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
+  };
+  const int index = number(line.substr(digits));
+  const int first = number(range->front().value);
+  const int last = number(range->back().value);
+  return index >= 0 && first >= 0 && last >= 0 && (index < first || index > last);
 }
 
 bool bears_name(std::string_view line) {

@@ -27,6 +27,11 @@ bool is_result(std::string_view line);
 // "+CREG: 1", "^RSSI:18": a line that bears a name.
 bool bears_name(std::string_view line);
 
+// Whether a line cannot belong to the answer of `command`, nor be a report: it bears the name of
+// another of the phonebook's commands, or an index that was not asked for. The answers are then
+// those to the questions before, because of a result too many.
+bool is_anothers(const at::Command& command, std::string_view line);
+
 }  // namespace qalt::server
 
 #endif  // QALT_SERVER_COMMAND_ANSWERS_H_

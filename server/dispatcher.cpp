@@ -81,11 +81,7 @@ void Dispatcher::tick(TimePoint now) {
   if (!deadline() || now < deadline_) return;
   switch (state_) {
     case State::kWaiting:
-      host_.note(LOG_WARNING, "no answer in time to " + sent_);
-      settings_.unanswered(sender_, sent_);
-      finish_current("");
-      settings_.lost();
-      return resync(now);
+      return give_up(now, "no answer in time to ");
     case State::kPreparing:
     case State::kStarting:
       host_.note(LOG_WARNING, "no answer in time to the server's own " + sent_);
@@ -172,6 +168,10 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
     if (!prompt) go_on(resync_.answered(event.text, now), now);
     return;
   }
+  if (event.anothers && state_ == State::kWaiting) {
+    reader_.expect_nothing();
+    return give_up(now, "the answer to another command came to ");
+  }
   reader_.expect_nothing();
   const bool ok = !prompt && (is_ok(event.text) || event.too_long || event.unfit);
   if (state_ == State::kStarting) {
@@ -196,6 +196,15 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
   // An answer that ended within quotes may have been a stored text with a line "OK" in it.
   if (prompt || event.open_quote) return resync(now);
   next(now);
+}
+
+// What became of the command under way is not known.
+void Dispatcher::give_up(TimePoint now, const std::string& why) {
+  host_.note(LOG_WARNING, why + sent_);
+  settings_.unanswered(sender_, sent_);
+  finish_current("");
+  settings_.lost();
+  resync(now);
 }
 
 void Dispatcher::finish_current(std::string_view text) {

@@ -80,6 +80,7 @@ class Dispatcher {
   void send(State state, const std::string& line, std::chrono::milliseconds timeout, TimePoint now);
   void handle(StreamEvent event, TimePoint now);
   void answered(const StreamEvent& event, TimePoint now);
+  void give_up(TimePoint now, const std::string& why);
   void finish_current(std::string_view text);
   void drop(const Command& command, std::string_view text);
   void drop_all(std::string_view text);

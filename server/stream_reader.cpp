@@ -45,6 +45,8 @@ void StreamReader::expect_answer(std::string_view command) {
     prompting_ |= may_prompt(part);
     dialling_ |= part.name == "D" || part.name == "A" || part.name == "O";
   }
+  sole_.reset();
+  if (named_ && parts->size() == 1) sole_ = parts->front();
   begin(command);
 }
 
@@ -53,6 +55,7 @@ void StreamReader::expect_resync(std::string_view command) {
     std::string name = part.name + ":";
     if (!is_own(name)) own_names_.push_back(std::move(name));
   }
+  sole_.reset();
   begin(command);
   resyncing_ = true;
 }
@@ -66,7 +69,7 @@ void StreamReader::begin(std::string_view command) {
   expecting_ = echo_possible_ = true;
   command_ = command;
   answer_.clear();
-  too_long_ = odd_quotes_ = owed_ = resyncing_ = false;
+  too_long_ = odd_quotes_ = anothers_ = owed_ = resyncing_ = false;
   blank_ = 0;
   stale_ = input_.size();
 }
@@ -148,6 +151,10 @@ std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
   }
   if (take_echo(line, content)) return std::nullopt;
   const bool final = is_final(content);
+  if (sole_ && is_anothers(*sole_, content)) {
+    anothers_ = true;
+    return std::nullopt;
+  }
   if (!final && !is_own(content) && (is_report(content) || (named_ && bears_name(content)))) {
     withdraw_blank();
     return report_head(content);
@@ -187,6 +194,7 @@ std::optional<StreamEvent> StreamReader::report_head(std::string_view content) {
 StreamEvent StreamReader::finish(StreamEvent::Kind kind) {
   expecting_ = false;
   StreamEvent event = checked({kind, std::exchange(answer_, {})}, too_long_);
+  event.anothers = anothers_;
   event.open_quote = odd_quotes_ && !event.too_long;
   return event;
 }

@@ -19,6 +19,7 @@
 #include <string_view>
 #include <vector>
 
+#include "at/at_line.h"
 #include "qalt_at/link.h"
 
 namespace qalt::server {
@@ -34,6 +35,7 @@ struct StreamEvent {
   std::string text;
   bool too_long = false;    // does not fit a frame; `text` is empty
   bool unfit = false;       // holds a NUL, which a frame's text cannot; `text` is empty
+  bool anothers = false;    // holds lines of the answer to another command
   bool open_quote = false;  // an odd number of quotes: it may have ended too early
 };
 
@@ -84,10 +86,12 @@ class StreamReader {
   bool resyncing_ = false;
   std::string command_;
   std::vector<std::string> own_names_;
+  std::optional<at::Command> sole_;  // the command, where the line has one that is known
 
   std::string answer_;
   bool too_long_ = false;
   bool odd_quotes_ = false;
+  bool anothers_ = false;
   size_t blank_ = 0;      // length of the empty line that the answer ends with at the moment
   bool owed_ = false;     // a report took the empty line before it along
   std::string headline_;  // a report that waits for its line of data

@@ -69,6 +69,7 @@ namespace qalt {
 struct Reading {
   std::vector<Contact> contacts; /* by index */
   std::vector<Unreadable> unreadable;
+  int missing = 0; /* contacts that the modem counts and no index gives; of all indices only */
 };
 
 namespace detail {
@@ -167,7 +168,7 @@ class Phonebook {
   detail::Answer look_at(int index) const;
   Result<std::optional<bool>> holds_by_count(int index);
   Result<bool> holds_contact(int index);
-  Result<Contact> write(const detail::WireContact& wire);
+  Result<Contact> write(const detail::WireContact& wire, const Contact* old);
   static void remember(const detail::WireContact& wire);
   static void remember(const detail::WireReading& reading);
 

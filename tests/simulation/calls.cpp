@@ -63,7 +63,8 @@ ssize_t recv(int descriptor, void* bytes, size_t size, int flags) {
 }
 int poll(pollfd* events, nfds_t count, int timeout) {
   if (simulated()) return network().poll(events, count, timeout);
-  return int(syscall(SYS_poll, events, count, timeout));
+  const timespec limit = {timeout / 1000, timeout % 1000 * 1000000L};
+  return int(syscall(SYS_ppoll, events, count, timeout < 0 ? nullptr : &limit, nullptr, 0));
 }
 int __poll_chk(pollfd* events, nfds_t count, int timeout, size_t) {
   return poll(events, count, timeout);

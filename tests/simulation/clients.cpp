@@ -64,10 +64,7 @@ void ClientProgram::told(const Call& call, const Outcome& outcome) const {
     const bool stands = around_.oracle.at(index) == content;
     if (stands && Fate(outcome.fate) == Fate::kNotDone) wrong(call, outcome, "it is done");
   }
-  const bool did = !call.written.empty() || around_.scenario.drops;
-  if (!did && outcome.what.find("was written") != outcome.what.npos &&
-      Fate(outcome.fate) == Fate::kDone)
-    wrong(call, outcome, "it is not done");
+  if (!call.wrote && Fate(outcome.fate) == Fate::kDone) wrong(call, outcome, "it is not done");
 }
 
 // Where nothing is wrong with anything, and nobody else is there, what is asked for is done.
@@ -131,6 +128,7 @@ void ClientProgram::start() {
       name_length_ = outcome.name_length;
       return;
     }
+    if (around_.scenario.calm()) wrong(*call, outcome, "why not?");
     around_.world.sleep(Time(5000));
   }
 }

@@ -69,6 +69,7 @@ void Line::hang_up(Time when) {
   world_.at(last_, [this, opening = opening_] {
     if (opening != opening_) return;
     world_.record('#', "the line is hung up");
+    if (chance_.one_in(2)) machine_.power_cycle();
     away_until_ = world_.now() + Time(chance_.one_in(2) ? 0 : chance_.between(100, 40000));
     close();
     handlers_.hung_up();
@@ -164,7 +165,10 @@ std::shared_ptr<Exchange> Line::write(std::string_view bytes) {
   }
   if (answer.empty()) return exchange;
   const std::string& stubborn = faults_.stubborn;
-  const bool never = command && (chance_.one_in(faults_.never) ||
+  if (command && chance_.one_in(faults_.dead)) {
+    dead_until_ = world_.now() + Time(chance_.between(1000, 120000));
+  }
+  const bool never = command && (chance_.one_in(faults_.never) || world_.now() < dead_until_ ||
                                  (!stubborn.empty() && exchange->line.starts_with(stubborn)));
   const bool cut = command && !never && chance_.one_in(faults_.cut);
   const bool late = command && !never && chance_.one_in(faults_.late);

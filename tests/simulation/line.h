@@ -22,6 +22,7 @@ struct LineFaults {
   int never = 0;         // carried out, and not answered
   int cut = 0;           // the end of the answer is lost
   int hang_up = 0;       // before the command, behind it, or in the middle of its answer
+  int dead = 0;          // nothing is answered for a minute or two
   int pieces = 0;        // the answer comes in several reads
   int reports = 0;       // one or more beside or inside the answer
   int silence = 0;       // minutes between reports at rest, on average
@@ -75,6 +76,7 @@ class Line {
   bool open_ = false;
   uint64_t opening_ = 0;  // what was said before it is not heard
   Time away_until_{0};
+  Time dead_until_{0};
   Time last_{0};  // when the last piece comes
   int reports_ = 0;
 };

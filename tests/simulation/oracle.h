@@ -37,6 +37,7 @@ struct Call {
   std::map<int, Look> looks;  // when the call last had an index read
   Look counted;               // and the contacts counted
   std::map<int, Content> written;
+  bool wrote = false;    // a command of it that writes was carried out
   bool touched = false;  // a command of it was not answered as it should be
   int commands = 0;
 };

@@ -13,8 +13,8 @@ namespace {
 
 // Beginnings of names: plain, with what the GSM alphabet has elsewhere or not at all, with what AT
 // parsers trip over.
-constexpr std::array<std::u16string_view, 8> kNames = {u"Anna ", u"Jürgen £", u"Ελένη ", u"Иван",
-                                                       u"李",    u"a;b,c ",   u"> ",     u"OK\\"};
+constexpr std::array<std::u16string_view, 9> kNames = {
+    u"Anna ", u"Jürgen £", u"Ελένη ", u"Иван", u"李", u"a;b,c ", u"> ", u"OK\\", u"\"q "};
 
 std::unique_ptr<Machine> make_sim(Chance& chance, Scenario& scenario) {
   sim::Config config;
@@ -123,6 +123,7 @@ LineFaults make_line(Chance& chance) {
   line.never = some();
   line.cut = some();
   line.hang_up = some();
+  if (chance.one_in(4)) line.dead = chance.between(100, 400);
   constexpr std::array<std::string_view, 3> kStubborn = {"AT+CSCS=\"IRA\"", "AT+CSCS?", "AT+CPBS?"};
   if (chance.one_in(10)) line.stubborn = chance.of(kStubborn);
   return line;
@@ -131,8 +132,8 @@ LineFaults make_line(Chance& chance) {
 }  // namespace
 
 bool Scenario::calm() const {
-  return line.late + line.never + line.cut + line.hang_up == 0 && line.stubborn.empty() &&
-         lives == 0;
+  return line.late + line.never + line.cut + line.hang_up + line.dead == 0 &&
+         line.stubborn.empty() && lives == 0;
 }
 
 Stored new_contact(Chance& chance, int number, int longest_name) {
@@ -166,8 +167,7 @@ Scenario make_scenario(uint64_t seed) {
     // The texts of the C functions would be coded otherwise.
     if (scenario.vendor && manner == Manner::kFunctions) manner = Manner::kHeader;
     scenario.clients.push_back(manner);
-    scenario.text +=
-        std::string(k == 1 ? ", " : ", ") + std::string(kWords[size_t(scenario.clients.back())]);
+    scenario.text += ", " + std::string(kWords[size_t(scenario.clients.back())]);
   }
   scenario.calls = chance.between(5, 25);
   if (chance.one_in(5)) scenario.own_changes = own * chance.between(1, 60);

@@ -54,6 +54,7 @@ class Server : private server::Dispatcher::Host, private Service {
 
   server::Dispatcher::Host& host() { return *this; }
   void open_port();
+  void open_again();
   void open_later();
   void await_opening();
   void settle();

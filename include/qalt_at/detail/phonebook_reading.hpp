@@ -169,7 +169,8 @@ inline Result<detail::WireReading> Phonebook::read_whole() {
     if (!reading) return reading;
     remember(*reading);
     known_.reset();
-    const auto after = reading->refused.empty() ? before : counts();
+    const bool settled = reading->refused.empty() && reading->missing == 0;
+    const auto after = settled ? before : counts();
     if (!after) return after.error();
     if (after->used != used) {
       if (round < kMostRounds) continue;
@@ -218,6 +219,7 @@ inline Result<Reading> Phonebook::read(int nFirst, int nLast) {
   if (!wires) return wires.error();
   Reading reading;
   reading.unreadable = std::move(wires->unreadable);
+  reading.missing = wires->missing;
   for (const auto& [index, wire] : wires->contacts) {
     reading.contacts.push_back(*detail::contact_of(wire, detail::text_form(info_)));
   }

@@ -32,6 +32,14 @@ inline std::string difference(const Contact& written, const Contact& read) {
   return text;
 }
 
+/* Whether what was found may be what the modem made of what was written, and not what stood there
+ * before. */
+inline bool is_alike(const Contact& found, const Contact& written) {
+  const bool number = !found.number.empty() && found.number == written.number;
+  return number ||
+         (!found.name.empty() && written.name.compare(0, found.name.size(), found.name) == 0);
+}
+
 /* A quote, a line end, Ctrl-Z or ESC would end the parameter or the line, and what follows would be
  * a command. Only fields that are kept as the modem gave them can hold one. */
 inline bool is_safe(const WireContact& wire) {
@@ -94,7 +102,8 @@ inline std::string Phonebook::write_line(const Contact& contact, Limits limits) 
   return wire ? detail::write_line(info_.family, *wire) : "";
 }
 
-inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
+/* `old`: what stood there, where it is known. */
+inline Result<Contact> Phonebook::write(const detail::WireContact& wire, const Contact* old) {
   const std::string place = "write index " + std::to_string(wire.index);
   if (info_.plain) {
     return Error{Cause::kRefused, "could not " + place + ": the modem has no character set UCS2",
@@ -143,17 +152,29 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire) {
     if (was_known) (known_ = std::move(was_known))->insert(wire.index);
     return found;
   }
-  if (unknown) return detail::unchanged(answer, place, ", and it is not stored");
-  return Error{Cause::kDiffers,
-               "index " + std::to_string(wire.index) +
-                   " is not stored as written: " + detail::difference(*written, found),
-               "the modem said OK all the same; look at the entry before trying again",
-               Fate::kDone};
+  const std::string seen = "index " + std::to_string(wire.index) +
+                           " is not stored as written: " + detail::difference(*written, found);
+  if (!unknown) {
+    return Error{Cause::kDiffers, seen,
+                 "the modem said OK all the same; look at the entry before trying again",
+                 Fate::kDone};
+  }
+  const bool as_before = old != nullptr ? says_all(found, *old) && says_all(*old, found)
+                                        : !detail::is_alike(found, *written);
+  if (as_before) return detail::unchanged(answer, place, ", and it is not stored");
+  return detail::unseen(answer, wire.index, "written", {Cause::kDiffers, seen, ""});
 }
 
 inline Result<int> Phonebook::free_index(int wanted) {
   auto reading = read_whole();
   if (!reading) return reading.error();
+  const bool full = info_.total > 0 && info_.used >= info_.total;
+  if (reading->missing > 0 && !full) {
+    return Error{Cause::kRefused,
+                 "the modem counts " + std::to_string(reading->missing) +
+                     " more contacts than its indices give: any may stand in the way",
+                 "overwrite an index on purpose"};
+  }
   /* An index that could not be read may hold a contact. */
   for (const Unreadable& gap : reading->unreadable) {
     if (gap.index == wanted) {
@@ -206,7 +227,7 @@ inline Result<Contact> Phonebook::put(const Contact& contact, Limits limits) {
   if (!info_.has_index(contact.index)) return wrong_index(contact.index);
   const auto wire = wire_of(contact, limits);
   if (!wire) return wire.error();
-  return write(*wire);
+  return write(*wire, nullptr);
 }
 
 inline Result<Contact> Phonebook::change(int nIndex, const Changes& changes) {
@@ -214,6 +235,8 @@ inline Result<Contact> Phonebook::change(int nIndex, const Changes& changes) {
   if (!job.result()) return job.result().error();
   auto wire = get_wire(nIndex);
   if (!wire) return wire.error();
+  const auto old = detail::contact_of(*wire, detail::text_form(info_));
+  if (!old) return old.error();
   std::string wrong;
   for (const FieldRow& field : kFields) {
     const auto& value = changes.fields[static_cast<size_t>(field.type)];
@@ -230,7 +253,7 @@ inline Result<Contact> Phonebook::change(int nIndex, const Changes& changes) {
   }
   if (wrong.empty()) wrong = detail::check_line(info_.family, *wire);
   if (!wrong.empty()) return Error{Cause::kUsage, wrong, ""};
-  return write(*wire);
+  return write(*wire, &*old);
 }
 
 inline detail::Answer Phonebook::look_at(int index) const {
@@ -263,7 +286,14 @@ inline Result<bool> Phonebook::holds_contact(int index) {
   for (int round = 0;; ++round) {
     const auto held = holds_by_count(index);
     if (!held) return held.error();
-    if (*held) return **held;
+    if (*held && **held) return true;
+    if (*held) {
+      /* Once more, behind the counting: another's contact may have come and a third gone. */
+      const detail::Answer again = look_at(index);
+      const detail::Place now = detail::place_of(again);
+      if (now == detail::Place::kUnseen) return detail::failure(again, detail::read_job(index));
+      return now == detail::Place::kHeld;
+    }
     if (round == kMostRounds) break;
     const auto whole = read_whole();
     if (!whole) return whole.error();

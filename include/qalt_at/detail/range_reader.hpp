@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -115,7 +116,8 @@ class Link {
       if (!answer.ok()) return answer;
     }
     const Answer answer = exchange(line, timeout_ms, prefix);
-    doubtful_ = answer.untold() || !answer.sent() || answer.busy();
+    /* A modem that has restarted says ERROR at first, and has the defaults selected. */
+    doubtful_ = answer.untold() || !answer.sent() || answer.busy() || answer.reply == Reply::kError;
     return answer;
   }
 
@@ -138,6 +140,7 @@ inline std::string read_job(int index) {
 struct WireReading {
   std::map<int, WireContact> contacts;
   std::vector<Unreadable> unreadable;
+  int missing = 0;          /* contacts that the modem counts and no index gives */
   std::vector<int> refused; /* answered ERROR, and empty if the number of contacts says so */
 };
 
@@ -154,10 +157,13 @@ class RangeReader {
     used_ = used;
     Result<Done> done = walk(first, last);
     if (done && again) done = ask_refused_again();
+    if (done && used >= 0) done = ask_one_by_one(first, last);
     if (!done) return done.error();
     /* Too few contacts were found: any of these may hold a missing one, so none is left out. */
     if (used >= 0 && !found_all()) {
       for (const int index : std::exchange(reading_.refused, {})) note(index, kRefusedWhy);
+      reading_.missing =
+          std::max(0, used - found() - static_cast<int>(reading_.unreadable.size()) + garbled_);
     }
     std::sort(reading_.unreadable.begin(), reading_.unreadable.end(), by_index);
     return std::move(reading_);
@@ -175,9 +181,8 @@ class RangeReader {
   static constexpr int kMostSilent = 3;
   static constexpr int kRetries = 3;
 
-  bool found_all() const {
-    return used_ >= 0 && static_cast<int>(reading_.contacts.size()) + garbled_ >= used_;
-  }
+  int found() const { return static_cast<int>(reading_.contacts.size()) + garbled_; }
+  bool found_all() const { return used_ >= 0 && found() >= used_; }
   void note(int index, const std::string& why) { reading_.unreadable.push_back({index, why}); }
 
   Result<Done> walk(int first, int last) {
@@ -229,6 +234,23 @@ class RangeReader {
         if (!answer.sent()) return lost(answer, index, index);
         if (!take(answer, range)) give_up(answer, index);
       }
+    }
+    return Done{};
+  }
+
+  /* An answer may have lost lines on its way, and a modem may cap what it gives at once: where
+   * contacts are missing, those that gave none are asked for alone. */
+  Result<Done> ask_one_by_one(int first, int last) {
+    std::set<int> told(reading_.refused.begin(), reading_.refused.end());
+    for (const Unreadable& gap : reading_.unreadable) told.insert(gap.index);
+    for (const auto& [index, contact] : reading_.contacts) told.insert(index);
+    for (int index = first; index <= last && !found_all(); ++index) {
+      if (!told.insert(index).second) continue;
+      if (link_.stopped()) return interrupted(index);
+      const Range range{index, index};
+      const Answer answer = ask(range);
+      if (!answer.sent()) return lost(answer, index, index);
+      if (!take(answer, range)) give_up(answer, index);
     }
     return Done{};
   }

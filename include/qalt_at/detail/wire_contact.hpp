@@ -31,6 +31,7 @@ struct WireContact {
   int index = kNoIndex;
   std::array<std::string, PB_FIELD_TYPES> fields; /* by PB_FIELD_ code */
   int coding = 0;
+  std::string type; /* of the number, as it was read with the standard commands; else by its "+" */
   std::string further; /* behind the last parameter, with the standard commands; see Contact */
 };
 
@@ -103,7 +104,8 @@ inline std::string write_line(Family family, const WireContact& contact) {
     if (parameter == kIndex) {
       line += std::to_string(contact.index);
     } else if (parameter == kType) {
-      line += is_international(*number) ? "145" : "129";
+      const std::string by_sign = is_international(*number) ? "145" : "129";
+      line += contact.type.empty() ? by_sign : contact.type;
     } else if (parameter == kCoding) {
       line += '1';
     } else {
@@ -140,10 +142,13 @@ inline std::optional<WireContact> read_answer_line(Family family, const std::str
       }
       contact.index = static_cast<int>(index);
     } else if (parameter == kType) {
-      /* A type says that a number without "+" is international; a type of 0, that there is none. */
-      const bool plain = !number->empty() && !is_international(*number);
+      /* A type says that a number without "+" is international; of ^SCPBR one of 0, that there is
+       * none. Others (TS 24.008, 10.5.4.7) are kept. */
+      const bool plain = !number->empty() && number->front() >= '0' && number->front() <= '9';
       if (plain && value == std::to_string(PB_TYPE_INTERNATIONAL)) number->insert(0, 1, '+');
-      if (value == "0") number->clear();
+      if (value == "0" && family == Family::kScpbr) number->clear();
+      const bool digits = value.find_first_not_of("0123456789") == value.npos;
+      if (family == Family::kStandard && digits && value.size() <= 3) contact.type = value;
     } else if (parameter == kCoding) {
       contact.coding = static_cast<int>(std::strtol(value.c_str(), nullptr, 10));
     } else if (parameter != kSkip) {
@@ -297,6 +302,7 @@ inline bool put_field(const Info& info, const FieldRow& field, const std::string
     coded = encode_text(value, text_form(info), length_limit(info, field));
   }
   if (coded) wire.fields[static_cast<size_t>(field.type)] = *coded;
+  if (field.type == PB_FIELD_NUMBER) wire.type.clear();
   return coded.has_value();
 }
 
