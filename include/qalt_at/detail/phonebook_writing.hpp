@@ -149,7 +149,8 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire, const C
     found = *detail::contact_of(stored->contacts.begin()->second, form);
   }
   if (says_all(found, *written)) {
-    if (was_known) (known_ = std::move(was_known))->insert(wire.index);
+    known_ = std::move(was_known);
+    if (known_) known_->insert(wire.index);
     return found;
   }
   const std::string seen = "index " + std::to_string(wire.index) +
@@ -338,7 +339,8 @@ inline Result<Done> Phonebook::erase(int nIndex) {
     return detail::unseen(answer, nIndex, "deleted", why);
   }
   PBB_DeletePB(nIndex);
-  if (was_known) (known_ = std::move(was_known))->erase(nIndex);
+  known_ = std::move(was_known);
+  if (known_) known_->erase(nIndex);
   return Done{};
 }
 
