@@ -6,17 +6,23 @@
 namespace qalt::at {
 namespace {
 
-constexpr std::string_view kPrefixes = "+^$%*#!";
+constexpr std::string_view kPrefixes = "+^$%*#!@_";
+// What may stand between a dialling command and its digits (ITU-T V.250, 6.3.1, and punctuation).
+constexpr std::string_view kDialModifiers = "TPWLGI,!@\"()-./";
 constexpr std::array<std::string_view, 6> kSecretWords = {"PIN",  "PUK", "PWD",
                                                           "PASS", "LCK", "LOCK"};
+// User names and passwords, of letters too, follow two other values.
+constexpr std::string_view kAccountWord = "AUTH";
+constexpr int kAccountValue = 2;
 // Instructions: VERIFY, CHANGE, DISABLE, ENABLE and UNBLOCK PIN.
 constexpr std::array<std::string_view, 5> kPinInstructions = {"20", "24", "26", "28", "2C"};
 // Class, instruction, two parameters and the length, in digits.
 constexpr size_t kCardHeader = 10;
 constexpr size_t kLongestName = 32;
 constexpr size_t kLongestServiceCode = 8;
-// A service code in UCS2 begins so.
-constexpr std::array<std::string_view, 2> kCodedStarts = {"002A", "0023"};
+constexpr std::array<std::string_view, 2> kServiceCommands = {"+CUSD", "+CSTF"};
+// A service code in UCS2 begins so, and one in octets.
+constexpr std::array<std::string_view, 4> kCodedStarts = {"002A", "0023", "2A", "23"};
 // Registering a password, changing a PIN, unblocking one; call barring.
 constexpr std::array<std::string_view, 12> kServiceCodes = {
     "03", "04", "042", "05", "052", "33", "330", "331", "332", "333", "35", "351"};
@@ -72,6 +78,7 @@ char SecretMask::take(char byte) {
     reset();
   } else if (byte == '"' || byte == ',') {
     quoted_ ^= byte == '"';
+    values_ += byte == ',' && !quoted_ ? 1 : 0;
     text_.clear();
   } else if (is_secret(capital(byte))) {
     return '*';
@@ -80,30 +87,37 @@ char SecretMask::take(char byte) {
 }
 
 void SecretMask::take_name(char letter) {
-  const bool dials = name_ == "D";
-  if (!name_.empty() && !dials) {
-    if (is_of_name(letter) && name_.size() < kLongestName) {
-      name_ += letter;
-      return;
-    }
-    if (letter == '=') {
-      const bool card = name_ == "+CSIM" || name_ == "+CGLA";
-      value_ = names_secret(name_) ? Value::kSecret
-               : card              ? Value::kCardCommand
-               : name_ == "+CUSD"  ? Value::kServiceCode
-                                   : Value::kNone;
-      name_.clear();
-      return;
-    }
-  }
-  if (dials && (letter == 'T' || letter == 'P')) return;
-  if (dials && (letter == '*' || letter == '#')) {
+  if (dials_ && (letter == '*' || letter == '#')) {
     value_ = Value::kServiceCode;
     text_ = letter;
     return;
   }
-  const bool begins = letter == 'D' || kPrefixes.find(letter) != kPrefixes.npos;
-  name_ = begins ? std::string(1, letter) : "";
+  dials_ = dials_ && kDialModifiers.find(letter) != kDialModifiers.npos;
+  if (dials_) quoted_ ^= letter == '"';
+  if (!name_.empty()) {
+    if (is_of_name(letter) && name_.size() < kLongestName) {
+      name_ += letter;
+      return;
+    }
+    const bool account = name_.find(kAccountWord) != name_.npos;
+    // The answer to a question for them bears them, too.
+    if (letter == '=' || (letter == ':' && account)) {
+      const bool card = name_ == "+CSIM" || name_ == "+CGLA";
+      value_ = account                        ? Value::kAccount
+               : names_secret(name_)          ? Value::kSecret
+               : card                         ? Value::kCardCommand
+               : has(kServiceCommands, name_) ? Value::kServiceCode
+                                              : Value::kNone;
+      quoted_ = false;
+      name_.clear();
+      return;
+    }
+  }
+  if (letter == 'D') {
+    dials_ = true;
+    quoted_ = false;
+  }
+  name_ = kPrefixes.find(letter) != kPrefixes.npos ? std::string(1, letter) : "";
 }
 
 bool SecretMask::is_secret(char letter) {
@@ -112,6 +126,8 @@ bool SecretMask::is_secret(char letter) {
       return false;
     case Value::kSecret:
       return is_decimal(letter);
+    case Value::kAccount:
+      return values_ >= kAccountValue;
     case Value::kServiceCode:
       if (text_.size() < kLongestServiceCode) text_ += letter;
       if (is_service_code(text_) || has(kCodedStarts, text_)) value_ = Value::kSecret;

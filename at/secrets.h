@@ -2,13 +2,14 @@
 //
 // Masked are the digits of
 //   - the values of a command whose name says that it takes such, whatever its prefix: with PIN,
-//   PUK,
-//     PWD, PASS, LCK or LOCK in it ("+CPIN=", "+CPIN2=", "+CPWD=", "+CLCK=", "^CPIN=");
-//   - a service code that is dialled, or sent by "+CUSD=": passwords of call barring, changing and
+//     PUK, PWD, PASS, LCK or LOCK in it ("+CPIN=", "+CPIN2=", "+CPWD=", "+CLCK=", "^CPIN=");
+//   - a service code that is dialled, whatever dial modifiers lead in, or sent by "+CUSD=" or
+//     "+CSTF=", as text or in hexadecimal digits: passwords of call barring, changing and
 //     unblocking PINs (3GPP TS 22.030, 6.5.4 and 6.6: "*33*PASSWORD#", "**04*OLD*NEW*NEW#");
-//   - what a command to the card carries in "+CSIM=" and "+CGLA=", if it is about a PIN (ETSI TS
-//   102
-//     221, 11.1.9 to 11.1.13).
+//   - what a command to the card carries in "+CSIM=" and "+CGLA=", if it is about a PIN (ETSI
+//     TS 102 221, 11.1.9 to 11.1.13);
+// and, letters and all, the user names and passwords of commands with AUTH in their name
+// ("+CGAUTH=1,1,USER,PASSWORD") and of the answers to them.
 // Blanks, which a modem passes over, hide nothing. The bytes may come in pieces of any size, as the
 // echo of a command does.
 #ifndef QALT_AT_SECRETS_H_
@@ -25,16 +26,18 @@ class SecretMask {
   std::string masked(std::string_view bytes);
 
  private:
-  enum class Value { kNone, kSecret, kServiceCode, kCardCommand };
+  enum class Value { kNone, kSecret, kAccount, kServiceCode, kCardCommand };
 
   char take(char byte);
   void take_name(char letter);
   bool is_secret(char letter);
   void reset();
 
-  std::string name_;  // of the command at hand, "D" of a dialling one
+  std::string name_;  // of the command at hand
   std::string text_;  // of its value, as far as it tells what the rest is
   Value value_ = Value::kNone;
+  int values_ = 0;      // commas passed in the command at hand
+  bool dials_ = false;  // a dialling command has no digits yet
   bool quoted_ = false;
 };
 

@@ -1,5 +1,6 @@
 #include "cli/import_run.h"
 
+#include <chrono>
 #include <utility>
 
 #include "cli/failure.h"
@@ -8,6 +9,9 @@
 
 namespace qalt::cli {
 namespace {
+
+constexpr std::chrono::seconds kFresh{5};
+constexpr int kLooksAgain = 2;
 
 class Writer {
  public:
@@ -19,7 +23,7 @@ class Writer {
     for (bool once_more = true;;) {
       const WriteTurn turn;
       if (planned.overwritten.empty()) {
-        const auto occupant = occupant_of(contact.index);
+        const auto occupant = fresh_look(contact.index);
         if (!occupant) return occupant.error();
         if (*occupant && says_all(**occupant, contact)) {
           ++tally_.met;
@@ -56,6 +60,16 @@ class Writer {
     auto contact = book_.get(index);
     if (!contact) return contact.error();
     return std::optional<Contact>(std::move(*contact));
+  }
+
+  // A process that was stopped goes on with an old look, while others may have stopped waiting for
+  // its turn. Where every look is old the modem is slow.
+  Result<std::optional<Contact>> fresh_look(int index) {
+    for (int again = kLooksAgain;; --again) {
+      const auto begin = std::chrono::steady_clock::now();
+      auto occupant = occupant_of(index);
+      if (again == 0 || std::chrono::steady_clock::now() - begin < kFresh) return occupant;
+    }
   }
 
   // A contact of neither this name nor this number is no work of the modem's on ours.

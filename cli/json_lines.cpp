@@ -1,5 +1,7 @@
 // JSON Lines: one object a line, every field, exactly. An array of the same objects is read, too:
 // it is what the tool prints.
+#include <set>
+
 #include "cli/contact_file.h"
 #include "cli/output.h"
 
@@ -35,10 +37,21 @@ std::string read_member(const std::string& key, const Json& value, Record& recor
 }
 
 void read_line(const std::string& text, int line, FileContents& contents) {
-  const Json object = Json::parse(text, nullptr, /*allow_exceptions=*/false);
+  // Of members with the same name the object keeps one, and nobody knows whether it is the meant.
+  std::set<std::string> names;
+  std::set<std::string> twice;
+  const auto take_name = [&](int depth, Json::parse_event_t event, const Json& name) {
+    const bool counts = depth == 1 && event == Json::parse_event_t::key;
+    if (counts && !names.insert(name).second) twice.insert(name);
+    return true;
+  };
+  const Json object = Json::parse(text, take_name, /*allow_exceptions=*/false);
   if (!object.is_object()) {
     contents.problems.push_back({line, "is no JSON object"});
     return;
+  }
+  for (const std::string& name : twice) {
+    contents.problems.push_back({line, "\"" + name + "\" stands twice"});
   }
   Record record;
   record.line = line;

@@ -6,7 +6,9 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <string>
 
@@ -16,11 +18,10 @@
 namespace qalt::cli {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr int kWaiters = 64;
 constexpr int kStepMs = 5;
-
-// Whoever holds a turn for that long may hold it for good: there is no second waiting.
-int g_patience_ms = 30000;
 
 struct Address {
   sockaddr_un name = {};
@@ -43,16 +44,20 @@ int open_socket() {
   return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
 }
 
-// Waits until the holder of the turn closes it; false after too long, or when the user interrupts.
-bool wait_for_end(const sockaddr* name, socklen_t size) {
-  const int waiting = open_socket();
-  const bool queued = connect(waiting, name, size) == 0;
-  pollfd events[] = {{interrupt_descriptor(), POLLIN, 0}, {waiting, POLLIN, 0}};
-  // Where the queue is full, or the turn has ended, the next try tells more.
-  const int told = poll(events, queued ? 2 : 1, queued ? g_patience_ms : kStepMs);
-  close(waiting);
-  if (queued && told == 0) g_patience_ms = 0;
-  return events[0].revents == 0 && (told != 0 || !queued);
+int ms_until(Clock::time_point end) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+  return int(std::max<Clock::rep>(left.count(), 0));
+}
+
+// Waits until the holder of the turn closes it; false when the user interrupts. One who takes no
+// connection, or closes each at once, has the next try a step later, not at once.
+bool wait_for_end(const sockaddr* name, socklen_t size, Clock::time_point deadline) {
+  const auto next_try = Clock::now() + std::chrono::milliseconds(kStepMs);
+  pollfd events[] = {{interrupt_descriptor(), POLLIN, 0}, {open_socket(), POLLIN, 0}};
+  const bool queued = connect(events[1].fd, name, size) == 0;
+  if (queued) poll(events, 2, ms_until(deadline));
+  close(events[1].fd);
+  return poll(events, 1, ms_until(std::min(next_try, deadline))) == 0;
 }
 
 }  // namespace
@@ -60,8 +65,11 @@ bool wait_for_end(const sockaddr* name, socklen_t size) {
 WriteTurn::WriteTurn() : socket_(open_socket()) {
   const Address address = address_of_turn();
   const auto* const name = reinterpret_cast<const sockaddr*>(&address.name);
+  const auto deadline = Clock::now() + std::chrono::milliseconds(patience_ms);
   while (bind(socket_, name, address.size) != 0) {
-    if (errno != EADDRINUSE || !wait_for_end(name, address.size)) return;
+    if (errno != EADDRINUSE) return;
+    if (ms_until(deadline) == 0) patience_ms = 0;
+    if (patience_ms == 0 || !wait_for_end(name, address.size, deadline)) return;
   }
   listen(socket_, kWaiters);
 }

@@ -84,6 +84,7 @@ TEST(Files, SayWhichLineIsWrong) {
       {Format::kCsv, "name\n\"A\nB", 2},
       {Format::kJsonLines, "{}\n[1]", 2},
       {Format::kJsonLines, "{\"index\":1e99}", 1},
+      {Format::kJsonLines, "{}\n{\"name\":\"A\",\"name\":\"A\"}", 2},
       {Format::kJsonLines, "[{\"name\":\"A\"},\n{\"nam\":\"B\"}]", 2},
       {Format::kJsonLines, "[{\"name\":\"A\"}, 1]", 1},
       {Format::kJsonLines, "[{\"name\":\"A\"}", 1},

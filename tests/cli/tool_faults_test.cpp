@@ -1,10 +1,14 @@
 // qalt-pb end to end against what goes wrong: no server, bad files, modems that misbehave, Ctrl-C.
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 
+#include "cli/write_turn.h"
 #include "tests/cli/tool.h"
 
 namespace {
@@ -202,6 +206,26 @@ TEST_F(Tool, WritersAtOnceLoseNothing) {
       "$pb import a.csv & a=$!; $pb import b.csv & b=$!; $pb add --name c; wait $a && wait $b");
   EXPECT_EQ(0, both.status) << both.err;
   EXPECT_EQ(15u + 41u, json_of({"list"}).size()) << both.out;
+}
+
+// Whoever holds the turn for good, in whatever way, is waited for once, not for ever.
+TEST_F(Tool, ATurnThatNeverEndsIsWaitedForOnce) {
+  struct stat nothing = {};
+  ::stat("/tmp/AT_SERVER_MSG", &nothing);
+  const std::string name =
+      "qalt-pb " + std::to_string(nothing.st_dev) + " " + std::to_string(nothing.st_ino);
+  sockaddr_un address = {AF_UNIX, {}};
+  name.copy(address.sun_path + 1, name.size());
+  const auto size = socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size());
+  for (const bool listens : {false, true}) {
+    const int holder = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(0, ::bind(holder, reinterpret_cast<sockaddr*>(&address), size));
+    if (listens) ::listen(holder, 1);
+    qalt::cli::WriteTurn::patience_ms = 1;
+    const qalt::cli::WriteTurn turn;
+    EXPECT_EQ(0, qalt::cli::WriteTurn::patience_ms);
+    ::close(holder);
+  }
 }
 
 TEST_F(Tool, NohupKeepsAHangUpIgnored) {

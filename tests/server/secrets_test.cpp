@@ -5,7 +5,7 @@
 
 namespace {
 
-// In the table 8 and 9 are the digits that nobody is to see.
+// In the table 8, 9 and x are what nobody is to see.
 TEST(Secrets, DigitsOfPinsAreMasked) {
   const std::string lines[] = {
       "AT+CPIN=\"9988\"\r",
@@ -22,10 +22,27 @@ TEST(Secrets, DigitsOfPinsAreMasked) {
       "AT+CSIM=26,\"00200001049898989\"",
       "AT+CGLA=1,26,\"012c0001109898\"",
       "AT+CUSD=1,\"002A9999\"",
+      "AT+CUSD=1,\"2A9A9889A9989889\",99",
+      "AT+CSTF=\"**04*9898#\"",
+      "ATD,**04*9898*8989*8989#;",
+      "ATDW**04*9898#",
+      "ATD!**04*9898#;+CPIN=\"9898\"",
+      "ATD\"**04*9898#\";+CPIN=\"98;98\"",
+      "ATD\"*100#\";+CPIN=\"9898\"",
+      "ATDT(**05*98989898*9999*9999#)",
+      "ATDL**04*9898*9#",
+      "and!CPIN=9898",
+      "AT@PIN=\"9898\"",
+      "AT_PIN=9898",
+      "AT+CGAUTH=1,1,\"x\",\"89xxx\";+CSQ=12",
+      "AT^AUTHDATA=1,1,,xx88,x9",
+      "\r\n+CGAUTH: 1,1,\"x\",\"98x\"\r\n+CSQ: 12,7",
       // Nothing secret.
       "AT+CPBW=1,\"+4417012\",145,\"PIN 5\"\r",
       "ATD*100#;",
       "ATD0301234;",
+      "ATD\"*100#\";+CSQ=12",
+      "AT+CGAUTH=?",
       "AT+CUSD=1,\"*100#\",15",
       "AT+CSIM=14,\"00A40004023F00\"",
       "AT+CPING=\"10.0.0.1\"",
@@ -33,7 +50,7 @@ TEST(Secrets, DigitsOfPinsAreMasked) {
   };
   for (const std::string& line : lines) {
     std::string expected = line;
-    for (char& c : expected) c = c == '8' || c == '9' ? '*' : c;
+    for (char& c : expected) c = c == '8' || c == '9' || c == 'x' ? '*' : c;
     EXPECT_EQ(qalt::at::without_secrets(line), expected);
     qalt::at::SecretMask mask;
     std::string in_pieces;
