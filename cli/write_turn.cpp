@@ -22,6 +22,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kWaiters = 64;
 constexpr int kStepMs = 5;
+constexpr int kMostHolders = 10;
 
 struct Address {
   sockaddr_un name = {};
@@ -49,15 +50,18 @@ int ms_until(Clock::time_point end) {
   return int(std::max<Clock::rep>(left.count(), 0));
 }
 
-// Waits until the holder of the turn closes it; false when the user interrupts. One who takes no
-// connection, or closes each at once, has the next try a step later, not at once.
-bool wait_for_end(const sockaddr* name, socklen_t size, Clock::time_point deadline) {
+enum class Waited { kEnded, kInVain, kInterrupted };
+
+// Waits until the holder of the turn closes it. One who takes no connection, or closes each at once,
+// has the next try a step later, not at once.
+Waited wait_for_end(const sockaddr* name, socklen_t size, Clock::time_point end) {
   const auto next_try = Clock::now() + std::chrono::milliseconds(kStepMs);
   pollfd events[] = {{interrupt_descriptor(), POLLIN, 0}, {open_socket(), POLLIN, 0}};
   const bool queued = connect(events[1].fd, name, size) == 0;
-  if (queued) poll(events, 2, ms_until(deadline));
+  if (queued) poll(events, 2, ms_until(end));
   close(events[1].fd);
-  return poll(events, 1, ms_until(std::min(next_try, deadline))) == 0;
+  if (poll(events, 1, ms_until(std::min(next_try, end))) != 0) return Waited::kInterrupted;
+  return queued && ms_until(end) != 0 ? Waited::kEnded : Waited::kInVain;
 }
 
 }  // namespace
@@ -65,11 +69,17 @@ bool wait_for_end(const sockaddr* name, socklen_t size, Clock::time_point deadli
 WriteTurn::WriteTurn() : socket_(open_socket()) {
   const Address address = address_of_turn();
   const auto* const name = reinterpret_cast<const sockaddr*>(&address.name);
-  const auto deadline = Clock::now() + std::chrono::milliseconds(patience_ms);
+  const auto patience = std::chrono::milliseconds(patience_ms);
+  const auto last = Clock::now() + kMostHolders * patience;
+  auto end = Clock::now() + patience;
   while (bind(socket_, name, address.size) != 0) {
     if (errno != EADDRINUSE) return;
-    if (ms_until(deadline) == 0) patience_ms = 0;
-    if (patience_ms == 0 || !wait_for_end(name, address.size, deadline)) return;
+    if (ms_until(end) == 0) patience_ms = 0;
+    if (patience_ms == 0) return;
+    const Waited waited = wait_for_end(name, address.size, end);
+    if (waited == Waited::kInterrupted) return;
+    // Another may be faster, and is waited for anew.
+    if (waited == Waited::kEnded) end = std::min(Clock::now() + patience, last);
   }
   listen(socket_, kWaiters);
 }

@@ -6,7 +6,8 @@
 namespace qalt::cli {
 
 // From its beginning to its end no other qalt-pb in front of the same AT server has a turn; it
-// waits for that, up to half a minute in all or until the user interrupts, and then goes on
+// waits for that, up to half a minute for each who has one before it, five minutes in all or until
+// the user interrupts, and then goes on
 // without: the look before a write and the read-back after it are there in any case, for other
 // programs' writes.
 //

@@ -22,10 +22,11 @@
  *     by others that leave the number as it was hide from that.) No lock keeps another client from
  *     writing there in between. A write that was answered with OK, with nothing or with something
  *     unreadable is read back and compared field by field; what is read decides, whatever became of
- *     the answer. So it is with a delete: after OK, ERROR and any code but that of a busy card or
- *     of an absent modem mean that it is gone; after no answer only an answer without contact, "not
- *     found" and "invalid index" do. Where the look fails as well, the fate of an unanswered change
- *     is unknown: put() and erase() may be called again, before add() look first. A text that does
+ *     the answer. So it is with a delete: after OK, any code but that of a busy card or of
+ *     an absent modem means that it is gone, and ERROR if the number of contacts says so; after no
+ *     answer only an answer without contact, "not found" and "invalid index" do. Where the look
+ *     fails as well, the fate of an unanswered change is unknown: put() and erase() may be called
+ *     again, before add() look first. A text that does
  *     not fit is refused with the length it may have; no text is cut.
  *  3. Ownership. Everything is a value. The functions of Options are called on the calling thread.
  *  4. Sizes and units. Texts are UTF-8 with characters up to U+FFFF, the most that a SIM stores; a

@@ -62,6 +62,12 @@ inline std::string check_line(Family family, const WireContact& wire) {
          std::to_string(kLongestLine) + " characters";
 }
 
+inline Error still_there(int index) {
+  return {Cause::kDiffers,
+          "index " + std::to_string(index) + " still holds a contact after its deletion",
+          "the modem said OK all the same", Fate::kDone};
+}
+
 inline Error may_be_occupied(const Unreadable& gap) {
   return {Cause::kRefused,
           "index " + std::to_string(gap.index) +
@@ -329,18 +335,21 @@ inline Result<Done> Phonebook::erase(int nIndex) {
   const detail::Place place = detail::place_of(look);
   if (place == detail::Place::kHeld) {
     if (!answer.ok()) return detail::unchanged(answer, deletion, ", and it is still there");
-    return Error{Cause::kDiffers,
-                 "index " + std::to_string(nIndex) + " still holds a contact after its deletion",
-                 "the modem said OK all the same", Fate::kDone};
+    return detail::still_there(nIndex);
   }
   /* A refusal shows an empty index after OK, not after silence: a card that starts says it, too. */
   if (place == detail::Place::kUnseen || (place == detail::Place::kRefused && !answer.ok())) {
     const Error why = detail::failure(look, detail::read_job(nIndex));
     return detail::unseen(answer, nIndex, "deleted", why);
   }
-  PBB_DeletePB(nIndex);
   known_ = std::move(was_known);
   if (known_) known_->erase(nIndex);
+  if (place == detail::Place::kRefused && look.reply == detail::Reply::kError) {
+    const auto held = holds_contact(nIndex);
+    if (!held) return detail::unseen(answer, nIndex, "deleted", held.error());
+    if (*held) return detail::still_there(nIndex);
+  }
+  PBB_DeletePB(nIndex);
   return Done{};
 }
 
