@@ -93,9 +93,9 @@ void Context::print(std::string_view text) {
             json());
 }
 
-void Context::warn_unreadable(const Reading& reading) {
+void Context::warn_unreadable(const std::vector<Unreadable>& gaps) {
   end_progress();
-  for (const Unreadable& gap : reading.unreadable) {
+  for (const Unreadable& gap : gaps) {
     failed({Cause::kRefused,
             "index " + std::to_string(gap.index) + " could not be read: " + gap.why, ""});
   }
@@ -135,9 +135,9 @@ void Context::end_progress() {
   if (std::exchange(progress_shown_, false)) std::cerr << "\r\x1B[K" << std::flush;
 }
 
-void Context::confirm(const std::string& question) {
+bool Context::confirm(const std::string& question) {
   end_progress();
-  if (arguments_.yes) return;
+  if (arguments_.yes) return false;
   if (!isatty(STDIN_FILENO) || !isatty(STDERR_FILENO)) {
     throw Failure(Cause::kUsage, "there is no terminal to ask on", "say --yes to go ahead");
   }
@@ -153,6 +153,7 @@ void Context::confirm(const std::string& question) {
   if (answer != "y" && answer != "yes") {
     throw Failure(Cause::kUsage, "nothing was changed");
   }
+  return true;
 }
 
 }  // namespace qalt::cli

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "cli/arguments.h"
 #include "cli/output.h"
@@ -32,7 +33,7 @@ class Context {
   bool output_failed() const { return output_failed_; }
   void warn(const std::string& text) const { say_warning(text, json()); }
   // Says what could not be read; the command then ends with the class "refused".
-  void warn_unreadable(const Reading& reading);
+  void warn_unreadable(const std::vector<Unreadable>& gaps);
   // A part of the job failed; the exit status is the first one's.
   void failed(const Error& error);
   // Takes down in `rest` what became of one change of many: whether to go on with the next.
@@ -42,8 +43,8 @@ class Context {
   void end_progress();
 
   // Asks on the terminal, unless --yes was given. Throws Failure where the answer is no, or where
-  // nobody can be asked.
-  void confirm(const std::string& question);
+  // nobody can be asked. Gives whether anybody was: that takes time, in which others change things.
+  bool confirm(const std::string& question);
 
   // What happened to the phonebook comes first, then the output.
   int status() const { return status_ == 0 && output_failed_ ? int(Cause::kOutput) : status_; }

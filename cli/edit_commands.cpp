@@ -1,8 +1,10 @@
 // The commands that change single contacts: add, set, delete, clear.
 #include <algorithm>
+#include <utility>
 
 #include "cli/context.h"
 #include "cli/failure.h"
+#include "cli/second_look.h"
 #include "cli/write_turn.h"
 
 namespace qalt::cli {
@@ -70,13 +72,23 @@ void run_delete(Context& context) {
   Phonebook& book = context.book();
   // All are looked at before the first is deleted. One that is named twice counts once.
   std::vector<int> indices;
+  Reading shown;
   std::string names;
   for (const int index : context.arguments().indices) {
     if (std::find(indices.begin(), indices.end(), index) != indices.end()) continue;
     indices.push_back(index);
-    names += "  " + std::to_string(index) + " " + label_of(take(book.get(index))) + "\n";
+    shown.contacts.push_back(take(book.get(index)));
+    names += "  " + std::to_string(index) + " " + label_of(shown.contacts.back()) + "\n";
   }
-  context.confirm(names + "delete?");
+  if (context.confirm(names + "delete?")) {
+    Reading now;
+    for (const int index : indices) {
+      for (Contact& contact : take(book.read(index, index)).contacts) {
+        now.contacts.push_back(std::move(contact));
+      }
+    }
+    expect_same(shown, now);
+  }
   erase_all(context, indices);
 }
 
@@ -85,8 +97,9 @@ void run_clear(Context& context) {
   std::vector<int> indices;
   for (const Contact& contact : reading.contacts) indices.push_back(contact.index);
   for (const Unreadable& gap : reading.unreadable) indices.push_back(gap.index);
-  if (!indices.empty()) {
-    context.confirm("delete all " + std::to_string(indices.size()) + " contacts?");
+  if (!indices.empty() &&
+      context.confirm("delete all " + std::to_string(indices.size()) + " contacts?")) {
+    expect_same(reading, take(context.book().read_all()));
   }
   erase_all(context, indices);
 }

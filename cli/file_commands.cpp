@@ -5,6 +5,7 @@
 #include "cli/failure.h"
 #include "cli/file_access.h"
 #include "cli/import_run.h"
+#include "cli/second_look.h"
 
 namespace qalt::cli {
 namespace {
@@ -70,14 +71,14 @@ std::vector<std::string> lines_of(const Phonebook& book, const ImportPlan& plan)
   return lines;
 }
 
-// What is lost by --replace, where something is.
-void confirm_losses(Context& context, const ImportPlan& plan) {
+// What is lost by --replace, where something is; whether anybody was asked.
+bool confirm_losses(Context& context, const ImportPlan& plan) {
   const auto overwritten =
       std::count_if(plan.writes.begin(), plan.writes.end(),
                     [](const PlannedWrite& write) { return !write.overwritten.empty(); });
-  if (plan.deletes.empty() && overwritten == 0) return;
-  context.confirm("delete " + std::to_string(plan.deletes.size()) + " contacts and overwrite " +
-                  std::to_string(overwritten) + "?");
+  if (plan.deletes.empty() && overwritten == 0) return false;
+  return context.confirm("delete " + std::to_string(plan.deletes.size()) +
+                         " contacts and overwrite " + std::to_string(overwritten) + "?");
 }
 
 void show_plan(Context& context, const ImportPlan& plan) {
@@ -132,7 +133,7 @@ void run_export(Context& context) {
                     arguments.file + "\n");
     }
   }
-  context.warn_unreadable(reading);
+  context.warn_unreadable(reading.unreadable);
 }
 
 void run_import(Context& context) {
@@ -165,11 +166,14 @@ void run_import(Context& context) {
                   "delete some first");
   }
   warn_of_losses(context, contents, plan);
+  context.warn_unreadable(plan.kept);
   if (arguments.dry_run) {
     show_plan(context, plan);
     return;
   }
-  if (arguments.replace) confirm_losses(context, plan);
+  if (arguments.replace && confirm_losses(context, plan)) {
+    expect_same(stored, take(book.read_all()));
+  }
   Tally tally;
   if (!plan.deletes.empty() || !plan.writes.empty()) carry_out(context, plan, tally);
   context.end_progress();

@@ -14,7 +14,7 @@ class Planner {
   Planner(const Phonebook& book, const Reading& stored, const ImportRules& rules)
       : book_(book), rules_(rules) {
     for (const Contact& contact : stored.contacts) stored_[contact.index] = contact;
-    for (const Unreadable& gap : stored.unreadable) unreadable_.insert(gap.index);
+    for (const Unreadable& gap : stored.unreadable) unreadable_[gap.index] = gap;
   }
 
   ImportPlan plan(const FileContents& contents) {
@@ -36,6 +36,9 @@ class Planner {
     if (rules_.replace) {
       for (const auto& [index, contact] : stored_) {
         if (!claimed_.contains(index)) plan_.deletes.push_back(index);
+      }
+      for (const auto& [index, gap] : unreadable_) {
+        if (!claimed_.contains(index)) plan_.kept.push_back(gap);
       }
     }
     for (int index = book_.info().first; index <= book_.info().last; ++index) {
@@ -173,7 +176,7 @@ class Planner {
   const ImportRules& rules_;
   std::map<int, Contact> stored_;
   std::multimap<std::string, int> labels_;
-  std::set<int> unreadable_;
+  std::map<int, Unreadable> unreadable_;
   std::set<int> claimed_;
   int next_free_ = book_.info().first;
   ImportPlan plan_;

@@ -30,6 +30,7 @@ struct ImportPlan {
   std::vector<PlannedWrite> writes;
   Limits limits = Limits::kAnnounced;  // of all writes
   std::vector<int> spare;              // the indices that are free and stay so
+  std::vector<Unreadable> kept;        // by a replacement: what cannot be read is not deleted
   int unchanged = 0;
   std::vector<Problem> problems;  // nothing may be written when there is one
   std::vector<Problem> dropped;   // what --force leaves out

@@ -1,5 +1,6 @@
 // qalt-pb end to end against what goes wrong: no server, bad files, modems that misbehave, Ctrl-C.
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -9,6 +10,7 @@
 #include <fstream>
 
 #include "cli/write_turn.h"
+#include "qalt_at/detail/result.hpp"
 #include "tests/cli/tool.h"
 
 namespace {
@@ -226,6 +228,33 @@ TEST_F(Tool, ATurnThatNeverEndsIsWaitedForOnce) {
     EXPECT_EQ(0, qalt::cli::WriteTurn::patience_ms);
     ::close(holder);
   }
+}
+
+// What stands there when the answer comes is what the question was about, or is not deleted.
+TEST_F(Tool, WhatIsConfirmedIsWhatIsDeleted) {
+  start();
+  std::ofstream("a.jsonl") << R"({"index":1,"name":"A"})";
+  for (const std::string command : {"delete 1", "clear", "import --replace a.jsonl"}) {
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_EQ(0, ::grantpt(terminal) | ::unlockpt(terminal));
+    const std::string path = ::ptsname(terminal);
+    test::Program asking("/bin/sh", {"-c", PB_PROGRAM " " + command + " <" + path + " 2>" + path},
+                         false);
+    std::string said;
+    for (char c = 0; said.find("[y/N]") == said.npos && ::read(terminal, &c, 1) == 1;) said += c;
+    EXPECT_EQ(0, run({"set", "1", "--number", std::to_string(command.size())}).status);
+    EXPECT_EQ(2, ::write(terminal, "y\n", 2));
+    EXPECT_EQ(int(qalt::Cause::kCollision), asking.end(0).status) << said;
+    ::close(terminal);
+    EXPECT_EQ(15u, json_of({"list"}).size()) << command;
+  }
+}
+
+// A replacement leaves what it cannot read, and says so.
+TEST_F(Tool, AReplacementNamesWhatItLeaves) {
+  start({"--sim-fault", "*:AT+CPBR=1,:answer=\\r\\n+CME ERROR: 3\\r\\n"});
+  std::ofstream("a.jsonl") << R"({"index":2,"name":"A"})";
+  expect(1, "index 1 could not be read", run({"import", "a.jsonl", "--replace", "--yes"}));
 }
 
 TEST_F(Tool, NohupKeepsAHangUpIgnored) {
