@@ -93,16 +93,15 @@ void Context::print(std::string_view text) {
             json());
 }
 
-void Context::warn_unreadable(const std::vector<Unreadable>& gaps) {
+void Context::warn_unreadable(const std::vector<Unreadable>& gaps, int missing) {
   end_progress();
   for (const Unreadable& gap : gaps) {
     failed({Cause::kRefused,
             "index " + std::to_string(gap.index) + " could not be read: " + gap.why, ""});
   }
-  if (reading.missing > 0) {
+  if (missing > 0) {
     failed({Cause::kRefused,
-            "the modem counts " + std::to_string(reading.missing) +
-                " more contacts than its indices give",
+            "the modem counts " + std::to_string(missing) + " more contacts than its indices give",
             "try again; what is shown is not all"});
   }
 }

@@ -33,7 +33,7 @@ class Context {
   bool output_failed() const { return output_failed_; }
   void warn(const std::string& text) const { say_warning(text, json()); }
   // Says what could not be read; the command then ends with the class "refused".
-  void warn_unreadable(const std::vector<Unreadable>& gaps);
+  void warn_unreadable(const std::vector<Unreadable>& gaps, int missing = 0);
   // A part of the job failed; the exit status is the first one's.
   void failed(const Error& error);
   // Takes down in `rest` what became of one change of many: whether to go on with the next.

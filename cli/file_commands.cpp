@@ -133,7 +133,7 @@ void run_export(Context& context) {
                     arguments.file + "\n");
     }
   }
-  context.warn_unreadable(reading.unreadable);
+  context.warn_unreadable(reading.unreadable, reading.missing);
 }
 
 void run_import(Context& context) {

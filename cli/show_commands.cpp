@@ -116,7 +116,7 @@ void run_list(Context& context) {
   const Reading reading = take(book.read(first, last));
   show(context, reading.contacts);
   warn_if_plain(context);
-  context.warn_unreadable(reading.unreadable);
+  context.warn_unreadable(reading.unreadable, reading.missing);
 }
 
 void run_get(Context& context) {
@@ -149,7 +149,7 @@ void run_find(Context& context) {
                      [&](const Contact& contact) { return !matches(contact, text, digits); }),
       contacts.end());
   if (!contacts.empty() || context.json()) show(context, contacts);
-  context.warn_unreadable(reading.unreadable);
+  context.warn_unreadable(reading.unreadable, reading.missing);
   if (contacts.empty()) {
     context.failed({Cause::kNotFound, "no contact has \"" + wanted + "\"", ""});
   }

@@ -52,8 +52,8 @@ int ms_until(Clock::time_point end) {
 
 enum class Waited { kEnded, kInVain, kInterrupted };
 
-// Waits until the holder of the turn closes it. One who takes no connection, or closes each at once,
-// has the next try a step later, not at once.
+// Waits until the holder of the turn closes it. One who takes no connection, or closes each at
+// once, has the next try a step later, not at once.
 Waited wait_for_end(const sockaddr* name, socklen_t size, Clock::time_point end) {
   const auto next_try = Clock::now() + std::chrono::milliseconds(kStepMs);
   pollfd events[] = {{interrupt_descriptor(), POLLIN, 0}, {open_socket(), POLLIN, 0}};
