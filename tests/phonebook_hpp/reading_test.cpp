@@ -81,6 +81,25 @@ TEST_F(Book, WhileAContactIsMissingNoRefusedIndexIsFree) {
   EXPECT_EQ(qalt::Cause::kUsage, book.add(contact).error().cause);
 }
 
+// What a range does not give is asked for alone; what stays away is counted, and no index is free.
+TEST_F(Book, WhatIsCountedIsLookedFor) {
+  lines = {{1, kAnn}, {2, kAnn}, {3, kAnn}, {4, kAnn}};
+  open();
+  on("AT+CPBR=", [&](const std::string& line) {
+    int first = 0, last = 0;
+    std::sscanf(line.c_str(), "AT+CPBR=%d,%d", &first, &last);
+    return first < last ? range(first, std::min(last, 2)) : range(first, last);
+  });
+  EXPECT_EQ(4u, book.read_all()->contacts.size());
+  EXPECT_EQ(0, book.read_all()->missing);
+  hidden = 1;
+  EXPECT_EQ(1, book.read_all()->missing);
+  qalt::Contact contact;
+  contact.name = "B";
+  EXPECT_EQ(qalt::Cause::kRefused, book.add(contact).error().cause);
+  EXPECT_EQ(0, count("AT+CPBW"));
+}
+
 // Where every empty index is refused, and each long range from 21 on, the count decides, as it is
 // in the job that reads.
 TEST_F(Book, CountsAreThoseOfTheReading) {

@@ -174,6 +174,13 @@ TEST_F(Book, ChangeKeepsTheOtherFields) {
   EXPECT_TRUE(book.change(1, changes));
   EXPECT_EQ("\"+7\",145,\"D83D0041\"", lines[1]);
   EXPECT_EQ(Cause::kNotFound, book.change(9, changes).error().cause);
+  qalt::Changes renamed;
+  renamed.fields[PB_FIELD_TEXT] = "B";
+  for (const std::string number : {"\"7123\",0", "\"*21\",145", "\"+49\",129", "\"5\",161"}) {
+    lines[2] = number + ",\"0041\"";
+    EXPECT_TRUE(book.change(2, renamed));
+    EXPECT_EQ(number + ",\"0042\"", lines[2]);
+  }
   changes.fields[PB_FIELD_NUMBER] = "";
   changes.fields[PB_FIELD_TEXT] = "";
   EXPECT_EQ(Cause::kUsage, book.change(1, changes).error().cause) << "would be a deletion";

@@ -56,6 +56,9 @@ TEST(Dispatcher, AnswersAndReportsAreToldApart) {
       {"AT+CMGR=1", "/+CMGR: 1/> you/+MEET: here/> /OK/", "/+CMGR: 1/> you/+MEET: here/> /OK/", ""},
       {"ATI", "/Maker/+GCAP: +CGSM//OK/", "/Maker/+GCAP: +CGSM//OK/", ""},
       {"AT", "/NO CARRIER//+JEND//OK/", "/OK/", "/NO CARRIER//+JEND/"},
+      // The answer to a question before, behind a result too many.
+      {"AT+CPBR=1,2", "/+CPBS: \"SM\",1,9//OK/", "", ""},
+      {"AT+CPBR=3", "/+CPBR: 2,\"\"//OK/", "", ""},
       // A stray result between commands is nobody's.
       {"", "/OK//+CME ERROR: 3//+NEW: 1/", "", "/+NEW: 1/"},
       // Reports of two lines; in text mode a status report is one line.
@@ -82,6 +85,18 @@ TEST(Dispatcher, AnswersAndReportsAreToldApart) {
       for (const std::string& one : line.reports) reports += one;
       EXPECT_EQ(reports, wire(row.reports));
     }
+  }
+}
+
+TEST(Dispatcher, WhatBeganBeforeACommandIsNoAnswerToIt) {
+  for (const std::string rest : {"\r\nO", "\r\n+CREG: 1", "\x07 noise", "\r"}) {
+    SCOPED_TRACE(rest);
+    Line line;
+    line.mute = true;
+    line.dispatcher.receive(rest, line.now);
+    line.submit("AT+CSQ");
+    line.dispatcher.receive((rest == "\r\nO" ? "K\r\n" : "\r\n") + std::string(kCsq), line.now);
+    EXPECT_EQ(line.answers[1], kCsq);
   }
 }
 
