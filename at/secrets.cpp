@@ -71,7 +71,7 @@ void SecretMask::reset() {
 
 char SecretMask::take(char byte) {
   if (byte == '\r' || byte == '\n') reset();
-  if (byte >= 0 && byte <= ' ') return byte;
+  if (static_cast<unsigned char>(byte) <= ' ') return byte;
   if (value_ == Value::kNone) {
     take_name(capital(byte));
   } else if (byte == ';' && !quoted_) {

@@ -312,8 +312,10 @@ void ClientProgram::by_import() {
         if (!ours) return "this is none of what was to be imported";
         return taken_blindly(self, index, before);
       });
-  // A turn that is held for half a minute is not waited for any longer.
-  call->takes_turns = around_.scenario.calm() && around_.scenario.hidden.empty();
+  // A turn that is held for half a minute is not waited for any longer, and a slow modem takes
+  // that.
+  call->takes_turns =
+      around_.scenario.calm() && around_.scenario.hidden.empty() && !around_.scenario.slow;
   const Outcome outcome = client_.import(entries);
   told(*call, outcome);
   if (!outcome.done()) return;

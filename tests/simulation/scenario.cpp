@@ -40,7 +40,8 @@ std::unique_ptr<Machine> make_sim(Chance& chance, Scenario& scenario) {
   config.faults.single_bytes = chance.one_in(10);
   config.faults.busy = chance.one_in(5) ? unsigned(chance.below(8)) : 0;
   config.faults.drop_writes = scenario.drops = chance.one_in(12);
-  config.faults.delay = Time(chance.one_in(4) ? chance.between(50, 900) : chance.between(0, 9));
+  scenario.slow = chance.one_in(4);
+  config.faults.delay = Time(scenario.slow ? chance.between(50, 900) : chance.between(0, 9));
   scenario.vendor = config.profile != sim::Profile::kStandard;
   scenario.text = "simulated modem, " + std::string(scenario.vendor ? "vendor's commands, " : "") +
                   std::to_string(config.size) + " places from " +
@@ -76,6 +77,8 @@ std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
   settings.quiet = chance.one_in(8);
   settings.errors = chance.below(3);
   settings.message_format = 1;  // texts as they are
+  if (chance.one_in(6)) options.unknown = {"+CMEE"};
+  if (chance.one_in(8)) options.unknown = {"+CFUN", "+CSQ"};
   options.bare_at_fails = chance.one_in(6);
   options.blanks = chance.one_in(3);
   options.lines_framed = chance.one_in(4);
@@ -103,7 +106,8 @@ std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
       options.writes_dropped.insert(chance.between(storage.first, last));
     }
   }
-  const Time delay(chance.one_in(4) ? chance.between(50, 900) : chance.between(0, 9));
+  scenario.slow = chance.one_in(4);
+  const Time delay(scenario.slow ? chance.between(50, 900) : chance.between(0, 9));
   for (const char* name : {"+CPBR", "+CPBW", "+CPBS", "+CSCS"}) options.answer_times[name] = delay;
   scenario.text = "handset, " + std::to_string(storage.size) + " places from " +
                   std::to_string(storage.first) + (scenario.drops ? ", drops writes" : "") +

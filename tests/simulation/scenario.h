@@ -23,6 +23,7 @@ struct Scenario {
   bool plain = true;     // contacts are as the C functions can carry them
   std::set<int> hidden;  // indices that the modem refuses to read, though nothing is wrong
   bool vendor = false;   // vendor's commands, where the text is coded otherwise
+  bool slow = false;     // to answer
   bool drops = false;    // writes, and says OK
   LineFaults line;
   std::vector<Manner> clients;
