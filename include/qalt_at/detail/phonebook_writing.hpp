@@ -346,7 +346,11 @@ inline Result<Done> Phonebook::erase(int nIndex) {
   if (known_) known_->erase(nIndex);
   if (place == detail::Place::kRefused && look.reply == detail::Reply::kError) {
     const auto held = holds_contact(nIndex);
-    if (!held) return detail::unseen(answer, nIndex, "deleted", held.error());
+    if (!held) {
+      Error why = held.error();
+      if (why.cause == Cause::kCollision) why.cause = Cause::kDiffers; /* something was sent */
+      return detail::unseen(answer, nIndex, "deleted", why);
+    }
     if (*held) return detail::still_there(nIndex);
   }
   PBB_DeletePB(nIndex);
