@@ -222,17 +222,23 @@ class RangeReader {
     return Done{};
   }
 
+  Result<Done> ask_alone(int index) {
+    if (link_.stopped()) return interrupted(index);
+    const Range range{index, index};
+    const Answer answer = ask(range);
+    if (!answer.sent()) return lost(answer, index, index);
+    if (!take(answer, range)) give_up(answer, index);
+    return Done{};
+  }
+
   /* A lone ERROR is said by modems for an empty index, and by a card that is not ready. */
   Result<Done> ask_refused_again() {
     for (int round = 0; round < kRetries && !reading_.refused.empty() && !found_all(); ++round) {
       link_.pause();
       const std::vector<int> again = std::exchange(reading_.refused, {});
       for (const int index : again) {
-        if (link_.stopped()) return interrupted(index);
-        const Range range{index, index};
-        const Answer answer = ask(range);
-        if (!answer.sent()) return lost(answer, index, index);
-        if (!take(answer, range)) give_up(answer, index);
+        const Result<Done> done = ask_alone(index);
+        if (!done) return done;
       }
     }
     return Done{};
@@ -246,11 +252,8 @@ class RangeReader {
     for (const auto& [index, contact] : reading_.contacts) told.insert(index);
     for (int index = first; index <= last && !found_all(); ++index) {
       if (!told.insert(index).second) continue;
-      if (link_.stopped()) return interrupted(index);
-      const Range range{index, index};
-      const Answer answer = ask(range);
-      if (!answer.sent()) return lost(answer, index, index);
-      if (!take(answer, range)) give_up(answer, index);
+      const Result<Done> done = ask_alone(index);
+      if (!done) return done;
     }
     return Done{};
   }
