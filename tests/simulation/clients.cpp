@@ -81,11 +81,12 @@ Entry ClientProgram::new_entry(int index) {
   return {index, sim::to_utf8(stored.name), stored.number, {}};
 }
 
-// Only the number of contacts tells of an index that is never shown, and not where the others
-// change them in the meantime.
+// Where only the number of contacts tells, changes of others may hide what they leave it at: one,
+// of an index that is never shown, or two that cancel each other out.
 bool ClientProgram::may_be_unseen(const Call& call, int index) const {
-  const Moment own = Moment(call.written.size());
-  return around_.scenario.hidden.contains(index) && around_.oracle.now() != call.begun + own;
+  const Moment foreign = around_.oracle.now() - call.begun - Moment(call.written.size());
+  const bool hidden = around_.scenario.hidden.contains(index);
+  return around_.scenario.refuses && foreign >= (hidden ? 1u : 2u);
 }
 
 std::string ClientProgram::taken_blindly(const Call& call, int index, const Content& before) const {

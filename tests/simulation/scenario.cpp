@@ -41,6 +41,7 @@ std::unique_ptr<Machine> make_sim(Chance& chance, Scenario& scenario) {
   config.faults.busy = chance.one_in(5) ? unsigned(chance.below(8)) : 0;
   config.faults.drop_writes = scenario.drops = chance.one_in(12);
   scenario.slow = chance.one_in(4);
+  scenario.refuses = config.empty == sim::EmptyAnswer::kError;
   config.faults.delay = Time(scenario.slow ? chance.between(50, 900) : chance.between(0, 9));
   scenario.vendor = config.profile != sim::Profile::kStandard;
   scenario.text = "simulated modem, " + std::string(scenario.vendor ? "vendor's commands, " : "") +
@@ -107,6 +108,8 @@ std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
     }
   }
   scenario.slow = chance.one_in(4);
+  scenario.refuses = options.empty_index == Result::kError || options.largest_range ||
+                     options.empty_range == Result::kError || !scenario.hidden.empty();
   const Time delay(scenario.slow ? chance.between(50, 900) : chance.between(0, 9));
   for (const char* name : {"+CPBR", "+CPBW", "+CPBS", "+CSCS"}) options.answer_times[name] = delay;
   scenario.text = "handset, " + std::to_string(storage.size) + " places from " +

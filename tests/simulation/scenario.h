@@ -24,6 +24,7 @@ struct Scenario {
   std::set<int> hidden;  // indices that the modem refuses to read, though nothing is wrong
   bool vendor = false;   // vendor's commands, where the text is coded otherwise
   bool slow = false;     // to answer
+  bool refuses = false;  // says ERROR where it could say otherwise: only the count tells
   bool drops = false;    // writes, and says OK
   LineFaults line;
   std::vector<Manner> clients;

@@ -20,7 +20,7 @@ thread_local World::Task* t_task = nullptr;
 
 class World::Task {
  public:
-  std::binary_semaphore baton{0};
+  Baton baton;
   uint64_t ticket = 0;
   std::thread thread;
 };

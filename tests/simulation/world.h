@@ -7,12 +7,13 @@
 #ifndef QALT_TESTS_SIMULATION_WORLD_H_
 #define QALT_TESTS_SIMULATION_WORLD_H_
 
+#include <semaphore.h>
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <queue>
-#include <semaphore>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -21,6 +22,22 @@
 namespace qalt::simulation {
 
 using Time = std::chrono::milliseconds;  // since the beginning of the world
+
+// What a task waits for. (A semaphore of the standard library may sleep for ever in some releases.)
+class Baton {
+ public:
+  Baton() { sem_init(&semaphore_, 0, 0); }
+  ~Baton() { sem_destroy(&semaphore_); }
+  Baton(const Baton&) = delete;
+  Baton& operator=(const Baton&) = delete;
+  void release() { sem_post(&semaphore_); }
+  void acquire() {
+    while (sem_wait(&semaphore_) != 0) continue;
+  }
+
+ private:
+  sem_t semaphore_;
+};
 
 class World {
  public:
@@ -78,7 +95,7 @@ class World {
   std::priority_queue<Event> queue_;
   std::vector<std::unique_ptr<Task>> tasks_;
   size_t running_ = 0;
-  std::binary_semaphore all_ended_{0};
+  Baton all_ended_;
   std::string transcript_;
 };
 
