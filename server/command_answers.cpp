@@ -54,6 +54,11 @@ bool is_result(std::string_view line) {
          line.starts_with("+CME ERROR:") || line.starts_with("+CMS ERROR:");
 }
 
+bool is_phonebooks(std::string_view line) {
+  const size_t colon = line.find(':');
+  return colon != line.npos && lists(kPhonebooks, line.substr(0, colon));
+}
+
 bool is_anothers(const at::Command& command, std::string_view line) {
   const size_t colon = line.find(':');
   const std::string_view name = line.substr(0, colon);

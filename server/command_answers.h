@@ -27,6 +27,9 @@ bool is_result(std::string_view line);
 // "+CREG: 1", "^RSSI:18": a line that bears a name.
 bool bears_name(std::string_view line);
 
+// Whether a line is one of an answer of the phonebook's commands, and never a report.
+bool is_phonebooks(std::string_view line);
+
 // Whether a line cannot belong to the answer of `command`, nor be a report: it bears the name of
 // another of the phonebook's commands, or an index that was not asked for. The answers are then
 // those to the questions before, because of a result too many.

@@ -136,6 +136,8 @@ std::optional<StreamEvent> StreamReader::take_line(std::string_view line) {
   // What began before the command was written is no part of its answer, even where it ends later.
   if (expecting_ && (resyncing_ || !stale)) return take_answer_line(line, content, cut, stale);
   if (content.empty()) return std::nullopt;
+  // Late, or of the program that had the modem before.
+  if (is_phonebooks(content)) return std::nullopt;
   if (is_report(content) && !is_own(content)) return report_head(content);
   // With its frame it must still fit.
   return checked({StreamEvent::Kind::kLine, std::string(content)},
@@ -155,6 +157,7 @@ std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
     anothers_ = true;
     return std::nullopt;
   }
+  if (!final && !is_own(content) && is_phonebooks(content)) return std::nullopt;
   if (!final && !is_own(content) && (is_report(content) || (named_ && bears_name(content)))) {
     withdraw_blank();
     return report_head(content);
