@@ -188,7 +188,9 @@ TEST_F(Atd, FinishesTheCommandUnderWay) {
 }
 
 TEST_F(Atd, ATranscriptCanBeMovedAwayAndReplayed) {
-  const std::string commands[] = {"AT+CPBR=1,20", "AT+CPIN2 =\"8642\"", "AT+CSQ", "AT+CSQ"};
+  // Longer than the fraction of a second in front of each line.
+  const std::string pin = "86428642";
+  const std::string commands[] = {"AT+CPBR=1,20", "AT+CPIN2 =\"" + pin + "\"", "AT+CSQ", "AT+CSQ"};
   std::vector<std::string> answers;
   auto atd = start({"--sim-fault", "2:AT+CSQ:answer=\\r\\n+CME ERROR: 14\\r\\n", "--log", log,
                     "--sim-echo", "--sim-split"});
@@ -196,7 +198,7 @@ TEST_F(Atd, ATranscriptCanBeMovedAwayAndReplayed) {
   // A log that was moved away stays as it is; after the signal a new one begins.
   ::rename(log.c_str(), folder.file("old").c_str());
   const std::string before = contents(folder.file("old"));
-  EXPECT_EQ(before.find("8642"), std::string::npos);
+  EXPECT_EQ(before.find(pin), std::string::npos);
   atd->signal(SIGHUP);
   while (::access(log.c_str(), F_OK) != 0) std::this_thread::yield();
   ask(socket, "AT+CPAS");
