@@ -17,31 +17,14 @@ constexpr int kSim = 0;
 constexpr int kStandardItem = 0;
 
 Outcome outcome_of(const Error& error) {
-  Outcome outcome;
-  outcome.cause = int(error.cause);
-  outcome.fate = int(error.fate);
-  outcome.what = error.what;
-  return outcome;
-}
-
-Entry entry_of(const Contact& contact) {
-  return {contact.index, contact.name, contact.number, contact.further};
-}
-
-Contact contact_of(const Entry& entry) {
-  Contact contact;
-  contact.index = entry.index;
-  contact.name = entry.name;
-  contact.number = entry.number;
-  contact.further = entry.further;
-  return contact;
+  return {int(error.cause), error.fate, error.what};
 }
 
 template <typename T>
 Outcome outcome_of(const Result<T>& result) {
   if (!result) return outcome_of(result.error());
   Outcome outcome;
-  if constexpr (std::is_same_v<T, Contact>) outcome.contacts.push_back(entry_of(*result));
+  if constexpr (std::is_same_v<T, Contact>) outcome.contacts = {*result};
   return outcome;
 }
 
@@ -50,16 +33,10 @@ void set_field(PbField& field, int type, const std::string& text) {
   field.pField[text.copy(field.pField, sizeof field.pField - 1)] = '\0';
 }
 
-Outcome code(int result) {
-  Outcome outcome;
-  outcome.cause = result;
-  return outcome;
-}
-
 class Program : public Client {
  public:
   Outcome open() override {
-    book_.emplace();
+    if (!book_) book_.emplace();
     const auto info = book_->open({});
     Outcome outcome = outcome_of(info);
     if (!info) return outcome;
@@ -79,44 +56,40 @@ class Program : public Client {
     const auto reading = book_->read(first, last);
     Outcome outcome = outcome_of(reading);
     if (!reading) return outcome;
-    for (const Contact& contact : reading->contacts) outcome.contacts.push_back(entry_of(contact));
+    outcome.contacts = reading->contacts;
     for (const Unreadable& gap : reading->unreadable) outcome.unreadable.push_back(gap.index);
     return outcome;
   }
   Outcome get(int index) override { return outcome_of(book_->get(index)); }
-  Outcome add(const Entry& entry) override { return outcome_of(book_->add(contact_of(entry))); }
-  Outcome put(const Entry& entry) override { return outcome_of(book_->put(contact_of(entry))); }
-  Outcome change(int index, const std::optional<std::string>& name,
-                 const std::optional<std::string>& number) override {
-    Changes changes;
-    changes.fields[PB_FIELD_TEXT] = name;
-    changes.fields[PB_FIELD_NUMBER] = number;
+  Outcome add(const Contact& contact) override { return outcome_of(book_->add(contact)); }
+  Outcome put(const Contact& contact) override { return outcome_of(book_->put(contact)); }
+  Outcome change(int index, const Changes& changes) override {
     return outcome_of(book_->change(index, changes));
   }
   Outcome erase(int index) override { return outcome_of(book_->erase(index)); }
 
-  Outcome import(const std::vector<Entry>& entries) override try {
+  Outcome import(const std::vector<Contact>& contacts) override try {
     cli::Arguments arguments;
     arguments.progress = false;
     book_.reset();
     cli::Context context(arguments);
     cli::FileContents contents;
-    for (const Entry& entry : entries) contents.records.push_back({1, contact_of(entry), {}});
+    for (const Contact& contact : contacts) contents.records.push_back({1, contact, {}});
     Phonebook& book = context.book();
     const Reading stored = cli::take(book.read_all());
     const cli::ImportPlan plan = cli::plan_import(book, stored, contents, {});
+    if (!plan.problems.empty()) return {int(Cause::kBadInput)};
+    if (plan.without_place != 0) return {int(Cause::kFull)};
     cli::Tally tally;
-    if (!plan.problems.empty()) return code(int(Cause::kBadInput));
-    if (plan.without_place != 0) return code(int(Cause::kFull));
     cli::carry_out(context, plan, tally);
-    return code(context.status());
+    return {context.status()};
   } catch (const cli::Failure& failure) {
     return outcome_of(failure.error());
   }
 
   Outcome c_discover() override {
     PbParam param = {};
-    Outcome outcome = code(QL_getPhonebookInfo(kSim, &param));
+    Outcome outcome = {QL_getPhonebookInfo(kSim, &param)};
     outcome.first = param.MinIndex;
     outcome.last = param.MaxIndex;
     outcome.name_length = param.FieldAbility[PB_FIELD_TEXT].maxLength;
@@ -128,23 +101,23 @@ class Program : public Client {
     std::vector<std::array<PbField, PB_FIELD_TYPES>> fields(count);
     std::vector<PhonebookEntry> entries(count, {-1, 0, nullptr, 0});
     for (size_t i = 0; i < count; ++i) entries[i].pFieldList = fields[i].data();
-    Outcome outcome = code(QL_getPhonebookEntry(kSim, first, last, entries.data()));
+    Outcome outcome = {QL_getPhonebookEntry(kSim, first, last, entries.data())};
     for (const PhonebookEntry& entry : entries) {
       if (entry.storageIndex == -1) continue;
       wchar_t name[256] = {};
       const char* const digits = entry.pFieldList[PB_FIELD_TEXT].pField;
       const bool coded = QL_decodePBItem(digits, name, 256, kStandardItem) == 0;
-      outcome.contacts.push_back(
-          {entry.storageIndex,
-           coded ? detail::utf8_of(name) : "not coded: " + std::string(digits),
-           entry.pFieldList[PB_FIELD_NUMBER].pField,
-           {}});
+      Contact contact;
+      contact.index = entry.storageIndex;
+      contact.name = coded ? detail::utf8_of(name) : "not coded: " + std::string(digits);
+      contact.number = entry.pFieldList[PB_FIELD_NUMBER].pField;
+      outcome.contacts.push_back(contact);
     }
     return outcome;
   }
 
-  Outcome c_write(const Entry& entry) override {
-    const auto codes = detail::code_points(entry.name);
+  Outcome c_write(const Contact& contact) override {
+    const auto codes = detail::code_points(contact.name);
     const std::wstring name(codes->begin(), codes->end());
     std::array<char, 1024> digits{};
     int gsm = 0;
@@ -152,19 +125,18 @@ class Program : public Client {
       QL_encodePBItem(name.c_str(), digits.data(), int(digits.size()), &gsm, kStandardItem);
     }
     std::array<PbField, 2> fields{};
-    set_field(fields[0], PB_FIELD_NUMBER, entry.number);
+    set_field(fields[0], PB_FIELD_NUMBER, contact.number);
     set_field(fields[1], PB_FIELD_TEXT, digits.data());
-    PhonebookEntry record = {entry.index, int(fields.size()), fields.data(), 0};
-    return code(QL_setPhonebookEntry(kSim, &record));
+    PhonebookEntry record = {contact.index, int(fields.size()), fields.data(), 0};
+    return {QL_setPhonebookEntry(kSim, &record)};
   }
 
-  Outcome c_erase(int index) override { return code(QL_deletePhonebookEntry(kSim, index)); }
+  Outcome c_erase(int index) override { return {QL_deletePhonebookEntry(kSim, index)}; }
 
   Outcome command(const std::string& line, uint32_t timeout_ms) override {
     AtMsg answer;
-    Outcome outcome = code(ClientSendCmd(line.c_str(), &answer, timeout_ms));
-    outcome.what = answer.aucDataBuf;
-    return outcome;
+    const int code = ClientSendCmd(line.c_str(), &answer, timeout_ms);
+    return {code, Fate::kNotDone, answer.aucDataBuf};
   }
 
  private:

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qalt::simulation {
@@ -17,16 +18,15 @@ namespace qalt::simulation {
 struct Stored {
   std::string number = {};  // with "+" when international
   std::u16string name = {};
-  std::string further =
-      {};  // what stands behind the text in a +CPBR line, verbatim, e.g. `,0,"group"`
+  std::string further = {};  // behind the name in a +CPBR line, verbatim, e.g. `,0,"group"`
   bool operator==(const Stored&) const = default;
 };
+using Content = std::optional<Stored>;  // of an index; none: it is empty
 
 // One piece of what a modem says: an echo, a line of information, a result code.
 struct Said {
   std::chrono::milliseconds delay;  // after the piece before
-  std::string bytes;                // none where the result code that ends a command is suppressed
-  bool ends_command = false;
+  std::string bytes;
 };
 
 class Machine {
@@ -35,15 +35,23 @@ class Machine {
   // From the terminal, in pieces of any size.
   virtual void receive(std::string_view bytes) = 0;
   // What it has said since the last call, in order.
-  virtual std::vector<Said> take() = 0;
+  std::vector<Said> take() { return std::exchange(said_, {}); }
   // Settings are as after power-up, a line that was begun is gone; stored contacts stay.
-  virtual void power_cycle() = 0;
-  // Those of the SIM storage, by index.
-  [[nodiscard]] virtual const std::map<int, Stored>& contacts() const = 0;
+  virtual void power_cycle() {}
   // A person at its keys.
-  virtual void change_by_itself(int index, std::optional<Stored> contact) = 0;
-  // Called at each change in the SIM storage that a command makes, before the command's answer.
+  virtual void change_by_itself(int /*index*/, const Content& /*contact*/) {}
+  // Those of the SIM storage, by index.
+  const std::map<int, Stored>& contacts() const { return contacts_; }
+  Content at(int index) const {
+    const auto found = contacts_.find(index);
+    return found == contacts_.end() ? Content() : found->second;
+  }
+  // Called at each change that a command makes, before the command's answer.
   std::function<void(int index)> changed;
+
+ protected:
+  std::map<int, Stored> contacts_;
+  std::vector<Said> said_;
 };
 
 }  // namespace qalt::simulation

@@ -37,8 +37,7 @@ void Network::serve(Service* service) {
   service_ = service;
   if (service != nullptr) return;
   for (auto& [descriptor, socket] : sockets_) {
-    if (socket.connected && socket.turn == -1) socket.ended = true;
-    socket.connection = 0;
+    socket.ended |= std::exchange(socket.connection, 0) != 0;
   }
   changed();
 }
@@ -55,11 +54,6 @@ void Network::answer(uint64_t connection, std::string_view text) {
   }
 }
 
-Network::Socket* Network::find(int descriptor) {
-  const auto found = sockets_.find(descriptor);
-  return found == sockets_.end() ? nullptr : &found->second;
-}
-
 void Network::changed() {
   for (World::Task* task : std::exchange(waiting_, {})) world_.wake(task);
 }
@@ -70,69 +64,60 @@ int Network::open() {
 }
 
 int Network::connect(int descriptor, const sockaddr* address, socklen_t size) {
-  Socket* const socket = find(descriptor);
-  if (socket == nullptr) return failed(EBADF);
+  Socket& socket = sockets_.at(descriptor);
   const std::string name = name_of(address, size);
   if (name == QALT_AT_SERVER_PATH) {
     if (service_ == nullptr) return failed(ECONNREFUSED);
-    socket->connection = ++last_connection_;
+    socket.connection = ++last_connection_;
   } else {
     const auto found = names_.find(name);
-    if (found == names_.end() || !find(found->second)->listening) return failed(ECONNREFUSED);
-    socket->turn = found->second;
+    if (found == names_.end() || !sockets_.at(found->second).listening) return failed(ECONNREFUSED);
+    socket.turn = found->second;
   }
-  socket->connected = true;
   return 0;
 }
 
 int Network::bind(int descriptor, const sockaddr* address, socklen_t size) {
-  Socket* const socket = find(descriptor);
-  if (socket == nullptr) return failed(EBADF);
   const std::string name = name_of(address, size);
   if (!names_.emplace(name, descriptor).second) return failed(EADDRINUSE);
-  socket->name = name;
+  sockets_.at(descriptor).name = name;
   return 0;
 }
 
 int Network::listen(int descriptor) {
-  if (Socket* const socket = find(descriptor)) socket->listening = true;
+  sockets_.at(descriptor).listening = true;
   return 0;
 }
 
 ssize_t Network::send(int descriptor, const void* bytes, size_t size) {
-  Socket* const socket = find(descriptor);
-  if (socket == nullptr) return failed(EBADF);
-  if (!socket->connected || socket->ended) return failed(EPIPE);
-  socket->sent.append(static_cast<const char*>(bytes), size);
-  if (socket->sent.size() >= sizeof(AtMsg) && socket->connection != 0) {
+  Socket& socket = sockets_.at(descriptor);
+  if (socket.connection == 0) return failed(EPIPE);
+  socket.sent.append(static_cast<const char*>(bytes), size);
+  if (socket.sent.size() >= sizeof(AtMsg)) {
     AtMsg frame;
-    std::memcpy(static_cast<void*>(&frame), socket->sent.data(), sizeof frame);
-    service_->requested(socket->connection, socket->client, frame);
+    std::memcpy(static_cast<void*>(&frame), socket.sent.data(), sizeof frame);
+    service_->requested(socket.connection, socket.client, frame);
   }
   return ssize_t(size);
 }
 
-ssize_t Network::receive(int descriptor, void* bytes, size_t size, bool all) {
-  for (;;) {
-    Socket* const socket = find(descriptor);
-    if (socket == nullptr) return failed(EBADF);
-    const size_t there = socket->inbox.size() - socket->taken;
-    if (socket->ended || there >= size || (there != 0 && !all)) {
-      const size_t taken = std::min(size, there);
-      std::memcpy(bytes, socket->inbox.data() + socket->taken, taken);
-      socket->taken += taken;
-      return ssize_t(taken);
-    }
+// An answer comes whole, with the end of the connection.
+ssize_t Network::receive(int descriptor, void* bytes, size_t size) {
+  Socket& socket = sockets_.at(descriptor);
+  while (!socket.ended) {
     waiting_.push_back(World::current());
     world_.wait();
   }
+  const size_t taken = socket.inbox.copy(static_cast<char*>(bytes), size);
+  socket.inbox.erase(0, taken);
+  return ssize_t(taken);
 }
 
-bool Network::readable(int descriptor) {
-  const Socket* const socket = find(descriptor);
-  if (socket == nullptr) return false;
-  if (!socket->listening) return socket->readable();
-  return std::any_of(sockets_.begin(), sockets_.end(),
+bool Network::readable(int descriptor) const {
+  const auto found = sockets_.find(descriptor);
+  if (found == sockets_.end()) return false;
+  return found->second.ended ||
+         std::any_of(sockets_.begin(), sockets_.end(),
                      [&](const auto& other) { return other.second.turn == descriptor; });
 }
 
@@ -153,15 +138,10 @@ int Network::poll(pollfd* events, nfds_t count, int timeout) {
 }
 
 int Network::close(int descriptor) {
-  const auto found = sockets_.find(descriptor);
-  if (found == sockets_.end()) return failed(EBADF);
-  const Socket socket = std::move(found->second);
-  sockets_.erase(found);
-  if (!socket.name.empty()) names_.erase(socket.name);
-  for (auto& [other, waiter] : sockets_) {
-    if (waiter.turn == descriptor) waiter.ended = true;
-  }
-  if (socket.connection != 0 && service_ != nullptr) service_->left(socket.connection);
+  const Socket socket = std::move(sockets_.extract(descriptor).mapped());
+  names_.erase(socket.name);
+  for (auto& [other, waiter] : sockets_) waiter.ended |= waiter.turn == descriptor;
+  if (socket.connection != 0) service_->left(socket.connection);
   changed();
   return 0;
 }

@@ -35,19 +35,17 @@ class Network {
   void answer(uint64_t connection, std::string_view text);
 
   // The program that runs on the calling task.
-  void set_client(int client);
-
-  Time now() const { return world_.now(); }
-  void pass(Time duration) { world_.sleep(duration); }
+  static void set_client(int client);
+  World& world() { return world_; }
 
   // The system calls: a result, or -1 and errno.
-  bool owns(int descriptor) const { return descriptor >= kFirst; }
+  static bool owns(int descriptor) { return descriptor >= kFirst; }
   int open();
   int connect(int descriptor, const sockaddr* address, socklen_t size);
   int bind(int descriptor, const sockaddr* address, socklen_t size);
   int listen(int descriptor);
   ssize_t send(int descriptor, const void* bytes, size_t size);
-  ssize_t receive(int descriptor, void* bytes, size_t size, bool all);
+  ssize_t receive(int descriptor, void* bytes, size_t size);
   int poll(pollfd* events, nfds_t count, int timeout);
   int close(int descriptor);
 
@@ -58,20 +56,16 @@ class Network {
 
   struct Socket {
     int client = -1;
-    bool connected = false;
-    bool ended = false;       // the other side has closed
     uint64_t connection = 0;  // to the AT server; 0 after its end
     std::string sent;         // of a request frame
     std::string inbox;
-    size_t taken = 0;
-    std::string name;  // bound to
+    bool ended = false;  // the other side has closed
+    std::string name;    // bound to
     bool listening = false;
     int turn = -1;  // the listening socket in whose queue this one stands
-    bool readable() const { return ended || taken < inbox.size(); }
   };
 
-  Socket* find(int descriptor);
-  bool readable(int descriptor);
+  bool readable(int descriptor) const;
   void changed();
 
   World& world_;

@@ -28,32 +28,31 @@ std::string shown(const Content& content) {
   return '"' + sim::to_utf8(content->name) + "\" " + content->number + content->further;
 }
 
-Oracle::Oracle(World& world, const Machine& machine) : world_(world) {
+Oracle::Oracle(World& world, const Machine& machine) : world_(world), machine_(machine) {
   for (const auto& [index, stored] : machine.contacts())
     versions_[index].push_back({0, normal(stored), nullptr});
 }
 
-const Content& Oracle::at(int index) const {
-  static const Content kEmpty;
-  const auto found = versions_.find(index);
-  return found == versions_.end() ? kEmpty : found->second.back().content;
+Content Oracle::at(int index) const {
+  const Content content = machine_.at(index);
+  return content ? normal(*content) : content;
 }
 
-void Oracle::changed(int index, const Content& given, const std::shared_ptr<Call>& call) {
-  const Content content = given ? Content(normal(*given)) : Content();
-  const Content before = at(index);
-  std::string wrong;
-  if (call != nullptr) wrong = call->may_write(*call, index, before, content);
+void Oracle::changed(int index, const std::shared_ptr<Call>& call) {
   auto& versions = versions_[index];
   if (versions.empty()) versions.push_back({0, Content(), nullptr});
+  const Content before = versions.back().content;
+  const Content content = at(index);
+  const std::string wrong = call ? call->may_write(*call, index, before, content) : "";
   versions.push_back({++now_, content, call});
-  world_.record('#', "index " + std::to_string(index) + ": " + shown(content) + " instead of " +
-                         shown(before) + ", by " + (call != nullptr ? call->what : "the modem"));
-  if (call == nullptr) return;
-  call->written[index] = content;
-  if (wrong.empty()) return;
-  world_.wrong(call->what + " made of index " + std::to_string(index) + ", where " + shown(before) +
-               " stood, " + shown(content) + ": " + wrong);
+  const std::string change = shown(content) + " instead of " + shown(before);
+  world_.record('#', "index " + std::to_string(index) + ": " + change + ", by " +
+                         (call ? call->what : "the modem"));
+  if (call) call->written[index] = content;
+  if (!wrong.empty()) {
+    world_.wrong(call->what + " made of index " + std::to_string(index) + " " + change + ": " +
+                 wrong);
+  }
 }
 
 // Another's contact may come between the last look and the write, and nothing else. A modem that
@@ -70,10 +69,6 @@ std::string Oracle::taken_blindly(const Call& call, int index, const Content& be
   if (occupant.since <= look.moment) return "it was occupied when last looked at";
   const bool turns = call.takes_turns && occupant.author && occupant.author->takes_turns;
   return turns ? "another of those who take turns has just written there" : "";
-}
-
-void Oracle::looked(int first, int last, Call& call) const {
-  for (int index = first; index <= last; ++index) call.looks[index] = {now_, call.commands};
 }
 
 bool Oracle::stood(int index, Moment since, const std::function<bool(const Content&)>& is) const {

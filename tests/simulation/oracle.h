@@ -6,9 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tests/simulation/machine.h"
@@ -16,14 +14,11 @@
 
 namespace qalt::simulation {
 
-// Changes of the phonebook so far.
-using Moment = uint64_t;
-using Content = std::optional<Stored>;  // of an index; none: it is empty
+using Moment = uint64_t;  // changes of the phonebook so far
 
 // One call of a client's.
 struct Call {
   std::string what;  // for messages
-  int client = 0;
   Moment begun = 0;
   // Whether the call may make of what stands at an index what it makes; empty, or what is wrong.
   std::function<std::string(const Call& call, int index, const Content& before,
@@ -47,18 +42,16 @@ class Oracle {
   Oracle(World& world, const Machine& machine);
 
   Moment now() const { return now_; }
-  const Content& at(int index) const;
   // What is wrong with a write of the call to an index that it believes to be free, if anything is.
   std::string taken_blindly(const Call& call, int index, const Content& before) const;
   // Something changed the index: a call, or where that is null the modem itself.
-  void changed(int index, const Content& content, const std::shared_ptr<Call>& call);
-  // The modem carries the read of a call out.
-  void looked(int first, int last, Call& call) const;
+  void changed(int index, const std::shared_ptr<Call>& call);
 
-  // Whether something stood at the index at some moment since then.
+  // What stands at the index.
+  Content at(int index) const;
+  // Whether something stood there at some moment since then.
   bool stood(int index, Moment since, const std::function<bool(const Content&)>& is) const;
   bool stood(int index, Moment since, const Content& content) const;
-  bool was_empty(int index, Moment since) const { return stood(index, since, Content()); }
   // All that stood there since then, for messages.
   std::string story(int index, Moment since) const;
 
@@ -70,6 +63,7 @@ class Oracle {
   };
 
   World& world_;
+  const Machine& machine_;
   std::map<int, std::vector<Version>> versions_;
   Moment now_ = 1;
 };

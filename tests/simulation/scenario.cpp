@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "sim/text.h"
-#include "tests/simulation/handset/handset.h"
+#include "tests/simulation/handset.h"
 #include "tests/simulation/sim_machine.h"
 
 namespace qalt::simulation {
@@ -16,37 +16,44 @@ namespace {
 constexpr std::array<std::u16string_view, 9> kNames = {
     u"Anna ", u"Jürgen £", u"Ελένη ", u"Иван", u"李", u"a;b,c ", u"> ", u"OK\\", u"\"q "};
 
+constexpr std::array<int, 3> kFirstIndices = {1, 0, 5};
+
+Time some_delay(Chance& chance, Scenario& scenario) {
+  scenario.slow = chance.one_in(4);
+  return Time(scenario.slow ? chance.between(50, 900) : chance.between(0, 9));
+}
+
+std::string places_text(int size, int first, const Scenario& scenario) {
+  return std::to_string(size) + " places from " + std::to_string(first) +
+         (scenario.drops ? ", drops writes" : "");
+}
+
 std::unique_ptr<Machine> make_sim(Chance& chance, Scenario& scenario) {
   sim::Config config;
-  constexpr std::array<int, 3> kFirst = {1, 0, 5};
-  config.first_index = chance.of(kFirst);
+  config.first_index = chance.of(kFirstIndices);
   config.size = chance.between(5, 60);
   if (chance.one_in(4)) config.profile = sim::Profile::kVendorUsim;
+  scenario.vendor = config.profile != sim::Profile::kStandard;
   config.empty = sim::EmptyAnswer(chance.below(3));
+  scenario.refuses = config.empty == sim::EmptyAnswer::kError;
   config.send_lengths = !chance.one_in(4);
-  config.plain_numbers = config.profile == sim::Profile::kStandard && chance.one_in(4);
+  config.plain_numbers = !scenario.vendor && chance.one_in(4);
   config.sim_contacts.clear();
-  const int used = chance.below(config.size);
-  for (int k = 0; k < used; ++k) {
+  for (int k = chance.below(config.size); k > 0; --k) {
     const Stored stored = new_contact(chance, k, int(config.name_length));
     sim::Contact contact;
     contact.number = stored.number;
     contact.type = stored.number.starts_with('+') ? sim::kTypeInternational : sim::kTypeUnknown;
     contact.name = stored.name;
-    const int offset = chance.below(config.size);
-    config.sim_contacts.push_back({offset, contact});
+    config.sim_contacts.push_back({chance.below(config.size), contact});
   }
   config.faults.always_echo = chance.one_in(5);
   config.faults.single_bytes = chance.one_in(10);
   config.faults.busy = chance.one_in(5) ? unsigned(chance.below(8)) : 0;
   config.faults.drop_writes = scenario.drops = chance.one_in(12);
-  scenario.slow = chance.one_in(4);
-  scenario.refuses = config.empty == sim::EmptyAnswer::kError;
-  config.faults.delay = Time(scenario.slow ? chance.between(50, 900) : chance.between(0, 9));
-  scenario.vendor = config.profile != sim::Profile::kStandard;
+  config.faults.delay = some_delay(chance, scenario);
   scenario.text = "simulated modem, " + std::string(scenario.vendor ? "vendor's commands, " : "") +
-                  std::to_string(config.size) + " places from " +
-                  std::to_string(config.first_index) + (scenario.drops ? ", drops writes" : "");
+                  places_text(config.size, config.first_index, scenario);
   return std::make_unique<SimMachine>(std::move(config));
 }
 
@@ -57,27 +64,22 @@ std::string some_further(Chance& chance, int number) {
 }
 
 std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
-  Options options;
-  Storage& storage = options.storages.front();
-  constexpr std::array<int, 3> kFirst = {1, 0, 5};
-  storage.first = chance.of(kFirst);
-  storage.size = chance.between(5, 60);
-  storage.text_length = chance.between(8, 20);
-  storage.number_length = 20;
+  HandsetOptions options;
+  options.first = chance.of(kFirstIndices);
+  options.size = chance.between(5, 60);
+  options.text_length = chance.between(8, 20);
   options.further = chance.one_in(3);
-  const int last = storage.first + storage.size - 1;
-  for (int k = chance.below(storage.size); k > 0; --k) {
+  const int last = options.first + options.size - 1;
+  for (int k = chance.below(options.size); k > 0; --k) {
     // What is stored may be longer than what is announced.
     Stored stored = new_contact(chance, k, 0);
     if (options.further && chance.one_in(2)) stored.further = some_further(chance, k);
-    storage.contacts[chance.between(storage.first, last)] = stored;
+    options.contacts[chance.between(options.first, last)] = stored;
   }
-  Settings& settings = options.initial;
-  settings.echo = chance.below(2);
-  settings.verbose = !chance.one_in(5);
-  settings.quiet = chance.one_in(8);
-  settings.errors = chance.below(3);
-  settings.message_format = 1;  // texts as they are
+  options.initial.echo = chance.below(2);
+  options.initial.verbose = !chance.one_in(5);
+  options.initial.quiet = chance.one_in(8);
+  options.initial.errors = chance.below(3);
   if (chance.one_in(6)) options.unknown = {"+CMEE"};
   if (chance.one_in(8)) options.unknown = {"+CFUN", "+CSQ"};
   options.bare_at_fails = chance.one_in(6);
@@ -86,34 +88,34 @@ std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
   options.upper_hex = !chance.one_in(3);
   options.set_named_in_itself = chance.one_in(3);
   options.plus_in_numbers = !chance.one_in(3);
-  scenario.plain = !options.further && !options.blanks && options.upper_hex;
   options.busy_for = chance.one_in(5) ? chance.below(8) : 0;
-  constexpr std::array<Result, 3> kEmpty = {Result::kOk, Result::kNotFound, Result::kError};
+  constexpr std::array<Ending, 3> kEmpty = {Ending::kOk, Ending::kNotFound, Ending::kError};
   options.empty_index = chance.of(kEmpty);
   options.empty_range = chance.of(kEmpty);
   if (chance.one_in(3)) options.largest_range = chance.between(1, 30);
+  const auto some_indices = [&](int most) {
+    std::set<int> indices;
+    for (int k = chance.between(1, most); k > 0; --k) {
+      indices.insert(chance.between(options.first, last));
+    }
+    return indices;
+  };
   if (chance.one_in(4)) {
-    for (int k = chance.between(1, 4); k > 0; --k) {
-      const int index = chance.between(storage.first, last);
-      options.refused_in_range.insert(index);
+    options.refused_in_range = some_indices(4);
+    for (const int index : options.refused_in_range) {
       if (!chance.one_in(4)) options.refused_alone.insert(index);
     }
-    scenario.hidden = options.refused_in_range;
     options.lines_before_refusal = chance.one_in(2);
   }
-  if (chance.one_in(12)) {
-    scenario.drops = true;
-    for (int k = chance.between(1, 10); k > 0; --k) {
-      options.writes_dropped.insert(chance.between(storage.first, last));
-    }
-  }
-  scenario.slow = chance.one_in(4);
-  scenario.refuses = options.empty_index == Result::kError || options.largest_range ||
-                     options.empty_range == Result::kError || !scenario.hidden.empty();
-  const Time delay(scenario.slow ? chance.between(50, 900) : chance.between(0, 9));
-  for (const char* name : {"+CPBR", "+CPBW", "+CPBS", "+CSCS"}) options.answer_times[name] = delay;
-  scenario.text = "handset, " + std::to_string(storage.size) + " places from " +
-                  std::to_string(storage.first) + (scenario.drops ? ", drops writes" : "") +
+  if (chance.one_in(12)) options.writes_dropped = some_indices(10);
+  options.delay = some_delay(chance, scenario);
+
+  scenario.plain = !options.further && !options.blanks && options.upper_hex;
+  scenario.hidden = options.refused_in_range;
+  scenario.drops = !options.writes_dropped.empty();
+  scenario.refuses = options.empty_index == Ending::kError || options.largest_range != 0 ||
+                     options.empty_range == Ending::kError || !scenario.hidden.empty();
+  scenario.text = "handset, " + places_text(options.size, options.first, scenario) +
                   (options.further ? ", further parameters" : "") +
                   (!scenario.hidden.empty() ? ", refuses reads" : "");
   return std::make_unique<Handset>(std::move(options));
@@ -162,7 +164,6 @@ Stored new_contact(Chance& chance, int number, int longest_name) {
 Scenario make_scenario(uint64_t seed) {
   Chance chance(seed);
   Scenario scenario;
-  scenario.seed = seed;
   const bool own = chance.one_in(2);  // the handset has keys
   scenario.machine = own ? make_handset(chance, scenario) : make_sim(chance, scenario);
   scenario.line = make_line(chance);

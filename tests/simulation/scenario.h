@@ -17,7 +17,6 @@ namespace qalt::simulation {
 enum class Manner { kHeader, kImporter, kFunctions, kLines };
 
 struct Scenario {
-  uint64_t seed = 0;
   std::string text;  // in a few words
   std::unique_ptr<Machine> machine;
   bool plain = true;     // contacts are as the C functions can carry them

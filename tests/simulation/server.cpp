@@ -10,15 +10,11 @@
 namespace qalt::simulation {
 namespace {
 
-using server::TimePoint;
-
 // How long a command may take beyond its own time-out and those of the commands before it, as the
 // manual has it.
 constexpr Time kBound{75000};
 
-TimePoint point(Time time) {
-  return TimePoint(time);
-}
+constexpr Time kReopening{1000};
 
 // The lines of an answer that say something.
 std::vector<std::string> lines_of(std::string_view text) {
@@ -34,69 +30,53 @@ std::vector<std::string> lines_of(std::string_view text) {
   return lines;
 }
 
-// The modem is asked for indices: which.
-std::optional<std::pair<int, int>> range_of(const std::string& line) {
+// What a command that reads indices, or counts them, shows its call.
+void look(const std::string& line, Moment moment, Call& call) {
+  if (line == "AT+CPBS?") call.counted = {moment, call.commands};
   const auto commands = at::split_line(line);
-  if (!commands || commands->size() != 1 || !commands->front().name.ends_with("CPBR")) {
-    return std::nullopt;
-  }
+  if (!commands || commands->size() != 1 || !commands->front().name.ends_with("CPBR")) return;
   const std::string& arguments = commands->front().arguments;
-  if (arguments.empty() || arguments.find_first_not_of("0123456789,") != arguments.npos) {
-    return std::nullopt;
-  }
+  if (arguments.empty() || arguments.find_first_not_of("0123456789,") != arguments.npos) return;
   const int first = std::atoi(arguments.c_str());
-  const size_t comma = arguments.find(',');
-  return std::pair(first,
-                   comma == arguments.npos ? first : std::atoi(arguments.c_str() + comma + 1));
+  const int last = std::atoi(arguments.substr(arguments.find(',') + 1).c_str());
+  for (int index = first; index <= last; ++index) call.looks[index] = {moment, call.commands};
 }
 
 }  // namespace
 
 Server::Server(World& world, Network& network, Line& line, Machine& machine, Oracle& oracle)
     : world_(world), network_(network), line_(line), oracle_(oracle) {
-  machine.changed = [this, &machine](int index) {
-    const auto found = machine.contacts().find(index);
-    oracle_.changed(index, found == machine.contacts().end() ? Content() : found->second, writing_);
-  };
-  line_.set_handlers(
-      {[this](std::string_view bytes, const std::vector<std::string>& reports) {
-         back_off_.answered();
-         for (const std::string& text : reports) {
-           const bool known = server::is_report(std::string_view(text).substr(2, text.size() - 4));
-           reports_.push_back({text, free_text_ && !known});
-         }
-         dispatcher_->receive(bytes, point(world_.now()));
-         std::erase_if(reports_, [](const Report& report) { return report.doubtful; });
-         if (!reports_.empty()) world_.wrong("a report was not pushed: " + reports_.front().text);
-         settle();
-       },
-       [this] {
-         dispatcher_->closed();
-         open_later();
-         settle();
-       }});
+  machine.changed = [this](int index) { oracle_.changed(index, writing_); };
+  line_.set_handlers({[this](std::string_view bytes, const std::vector<std::string>& reports) {
+                        received(bytes, reports);
+                      },
+                      [this] {
+                        dispatcher_->closed();
+                        open_port(kReopening);
+                        settle();
+                      }});
 }
 
-void Server::later(Time delay, void (Server::*what)()) {
-  world_.after(delay, [this, what, life = life_] {
-    if (life == life_) (this->*what)();
+void Server::at(Time when, std::function<void()> what) {
+  world_.at(when, [this, what = std::move(what), life = life_] {
+    if (life == life_) what();
   });
 }
 
 void Server::start() {
+  if (dispatcher_ != nullptr) kill();
   world_.record('#', "the server starts");
   ++life_;
   dispatcher_ =
-      std::make_unique<server::Dispatcher>(host(), std::vector<std::string>{"ATE0", "AT+CMEE=1"});
+      std::make_unique<server::Dispatcher>(*this, std::vector<std::string>{"ATE0", "AT+CMEE=1"});
   started_ = uint64_t(world_.now().count());
   stopping_ = false;
   armed_.reset();
   network_.serve(this);
-  back_off_ = {};
-  lost_ = true;
-  later(Time(0), &Server::open_port);
+  open_port(Time(0));
 }
 
+// Only one that was killed is known to have forgotten what its clients selected.
 void Server::kill() {
   world_.record('#', "the server is killed");
   killed_ = true;
@@ -123,32 +103,18 @@ void Server::new_process(int client) {
   processes_[client] = {++last_process_, uint64_t(world_.now().count())};
 }
 
-void Server::open_again() {
-  if (lost_ && point(world_.now()) >= back_off_.due()) open_port();
-}
-
-void Server::open_port() {
-  if (!line_.open()) return open_later();
-  lost_ = false;
-  dispatcher_->opened(point(world_.now()), false);
-  settle();
-}
-
-void Server::open_later() {
-  lost_ = true;
-  back_off_.failed(point(world_.now()));
-  await_opening();
-}
-
-void Server::await_opening() {
-  if (stopping_) return;
-  const Time due = std::chrono::duration_cast<Time>(back_off_.due().time_since_epoch());
-  later(std::max(due - world_.now(), Time(0)), &Server::open_again);
+void Server::open_port(Time delay) {
+  at(world_.now() + delay, [this] {
+    if (stopping_) return;
+    if (!line_.open()) return open_port(kReopening);
+    dispatcher_->opened(now(), false);
+    settle();
+  });
 }
 
 void Server::give_up_port() {
   line_.close();
-  open_later();
+  open_port(kReopening);
 }
 
 void Server::settle() {
@@ -159,34 +125,43 @@ void Server::settle() {
   armed_ = deadline;
   if (!deadline) return;
   const Time when = std::chrono::duration_cast<Time>(deadline->time_since_epoch());
-  world_.at(std::max(when, world_.now()), [this, deadline, life = life_] {
-    if (life != life_ || armed_ != deadline) return;
+  at(std::max(when, world_.now()), [this, deadline] {
+    if (armed_ != deadline) return;
     armed_.reset();
-    dispatcher_->tick(point(world_.now()));
+    dispatcher_->tick(now());
     settle();
   });
+}
+
+void Server::received(std::string_view bytes, const std::vector<std::string>& reports) {
+  for (const std::string& text : reports) {
+    const bool known = server::is_report(std::string_view(text).substr(2, text.size() - 4));
+    reports_.push_back({text, free_text_ && !known});
+  }
+  dispatcher_->receive(bytes, now());
+  std::erase_if(reports_, [](const Report& report) { return report.doubtful; });
+  if (!reports_.empty()) world_.wrong("a report was not pushed: " + reports_.front().text);
+  settle();
 }
 
 void Server::requested(uint64_t connection, int client, const AtMsg& frame) {
   const server::FrameRequest request = server::read_request(frame);
   if (request.command.empty()) return network_.answer(connection, "\r\nERROR\r\n");
   ++commands_;
-  Asked asked{calls_[client], request.command, request.timeout, request.timeout + kBound, nullptr};
-  for (const auto& [id, other] : asked_) asked.allowed += other.timeout + kBound;
-  ++asked.call->commands;
-  world_.at(world_.now() + asked.allowed, [this, connection, life = life_] {
+  const std::shared_ptr<Call> call = calls_[client];
+  ++call->commands;
+  // For all of it, and for what is before it.
+  Time allowed = request.timeout + kBound;
+  for (const auto& [id, other] : asked_) allowed += other.timeout + kBound;
+  at(world_.now() + allowed, [this, connection] {
     const auto found = asked_.find(connection);
-    if (life != life_ || found == asked_.end()) return;
-    world_.wrong("no answer within its bound: " + found->second.line);
+    if (found != asked_.end()) world_.wrong("no answer within its bound: " + found->second.line);
   });
-  asked_.emplace(connection, std::move(asked));
-  const server::Peer& peer = processes_[client];
+  asked_.emplace(connection, Asked{call, request.command, request.timeout, nullptr});
   if (stopping_) return answer(connection, "");
-  back_off_.asked(point(world_.now()));
-  if (lost_) await_opening();
-  dispatcher_->submit(
-      {connection, request.command, request.timeout, peer, killed_ && peer.started <= started_},
-      point(world_.now()));
+  const server::Peer& peer = processes_[client];
+  const bool older = killed_ && peer.started <= started_;
+  dispatcher_->submit({connection, request.command, request.timeout, peer, older}, now());
   settle();
 }
 
@@ -203,19 +178,16 @@ void Server::write_modem(std::string_view bytes) {
     line_.write(bytes);
     return;
   }
-  const std::string_view line = bytes.substr(0, bytes.size() - 1);
+  const std::string line(bytes.substr(0, bytes.size() - 1));
   const auto asked = std::find_if(asked_.begin(), asked_.end(), [&](const auto& row) {
     return row.second.exchange == nullptr && row.second.line == line;
   });
-  if (asked == asked_.end()) world_.wrong("nobody asked for this: " + std::string(line));
+  if (asked == asked_.end()) world_.wrong("nobody asked for this: " + line);
   free_text_ = has_free_text(line);
   const std::shared_ptr<Call> call = asked->second.call;
-  writing_ = call;
-  if (const auto range = range_of(asked->second.line)) {
-    oracle_.looked(range->first, range->second, *call);
-  }
+  look(line, oracle_.now(), *call);
   call->wrote |= line.find("PBW=") != line.npos;
-  if (line == "AT+CPBS?") call->counted = {oracle_.now(), call->commands};
+  writing_ = call;
   asked->second.exchange = line_.write(bytes);
   writing_ = nullptr;
   call->touched |= asked->second.exchange->touched;
@@ -224,8 +196,7 @@ void Server::write_modem(std::string_view bytes) {
 void Server::answer(uint64_t id, std::string_view text) {
   const auto found = asked_.find(id);
   if (found == asked_.end()) return;
-  const Asked asked = std::move(found->second);
-  asked_.erase(found);
+  const Asked asked = std::move(asked_.extract(found).mapped());
   judge(asked, text);
   network_.answer(id, text);
 }
@@ -233,7 +204,7 @@ void Server::answer(uint64_t id, std::string_view text) {
 void Server::judge(const Asked& asked, std::string_view text) {
   if (text.empty() || !asked.exchange) asked.call->touched = true;
   const auto lines = lines_of(text);
-  if (lines.empty() || asked.exchange == nullptr) return;
+  if (lines.empty() || !asked.exchange) return;
   const auto said = lines_of(asked.exchange->answer);
   if (lines == said) return;
   // A report among texts stays there.

@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "server/back_off.h"
 #include "server/dispatcher.h"
 #include "tests/simulation/line.h"
 #include "tests/simulation/network.h"
@@ -18,7 +17,7 @@
 
 namespace qalt::simulation {
 
-class Server : private server::Dispatcher::Host, private Service {
+class Server : public server::Dispatcher::Host, private Service {
  public:
   Server(World& world, Network& network, Line& line, Machine& machine, Oracle& oracle);
 
@@ -26,7 +25,6 @@ class Server : private server::Dispatcher::Host, private Service {
   void kill();
   // The command under way is finished first.
   void stop();
-  bool running() const { return dispatcher_ != nullptr; }
 
   // What the commands of a client belong to.
   void set_call(int client, std::shared_ptr<Call> call) { calls_[client] = std::move(call); }
@@ -39,48 +37,43 @@ class Server : private server::Dispatcher::Host, private Service {
     std::shared_ptr<Call> call;
     std::string line;
     Time timeout{0};
-    Time allowed{0};                     // for all of it, and for what is before it
     std::shared_ptr<Exchange> exchange;  // none: not sent yet
+  };
+  struct Report {
+    std::string text;
+    bool doubtful;  // it may be a line of a text
   };
 
   void requested(uint64_t connection, int client, const AtMsg& frame) override;
   void left(uint64_t connection) override;
-
   void write_modem(std::string_view bytes) override;
   void answer(uint64_t id, std::string_view text) override;
   void report(std::string_view text) override;
   void give_up_port() override;
   void note(int priority, const std::string& text) override;
 
-  server::Dispatcher::Host& host() { return *this; }
-  void open_port();
-  void open_again();
-  void open_later();
-  void await_opening();
+  void received(std::string_view bytes, const std::vector<std::string>& reports);
+  void open_port(Time delay);
   void settle();
   void end();
   void judge(const Asked& asked, std::string_view text);
-  void later(Time delay, void (Server::*what)());
+  // Of this life of the server's.
+  void at(Time when, std::function<void()> what);
+  server::TimePoint now() const { return server::TimePoint(world_.now()); }
 
   World& world_;
   Network& network_;
   Line& line_;
   Oracle& oracle_;
-  std::unique_ptr<server::Dispatcher> dispatcher_;
+  std::unique_ptr<server::Dispatcher> dispatcher_;  // none: the server does not run
   std::map<int, std::shared_ptr<Call>> calls_;
   std::map<int, server::Peer> processes_;
   std::map<uint64_t, Asked> asked_;  // by connection, in order of arrival
   std::shared_ptr<Call> writing_;
-  struct Report {
-    std::string text;
-    bool doubtful;  // it may be a line of a text
-  };
   std::deque<Report> reports_;  // that have come and are to be pushed
   bool free_text_ = false;      // the answers that may still come have texts in them
   std::optional<server::TimePoint> armed_;
   uint64_t life_ = 0;
-  server::BackOff back_off_;
-  bool lost_ = false;  // the port is to be opened again
   bool killed_ = false;
   bool stopping_ = false;
   uint64_t started_ = 0;

@@ -2,6 +2,8 @@
 #ifndef QALT_TESTS_SIMULATION_SIM_MACHINE_H_
 #define QALT_TESTS_SIMULATION_SIM_MACHINE_H_
 
+#include <utility>
+
 #include "sim/modem.h"
 #include "tests/simulation/machine.h"
 
@@ -11,18 +13,29 @@ class SimMachine : public Machine {
  public:
   explicit SimMachine(sim::Config config) : modem_(std::move(config)) { look(); }
 
-  void receive(std::string_view bytes) override;
-  std::vector<Said> take() override;
-  void power_cycle() override {}
-  const std::map<int, Stored>& contacts() const override { return contacts_; }
-  void change_by_itself(int index, std::optional<Stored> contact) override;
+  void receive(std::string_view bytes) override {
+    modem_.receive(bytes);
+    if (bytes.find("PBW") != bytes.npos) look();
+    for (sim::Output& output : modem_.take()) {
+      said_.push_back({output.delay, std::move(output.bytes)});
+    }
+  }
 
  private:
   // The contacts as they are now; those that differ are told to `changed`.
-  void look();
+  void look() {
+    const sim::Storage& storage = modem_.state().sim;
+    for (int index = storage.first(); index <= storage.last(); ++index) {
+      const sim::Contact* const there = storage.find(index);
+      const Content now = there == nullptr ? Content() : Stored{there->number, there->name, {}};
+      if (now == at(index)) continue;
+      contacts_.erase(index);
+      if (now) contacts_.emplace(index, *now);
+      if (changed) changed(index);
+    }
+  }
 
   sim::Modem modem_;
-  std::map<int, Stored> contacts_;
 };
 
 }  // namespace qalt::simulation

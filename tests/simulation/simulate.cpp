@@ -2,6 +2,7 @@
 //
 // A seed that fails prints itself and what must not be, and leaves a transcript that
 // qalt-atd --modem replay: can play.
+#include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,16 +15,52 @@
 #include <iostream>
 #include <string>
 
-#include "tests/simulation/run.h"
+#include "tests/simulation/clients.h"
 
+namespace qalt::simulation {
 namespace {
-
-using qalt::simulation::RunReport;
 
 // Of the real clock: no seed needs a tenth of it.
 constexpr unsigned kLongestSeconds = 120;
 
-constexpr int kWrong = 3;
+// The copy of the library and the tool that the client of this number works with.
+Client& load_client(size_t number) {
+  const std::string path = CLIENT_MODULE + std::to_string(number) + ".so";
+  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (module == nullptr) throw std::runtime_error(dlerror());
+  using Make = Client* (*)();
+  return *reinterpret_cast<Make>(dlsym(module, "simulation_client"))();
+}
+
+// The server ends, kindly or not, and is there again after a while. Only one that was killed is
+// known to have forgotten in which set the C functions are in the middle of a job.
+void live(World& world, Server& server, Chance chance, int lives, bool kindly) {
+  if (lives == 0) return;
+  world.after(Time(chance.between(1, 60000)), [&world, &server, chance, lives, kindly]() mutable {
+    !kindly || chance.one_in(2) ? server.kill() : server.stop();
+    world.after(Time(chance.between(10, 5000)), [&world, &server, chance, lives, kindly] {
+      server.start();
+      live(world, server, chance, lives - 1, kindly);
+    });
+  });
+}
+
+// Somebody changes contacts at the phone itself.
+void change_by_itself(World& world, Machine& machine, Oracle& oracle, Chance chance, int seconds) {
+  if (seconds == 0) return;
+  const Time pause(chance.between(1, 2000 * seconds));
+  world.after(pause, [&world, &machine, &oracle, chance, seconds]() mutable {
+    if (machine.contacts().empty()) return;
+    auto some = machine.contacts().begin();
+    std::advance(some, chance.below(int(machine.contacts().size())));
+    const int index = some->first;
+    Content content;
+    if (chance.one_in(2)) content = new_contact(chance, 900000 + chance.below(99999), 0);
+    machine.change_by_itself(index, content);
+    oracle.changed(index, nullptr);
+    change_by_itself(world, machine, oracle, chance, seconds);
+  });
+}
 
 struct Options {
   uint64_t first = 1;
@@ -34,24 +71,45 @@ struct Options {
   bool verbose = false;
 };
 
-// The child's side: the result goes to the pipe, messages of the tool and of sanitizers to
-// `messages`.
-[[noreturn]] void run_alone(uint64_t seed, const Options& options, int pipe, FILE* messages) {
+// A seed's world, from its beginning to its end. What it came to goes to the pipe, messages of the
+// tool and of sanitizers to `messages`.
+[[noreturn]] void run_alone(uint64_t seed, const std::string& transcript, int pipe,
+                            FILE* messages) {
   alarm(kLongestSeconds);
   dup2(fileno(messages), STDERR_FILENO);
-  const RunReport report = qalt::simulation::run_seed(seed, [&](const std::string& what,
-                                                                const std::string& scenario,
-                                                                const std::string& transcript) {
-    std::ofstream(options.transcript, std::ios::binary) << transcript;
-    const std::string text = "seed " + std::to_string(seed) + ": " + scenario +
-                             "\n  WRONG: " + what + "\n  transcript: " + options.transcript + "\n";
-    [[maybe_unused]] const ssize_t unused = write(pipe, text.data(), text.size());
-    _exit(kWrong);
-  });
-  const std::string text = std::to_string(report.commands) + " " + std::to_string(report.seconds) +
-                           " " + report.scenario + "\n";
-  [[maybe_unused]] const ssize_t unused = write(pipe, text.data(), text.size());
-  _exit(0);
+  const auto end = [pipe](int status, const std::string& text) {
+    const ssize_t written = write(pipe, text.data(), text.size());
+    _exit(written == ssize_t(text.size()) ? status : 2);
+  };
+  const Scenario scenario = make_scenario(seed);
+  World world;
+  world.when_wrong = [&](const std::string& what) {
+    std::ofstream(transcript, std::ios::binary) << world.transcript();
+    end(1, scenario.text + "\n  WRONG: " + what + "\n  transcript: " + transcript + "\n");
+  };
+  Network network(world);
+  Network::g_network = &network;
+  Chance chance(~seed);
+  Machine& machine = *scenario.machine;
+  Oracle oracle(world, machine);
+  Line line(world, machine, chance.branch(), scenario.line);
+  Server server(world, network, line, machine, oracle);
+  server.start();
+  const auto& clients = scenario.clients;
+  const auto functions = std::count(clients.begin(), clients.end(), Manner::kFunctions);
+  live(world, server, chance.branch(), scenario.lives, functions == 0);
+  change_by_itself(world, machine, oracle, chance.branch(), scenario.own_changes);
+
+  Surroundings around{world, server, oracle, scenario};
+  for (size_t k = 0; k < clients.size(); ++k) {
+    world.spawn([&around, k, &client = load_client(k), own = chance.branch()] {
+      run_client(around, int(k), client, own);
+    });
+  }
+  world.run();
+  end(0, std::to_string(server.commands()) + " " + std::to_string(world.now().count() / 1000) +
+             " " + scenario.text + "\n");
+  std::abort();
 }
 
 std::string read_all(int descriptor) {
@@ -68,51 +126,67 @@ std::string last_of(FILE* file) {
   constexpr long kMost = 8000;
   std::fseek(file, 0, SEEK_END);
   std::fseek(file, std::max(std::ftell(file) - kMost, 0L), SEEK_SET);
-  std::string text(kMost, '\0');
-  text.resize(std::fread(text.data(), 1, text.size(), file));
-  return text;
+  return read_all(fileno(file));
 }
 
-bool run_seed(uint64_t seed, const Options& options, RunReport& sum) {
+struct Sums {
+  unsigned long long commands = 0;
+  long long seconds = 0;  // simulated
+};
+
+bool run_seed(uint64_t seed, const Options& options, Sums& sums) {
   int ends[2];
   if (pipe(ends) != 0) return false;
   FILE* const messages = std::tmpfile();
   const pid_t child = fork();
   if (child == 0) {
     close(ends[0]);
-    run_alone(seed, options, ends[1], messages);
+    run_alone(seed, options.transcript, ends[1], messages);
   }
   close(ends[1]);
   const std::string text = read_all(ends[0]);
   close(ends[0]);
   int status = 0;
   waitpid(child, &status, 0);
-  const bool wrong = WIFEXITED(status) && WEXITSTATUS(status) == kWrong;
-  if (status != 0 && !wrong) {
-    std::cout << "seed " << seed << ": it "
-              << (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM ? "does not come to an end"
-                                                                     : "ends by itself")
-              << "\n"
+  if (status != 0 || options.verbose) std::cout << "seed " << seed << ": " << text << std::flush;
+  if (status != 0 && text.empty()) {
+    const bool endless = WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM;
+    std::cout << (endless ? "it does not come to an end" : "it ends by itself") << "\n"
               << last_of(messages) << std::endl;
   }
   std::fclose(messages);
-  if (status != 0) {
-    std::cout << text << std::flush;
-    return false;
+  Sums own;
+  std::sscanf(text.c_str(), "%llu %lld", &own.commands, &own.seconds);
+  sums.commands += own.commands;
+  sums.seconds += own.seconds;
+  return status == 0;
+}
+
+int run_seeds(const Options& options) {
+  using Clock = std::chrono::steady_clock;
+  const auto begun = Clock::now();
+  Sums sums;
+  uint64_t done = 0;
+  const auto go_on = [&] {
+    if (options.commands != 0) return sums.commands < options.commands;
+    if (options.seconds != 0) return Clock::now() - begun < std::chrono::seconds(options.seconds);
+    return done < options.count;
+  };
+  for (; go_on(); ++done) {
+    if (!run_seed(options.first + done, options, sums)) return 1;
   }
-  unsigned long long commands = 0;
-  long long seconds = 0;
-  std::sscanf(text.c_str(), "%llu %lld", &commands, &seconds);
-  sum.commands += commands;
-  sum.seconds += seconds;
-  if (options.verbose) std::cout << "seed " << seed << ": " << text << std::flush;
-  return true;
+  const double took = std::chrono::duration<double>(Clock::now() - begun).count();
+  std::printf("%llu seeds from %llu: %llu AT commands and %lld hours of simulated time in %.1f s\n",
+              static_cast<unsigned long long>(done), static_cast<unsigned long long>(options.first),
+              sums.commands, sums.seconds / 3600, took);
+  return 0;
 }
 
 }  // namespace
+}  // namespace qalt::simulation
 
 int main(int argc, char** argv) {
-  Options options;
+  qalt::simulation::Options options;
   CLI::App app(
       "Clients, the server and a modem in simulated time, everything by chance from a seed");
   app.add_option("--seed", options.first, "The first seed")->capture_default_str();
@@ -124,22 +198,5 @@ int main(int argc, char** argv) {
       ->capture_default_str();
   app.add_flag("--verbose", options.verbose, "A line for each seed");
   CLI11_PARSE(app, argc, argv);
-
-  using Clock = std::chrono::steady_clock;
-  const auto begun = Clock::now();
-  RunReport sum;
-  uint64_t done = 0;
-  const auto go_on = [&] {
-    if (options.commands != 0) return sum.commands < options.commands;
-    if (options.seconds != 0) return Clock::now() - begun < std::chrono::seconds(options.seconds);
-    return done < options.count;
-  };
-  for (; go_on(); ++done) {
-    if (!run_seed(options.first + done, options, sum)) return 1;
-  }
-  const double took = std::chrono::duration<double>(Clock::now() - begun).count();
-  std::printf("%llu seeds from %llu: %llu AT commands and %lld hours of simulated time in %.1f s\n",
-              (unsigned long long)done, (unsigned long long)options.first,
-              (unsigned long long)sum.commands, (long long)(sum.seconds / 3600), took);
-  return 0;
+  return run_seeds(options);
 }

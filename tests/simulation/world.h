@@ -63,7 +63,6 @@ class World {
   // Lets time pass until wake(), or for `limit`.
   void wait(Time limit = Time::max());
   void wake(Task* task);
-  void sleep(Time duration) { wait(duration); }
 
   // What happened, in the form of the server's transcripts: `kind` is '>', '<' or '#'.
   void record(char kind, std::string_view bytes);
