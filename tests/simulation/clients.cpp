@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "sim/text.h"
+#include "tests/simulation/network.h"
 
 namespace qalt::simulation {
 namespace {
@@ -48,7 +49,7 @@ class ClientProgram {
         chance_(chance) {}
 
   void run() {
-    Network::set_client(number_);
+    network::set_client(number_);
     around_.server.new_process(number_);
     for (int k = 0; k < around_.scenario.calls; ++k) {
       around_.world.wait(Time(chance_.one_in(3) ? chance_.below(20000) : chance_.below(50)));
@@ -64,7 +65,7 @@ class ClientProgram {
           by_functions();
           break;
         case Manner::kLines:
-          chance_.one_in(3) ? raw_write() : question();
+          question();
           break;
       }
     }
@@ -360,21 +361,6 @@ class ClientProgram {
     const Step step = carry_out(line, nothing, [&] { return client_.command(line, limit); });
     const bool none = !step.outcome.done() || step.outcome.what.empty();
     if (none && calm) wrong(step, "no answer");
-  }
-
-  // As a program writes that does not look: its own index is all that it may change.
-  void raw_write() {
-    const Contact contact = new_entry(some_index());
-    const bool erases = chance_.one_in(3);
-    if (!erases && contact.number.empty()) return;
-    std::string line = "AT+CPBW=" + std::to_string(contact.index);
-    if (!erases) {
-      const bool international = contact.number.starts_with('+');
-      line += ",\"" + contact.number + "\"," + (international ? "145" : "129") + ",\"\"";
-    }
-    const auto limit = uint32_t(chance_.between(200, 20000));
-    const Content content = erases ? Content() : Stored{contact.number, u"", {}};
-    carry_out(line, only(contact.index, content), [&] { return client_.command(line, limit); });
   }
 
   Surroundings& around_;

@@ -3,13 +3,11 @@
 #ifndef QALT_TESTS_SIMULATION_HANDSET_H_
 #define QALT_TESTS_SIMULATION_HANDSET_H_
 
-#include <optional>
+#include <map>
+#include <memory>
 #include <set>
 #include <string>
-#include <string_view>
-#include <vector>
 
-#include "at/at_line.h"
 #include "tests/simulation/machine.h"
 
 namespace qalt::simulation {
@@ -66,45 +64,7 @@ struct HandsetOptions {
   std::set<int> writes_dropped = {};  // with OK, silently
 };
 
-class Handset : public Machine {
- public:
-  explicit Handset(HandsetOptions options);
-
-  void receive(std::string_view bytes) override;
-  void power_cycle() override;
-  void change_by_itself(int index, const Content& contact) override;
-
- private:
-  using Lines = std::vector<std::string>;  // of information, without line ends
-  using Arguments = std::vector<at::Argument>;
-
-  void flush_echo();
-  void run_line(std::string_view line);
-  Ending run(const at::Command& command, Lines& lines);
-  Ending character_set(const at::Command& command, Lines& lines);
-  Ending phonebook(const at::Command& command, Lines& lines);
-  Ending storage(const at::Command& command, Lines& lines) const;
-  Ending read(const at::Command& command, Lines& lines) const;
-  Ending write(const at::Command& command, Lines& lines);
-  std::optional<std::string> further_of(const Arguments& arguments) const;
-
-  bool has_index(int index) const {
-    return index >= options_.first && index - options_.first < options_.size;
-  }
-  // Between values.
-  std::string comma() const { return options_.blanks ? ", " : ","; }
-  // A text in the set of +CSCS, and back.
-  std::string encoded(std::u16string_view text) const;
-  std::optional<std::u16string> decoded(std::string_view bytes) const;
-  // Whether the command sets to that word, plain or in the set of +CSCS.
-  bool sets_to(const at::Command& command, std::string_view word) const;
-
-  HandsetOptions options_;
-  Settings now_;
-  int busy_for_ = 0;
-  std::string line_;
-  std::string echo_;  // not yet said
-};
+std::unique_ptr<Machine> new_handset(HandsetOptions options);
 
 }  // namespace qalt::simulation
 

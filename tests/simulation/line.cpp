@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <utility>
 
 #include "at/at_line.h"
@@ -13,15 +14,11 @@ constexpr Time kLatency{1};
 
 // Some that a server may know, some that it cannot: 3GPP TS 27.007, 27.005, and makers' own. The
 // number that takes the place of "#" tells them apart.
-constexpr std::array<std::string_view, 9> kReports = {"+CMTI: \"SM\",#",
-                                                      "RING\r\n\r\n+CLIP: \"#\",129",
-                                                      "+CREG: 1,\"00C3\",\"#\"",
-                                                      "+CIEV: 2,#",
-                                                      "+CUSATP: \"D0#\"",
-                                                      "*TTZ: 2,\"26/11/23,#\"",
-                                                      "^RSSI:#",
-                                                      "%NWSTATE: #,\"26201\"",
-                                                      "+CGEV: ME PDN ACT #"};
+constexpr std::array<std::string_view, 10> kReports = {
+    "+CMTI: \"SM\",#",         "RING",       "+CLIP: \"#\",129",
+    "+CREG: 1,\"00C3\",\"#\"", "+CIEV: 2,#", "+CUSATP: \"D0#\"",
+    "*TTZ: 2,\"26/11/23,#\"",  "^RSSI:#",    "%NWSTATE: #,\"26201\"",
+    "+CGEV: ME PDN ACT #"};
 
 constexpr std::array<int, 8> kDelays = {20, 150, 400, 900, 2500, 6000, 12000, 40000};
 
@@ -60,7 +57,7 @@ void Line::deliver(Piece piece, Time when) {
   world_.at(last_, [this, opening = opening_, piece = std::move(piece)] {
     if (opening != opening_) return;
     world_.record('<', piece.bytes);
-    handlers_.received(piece.bytes, piece.reports);
+    terminal_->received(piece.bytes, piece.reports);
   });
 }
 
@@ -72,15 +69,15 @@ void Line::hang_up(Time when) {
     if (chance_.one_in(2)) machine_.power_cycle();
     away_until_ = world_.now() + Time(chance_.one_in(2) ? 0 : chance_.between(100, 40000));
     close();
-    handlers_.hung_up();
+    terminal_->hung_up();
   });
 }
 
 std::string Line::new_report() {
   std::string text(chance_.of(kReports));
   const size_t place = text.find('#');
-  text.replace(place, 1, std::to_string(10000 + ++reports_));
-  return text;
+  if (place != text.npos) text.replace(place, 1, std::to_string(10000 + ++reports_));
+  return "\r\n" + text + "\r\n";
 }
 
 void Line::report_at_rest() {
@@ -102,25 +99,17 @@ void Line::say(const std::string& answer, bool free_text, Time when) {
        end = answer.find("\r\n", end + 2)) {
     if (answer.compare(end - 1, 1, "\n") != 0) places.push_back(end + 2);
   }
-  std::vector<size_t> chosen;
-  for (int k = 0; k < count; ++k) chosen.push_back(chance_.of(places));
-  std::sort(chosen.begin(), chosen.end());
+  std::multiset<size_t> chosen;
+  for (int k = 0; k < count; ++k) chosen.insert(chance_.of(places));
   std::string bytes;
   std::vector<std::pair<size_t, std::string>> ends;  // of each report
   size_t done = 0;
   for (const size_t place : chosen) {
     bytes.append(answer, done, place - done);
     done = place;
-    const std::string text = new_report();
-    bytes += "\r\n" + text + "\r\n";
-    // Each of its lines is one.
-    for (size_t start = 0; start < text.size();) {
-      size_t end = text.find("\r\n\r\n", start);
-      end = std::min(end, text.size());
-      ends.emplace_back(bytes.size() - (text.size() - end),
-                        "\r\n" + text.substr(start, end - start) + "\r\n");
-      start = end + 4;
-    }
+    const std::string report = new_report();
+    bytes += report;
+    ends.emplace_back(bytes.size(), report);
   }
   bytes.append(answer, done);
 

@@ -4,7 +4,6 @@
 #ifndef QALT_TESTS_SIMULATION_LINE_H_
 #define QALT_TESTS_SIMULATION_LINE_H_
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -39,16 +38,19 @@ struct Exchange {
   bool touched = false;  // it did not come, or late, or not whole
 };
 
+// Who is at the other end.
+class Terminal {
+ public:
+  virtual ~Terminal() = default;
+  // `reports`: those whose last byte comes with these.
+  virtual void received(std::string_view bytes, const std::vector<std::string>& reports) = 0;
+  virtual void hung_up() = 0;
+};
+
 class Line {
  public:
-  struct Handlers {
-    // `reports`: those whose last byte comes with these.
-    std::function<void(std::string_view bytes, const std::vector<std::string>& reports)> received;
-    std::function<void()> hung_up;
-  };
-
   Line(World& world, Machine& machine, Chance chance, const LineFaults& faults);
-  void set_handlers(Handlers handlers) { handlers_ = std::move(handlers); }
+  void connect(Terminal& terminal) { terminal_ = &terminal; }
   // False while the modem is away.
   bool open();
   void close();
@@ -72,7 +74,7 @@ class Line {
   Machine& machine_;
   Chance chance_;
   LineFaults faults_;
-  Handlers handlers_;
+  Terminal* terminal_ = nullptr;
   bool open_ = false;
   uint64_t opening_ = 0;  // what was said before it is not heard
   Time away_until_{0};

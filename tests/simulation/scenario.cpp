@@ -4,12 +4,41 @@
 #include <array>
 #include <string_view>
 
-#include "sim/text.h"
+#include "sim/modem.h"
 #include "tests/simulation/handset.h"
-#include "tests/simulation/sim_machine.h"
 
 namespace qalt::simulation {
 namespace {
+
+// The product's own simulated modem as a machine of the simulation.
+class SimMachine : public Machine {
+ public:
+  explicit SimMachine(sim::Config config) : modem_(std::move(config)) { look(); }
+
+  void receive(std::string_view bytes) override {
+    modem_.receive(bytes);
+    if (bytes.find("PBW") != bytes.npos) look();
+    for (sim::Output& output : modem_.take()) {
+      said_.push_back({output.delay, std::move(output.bytes)});
+    }
+  }
+
+ private:
+  // The contacts as they are now; those that differ are told to `changed`.
+  void look() {
+    const sim::Storage& storage = modem_.state().sim;
+    for (int index = storage.first(); index <= storage.last(); ++index) {
+      const sim::Contact* const there = storage.find(index);
+      const Content now = there == nullptr ? Content() : Stored{there->number, there->name, {}};
+      if (now == at(index)) continue;
+      contacts_.erase(index);
+      if (now) contacts_.emplace(index, *now);
+      if (changed) changed(index);
+    }
+  }
+
+  sim::Modem modem_;
+};
 
 // Beginnings of names: plain, with what the GSM alphabet has elsewhere or not at all, with what AT
 // parsers trip over.
@@ -118,7 +147,7 @@ std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
   scenario.text = "handset, " + places_text(options.size, options.first, scenario) +
                   (options.further ? ", further parameters" : "") +
                   (!scenario.hidden.empty() ? ", refuses reads" : "");
-  return std::make_unique<Handset>(std::move(options));
+  return new_handset(std::move(options));
 }
 
 LineFaults make_line(Chance& chance) {

@@ -16,6 +16,7 @@
 #include <string>
 
 #include "tests/simulation/clients.h"
+#include "tests/simulation/network.h"
 
 namespace qalt::simulation {
 namespace {
@@ -34,22 +35,26 @@ Client& load_client(size_t number) {
 
 // The server ends, kindly or not, and is there again after a while. Only one that was killed is
 // known to have forgotten in which set the C functions are in the middle of a job.
-void live(World& world, Server& server, Chance chance, int lives, bool kindly) {
+void live(Surroundings& around, Chance chance, int lives) {
   if (lives == 0) return;
-  world.after(Time(chance.between(1, 60000)), [&world, &server, chance, lives, kindly]() mutable {
-    !kindly || chance.one_in(2) ? server.kill() : server.stop();
-    world.after(Time(chance.between(10, 5000)), [&world, &server, chance, lives, kindly] {
-      server.start();
-      live(world, server, chance, lives - 1, kindly);
+  around.world.after(Time(chance.between(1, 60000)), [&around, chance, lives]() mutable {
+    const auto& clients = around.scenario.clients;
+    const auto functions = std::find(clients.begin(), clients.end(), Manner::kFunctions);
+    const bool kills = functions != clients.end() || chance.one_in(2);
+    kills ? around.server.kill() : around.server.stop();
+    around.world.after(Time(chance.between(10, 5000)), [&around, chance, lives] {
+      around.server.start();
+      live(around, chance, lives - 1);
     });
   });
 }
 
 // Somebody changes contacts at the phone itself.
-void change_by_itself(World& world, Machine& machine, Oracle& oracle, Chance chance, int seconds) {
-  if (seconds == 0) return;
-  const Time pause(chance.between(1, 2000 * seconds));
-  world.after(pause, [&world, &machine, &oracle, chance, seconds]() mutable {
+void change_by_itself(Surroundings& around, Chance chance) {
+  if (around.scenario.own_changes == 0) return;
+  const Time pause(chance.between(1, 2000 * around.scenario.own_changes));
+  around.world.after(pause, [&around, chance]() mutable {
+    Machine& machine = *around.scenario.machine;
     if (machine.contacts().empty()) return;
     auto some = machine.contacts().begin();
     std::advance(some, chance.below(int(machine.contacts().size())));
@@ -57,8 +62,8 @@ void change_by_itself(World& world, Machine& machine, Oracle& oracle, Chance cha
     Content content;
     if (chance.one_in(2)) content = new_contact(chance, 900000 + chance.below(99999), 0);
     machine.change_by_itself(index, content);
-    oracle.changed(index, nullptr);
-    change_by_itself(world, machine, oracle, chance, seconds);
+    around.oracle.changed(index, nullptr);
+    change_by_itself(around, chance);
   });
 }
 
@@ -87,27 +92,23 @@ struct Options {
     std::ofstream(transcript, std::ios::binary) << world.transcript();
     end(1, scenario.text + "\n  WRONG: " + what + "\n  transcript: " + transcript + "\n");
   };
-  Network network(world);
-  Network::g_network = &network;
+  network::begin(world);
   Chance chance(~seed);
   Machine& machine = *scenario.machine;
   Oracle oracle(world, machine);
   Line line(world, machine, chance.branch(), scenario.line);
-  Server server(world, network, line, machine, oracle);
-  server.start();
-  const auto& clients = scenario.clients;
-  const auto functions = std::count(clients.begin(), clients.end(), Manner::kFunctions);
-  live(world, server, chance.branch(), scenario.lives, functions == 0);
-  change_by_itself(world, machine, oracle, chance.branch(), scenario.own_changes);
-
-  Surroundings around{world, server, oracle, scenario};
-  for (size_t k = 0; k < clients.size(); ++k) {
+  const auto server = new_server(world, line, machine, oracle);
+  server->start();
+  Surroundings around{world, *server, oracle, scenario};
+  live(around, chance.branch(), scenario.lives);
+  change_by_itself(around, chance.branch());
+  for (size_t k = 0; k < scenario.clients.size(); ++k) {
     world.spawn([&around, k, &client = load_client(k), own = chance.branch()] {
       run_client(around, int(k), client, own);
     });
   }
   world.run();
-  end(0, std::to_string(server.commands()) + " " + std::to_string(world.now().count() / 1000) +
+  end(0, std::to_string(server->commands()) + " " + std::to_string(world.now().count() / 1000) +
              " " + scenario.text + "\n");
   std::abort();
 }
@@ -123,9 +124,9 @@ std::string read_all(int descriptor) {
 
 // The last that was said; a sanitizer's report is that.
 std::string last_of(FILE* file) {
-  constexpr long kMost = 8000;
-  std::fseek(file, 0, SEEK_END);
-  std::fseek(file, std::max(std::ftell(file) - kMost, 0L), SEEK_SET);
+  constexpr off_t kMost = 8000;
+  const off_t size = lseek(fileno(file), 0, SEEK_END);
+  lseek(fileno(file), std::max<off_t>(size - kMost, 0), SEEK_SET);
   return read_all(fileno(file));
 }
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <thread>
 #include <utility>
 
 #include "at/escape.h"
@@ -18,19 +19,6 @@ thread_local World::Task* t_task = nullptr;
 
 }  // namespace
 
-class World::Task {
- public:
-  Baton baton;
-  uint64_t ticket = 0;
-  std::thread thread;
-};
-
-World::World() = default;
-
-World::~World() {
-  for (const auto& task : tasks_) task->thread.join();
-}
-
 World::Task* World::current() {
   return t_task;
 }
@@ -43,13 +31,13 @@ void World::add(Event event) {
 void World::spawn(std::function<void()> program) {
   Task* task = tasks_.emplace_back(std::make_unique<Task>()).get();
   ++running_;
-  task->thread = std::thread([this, task, program = std::move(program)] {
+  std::thread([this, task, program = std::move(program)] {
     task->baton.acquire();
     t_task = task;
     program();
     --running_;
     pass_to(next_task());
-  });
+  }).detach();
   add({now_, 0, task, task->ticket, {}});
 }
 

@@ -16,7 +16,6 @@
 #include <queue>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 namespace qalt::simulation {
@@ -27,9 +26,6 @@ using Time = std::chrono::milliseconds;  // since the beginning of the world
 class Baton {
  public:
   Baton() { sem_init(&semaphore_, 0, 0); }
-  ~Baton() { sem_destroy(&semaphore_); }
-  Baton(const Baton&) = delete;
-  Baton& operator=(const Baton&) = delete;
   void release() { sem_post(&semaphore_); }
   void acquire() {
     while (sem_wait(&semaphore_) != 0) continue;
@@ -41,21 +37,19 @@ class Baton {
 
 class World {
  public:
-  class Task;
-
-  World();
-  ~World();
-  World(const World&) = delete;
-  World& operator=(const World&) = delete;
+  struct Task {
+    Baton baton;
+    uint64_t ticket = 0;  // of the last wait
+  };
 
   Time now() const { return now_; }
   // Events of one time are carried out in the order in which they were asked for.
   void at(Time when, std::function<void()> what) { add({when, 0, nullptr, 0, std::move(what)}); }
   void after(Time delay, std::function<void()> what) { at(now_ + delay, std::move(what)); }
 
-  // A program, begun by run() or, while that goes on, at once.
+  // A program, begun by run().
   void spawn(std::function<void()> program);
-  // Carries everything out until all programs have ended.
+  // Carries everything out until all programs have ended. The world stays until the process ends.
   void run();
 
   // For tasks. None: the caller is no task, and its calls are the real ones.
