@@ -1,11 +1,13 @@
-#include "tests/simulation/handset.h"
-
+// A second modem, written apart from the first one by the standards alone: ITU-T V.250, 3GPP
+// TS 27.007 and TS 27.005. What one does otherwise than another is by chance.
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <set>
 #include <utility>
 
 #include "at/at_line.h"
+#include "tests/simulation/scenario.h"
 
 namespace qalt::simulation {
 namespace {
@@ -14,6 +16,29 @@ using at::Command;
 using at::Form;
 using Arguments = std::vector<at::Argument>;
 using Lines = std::vector<std::string>;  // of information, without line ends
+
+// How a command ends: with the number of an error of the telephone, TS 27.007 9.2, or with another
+// result code.
+enum class Ending {
+  kOk = -2,
+  kError = -1,
+  kCardBusy = 14,
+  kInvalidIndex = 21,
+  kNotFound = 22,
+  kTextTooLong = 24,
+  kTextInvalid = 25,
+  kNumberTooLong = 26,
+  kNumberInvalid = 27,
+};
+
+// What commands change, and what power-up brings back.
+struct Settings {
+  int echo = 1;             // V.250 6.2.4
+  int quiet = 0;            // V.250 6.2.5
+  int verbose = 1;          // V.250 6.2.6
+  int errors = 0;           // TS 27.007 9.1, +CMEE
+  std::string set = "IRA";  // TS 27.007 5.5, +CSCS: that or "UCS2"
+};
 
 // Settings that are a number from 0 on.
 struct Value {
@@ -71,6 +96,11 @@ std::optional<unsigned> number_of(std::string_view digits, int base = 10) {
   return value;
 }
 
+constexpr int kNumberLength = 20;
+
+// To a read of empty indices.
+constexpr std::array<Ending, 3> kEmpty = {Ending::kOk, Ending::kNotFound, Ending::kError};
+
 // What +CPBW has behind the text: group, adnumber, adtype, secondtext, email, sip_uri, tel_uri,
 // hidden. A +CPBR line has the last of them first.
 constexpr size_t kPlain = 4;
@@ -79,8 +109,8 @@ constexpr size_t kAdType = 2;
 constexpr size_t kHidden = 7;
 
 // A dial string as TS 24.008 10.5.4.7 knows them.
-Ending check_number(const std::string& number, int longest) {
-  if (number.size() > size_t(longest)) return Ending::kNumberTooLong;
+Ending check_number(const std::string& number) {
+  if (number.size() > size_t(kNumberLength)) return Ending::kNumberTooLong;
   const size_t digits = number.starts_with('+') ? 1 : 0;
   const bool dialled = number.find_first_not_of("0123456789*#ABCDPWpw?", digits) == number.npos;
   return dialled && number != "+" ? Ending::kOk : Ending::kNumberInvalid;
@@ -88,14 +118,34 @@ Ending check_number(const std::string& number, int longest) {
 
 class Handset : public Machine {
  public:
-  explicit Handset(HandsetOptions options) : options_(std::move(options)) {
-    contacts_ = options_.contacts;
+  Handset(Chance& chance, Scenario& scenario)
+      : chance_(chance.branch()),
+        first_(scenario.first),
+        last_(scenario.first + scenario.size - 1),
+        delay_(scenario.delay) {
+    for (int k = chance_.below(scenario.size); k > 0; --k) {
+      // What is stored may be longer than what is announced.
+      Stored stored = new_contact(chance_, k, 0);
+      if (further_ && chance_.one_in(2)) stored.further = some_further(k);
+      contacts_[chance_.between(first_, last_)] = stored;
+    }
+    if (chance_.one_in(4)) refused_in_range_ = some_indices(4);
+    for (const int index : refused_in_range_) {
+      if (!chance_.one_in(4)) refused_alone_.insert(index);
+    }
+    if (chance_.one_in(12)) writes_dropped_ = some_indices(10);
     power_cycle();
+
+    scenario.plain = !further_ && !blanks_ && upper_hex_;
+    scenario.hidden = refused_in_range_;
+    scenario.drops = !writes_dropped_.empty();
+    scenario.refuses = empty_index_ == Ending::kError || empty_range_ == Ending::kError ||
+                       largest_range_ != 0 || !refused_in_range_.empty();
   }
 
   void power_cycle() override {
-    now_ = options_.initial;
-    busy_for_ = options_.busy_for;
+    now_ = initial_;
+    busy_for_ = busy_after_start_;
     line_.clear();
     echo_.clear();
     said_.clear();
@@ -122,6 +172,20 @@ class Handset : public Machine {
   }
 
  private:
+  // Further parameters as a phone has them, and as TS 27.007 8.14 orders them.
+  std::string some_further(int number) {
+    return ",0,\"group " + std::to_string(number) + "\",\"555" + std::to_string(number) +
+           "\",129,\"" + (chance_.one_in(2) ? "" : "second") + "\",\"a@b;c\"";
+  }
+
+  std::set<int> some_indices(int most) {
+    std::set<int> indices;
+    for (int k = chance_.between(1, most); k > 0; --k) {
+      indices.insert(chance_.between(first_, last_));
+    }
+    return indices;
+  }
+
   void flush_echo() {
     if (!echo_.empty()) said_.push_back({{}, std::exchange(echo_, {})});
   }
@@ -131,16 +195,16 @@ class Handset : public Machine {
   // and a result code as a number ends with a CR.
   void run_line(std::string_view line) {
     const auto commands = at::split_line(line);
-    const bool fails = !commands || (commands->empty() && options_.bare_at_fails);
+    const bool fails = !commands || (commands->empty() && bare_at_fails_);
     Ending result = fails ? Ending::kError : Ending::kOk;
     for (size_t k = 0; result == Ending::kOk && k < commands->size(); ++k) {
       const Command& command = (*commands)[k];
       Lines lines;
       result = run(command, lines);
       const bool slow = command.name.starts_with("+CPB") || command.name == "+CSCS";
-      if (slow) said_.push_back({options_.delay, ""});
+      if (slow) said_.push_back({delay_, ""});
       for (size_t i = 0; i < lines.size(); ++i) {
-        const bool framed = now_.verbose == 1 && (i == 0 || options_.lines_framed);
+        const bool framed = now_.verbose == 1 && (i == 0 || lines_framed_);
         said_.push_back({{}, (framed ? "\r\n" : "") + lines[i] + "\r\n"});
       }
     }
@@ -150,7 +214,7 @@ class Handset : public Machine {
   }
 
   Ending run(const Command& command, Lines& lines) {
-    if (options_.unknown.contains(command.name)) return Ending::kError;
+    if (unknown_.contains(command.name)) return Ending::kError;
     for (const Value& value : kValues) {
       if (command.name != value.name) continue;
       if (command.form == Form::kQuery) {
@@ -182,7 +246,7 @@ class Handset : public Machine {
   Ending character_set(const Command& command, Lines& lines) {
     if (command.form == Form::kQuery) {
       const std::u16string name(now_.set.begin(), now_.set.end());
-      lines = {"+CSCS: \"" + (options_.set_named_in_itself ? encoded(name) : now_.set) + '"'};
+      lines = {"+CSCS: \"" + (set_named_in_itself_ ? encoded(name) : now_.set) + '"'};
       return Ending::kOk;
     }
     for (const char* const set : {"IRA", "UCS2"}) {
@@ -195,7 +259,7 @@ class Handset : public Machine {
 
   // A text in the set of +CSCS.
   std::string encoded(std::u16string_view text) const {
-    const char* const digits = options_.upper_hex ? "0123456789ABCDEF" : "0123456789abcdef";
+    const char* const digits = upper_hex_ ? "0123456789ABCDEF" : "0123456789abcdef";
     std::string bytes;
     for (const char16_t c : text) {
       if (now_.set == "IRA") {
@@ -240,16 +304,15 @@ class Handset : public Machine {
   Ending storage(const Command& command, Lines& lines) const {
     if (command.form == Form::kSet) return sets_to(command, "SM") ? Ending::kOk : Ending::kError;
     lines = {"+CPBS: \"SM\"" + comma() + std::to_string(contacts_.size()) + comma() +
-             std::to_string(options_.size)};
+             std::to_string(last_ - first_ + 1)};
     return Ending::kOk;
   }
 
   // 8.12.
   Ending read(const Command& command, Lines& lines) const {
     if (command.form == Form::kTest) {
-      lines = {"+CPBR: (" + std::to_string(options_.first) + "-" +
-               std::to_string(options_.first + options_.size - 1) + ")," +
-               std::to_string(options_.number_length) + "," + std::to_string(options_.text_length)};
+      lines = {"+CPBR: (" + std::to_string(first_) + "-" + std::to_string(last_) + ")," +
+               std::to_string(kNumberLength) + "," + std::to_string(text_length_)};
       return Ending::kOk;
     }
     const auto arguments = at::split_arguments(command.arguments);
@@ -259,25 +322,25 @@ class Handset : public Machine {
     const int first = int(*from), last = int(*to);
     if (!has_index(first) || !has_index(last) || last < first) return Ending::kInvalidIndex;
     const bool alone = arguments->size() == 1;
-    const int largest = options_.largest_range;
+    const int largest = largest_range_;
     if (!alone && largest != 0 && last - first >= largest) return Ending::kError;
 
-    const std::set<int>& refused = alone ? options_.refused_alone : options_.refused_in_range;
+    const std::set<int>& refused = alone ? refused_alone_ : refused_in_range_;
     const auto refusal = refused.lower_bound(first);
     const bool refuses = refusal != refused.end() && *refusal <= last;
-    if (refuses && !options_.lines_before_refusal) return Ending::kError;
+    if (refuses && !lines_before_refusal_) return Ending::kError;
     for (const auto& [index, contact] : contacts_) {
       if (index < first || index > last || (refuses && index >= *refusal)) continue;
       const bool international = contact.number.starts_with('+');
-      const bool bare = international && !options_.plus_in_numbers;
+      const bool bare = international && !plus_in_numbers_;
       lines.push_back("+CPBR: " + std::to_string(index) + comma() + '"' +
                       contact.number.substr(bare ? 1 : 0) + '"' + comma() +
                       (international ? "145" : "129") + comma() + '"' + encoded(contact.name) +
-                      '"' + (options_.further ? contact.further : ""));
+                      '"' + (further_ ? contact.further : ""));
     }
     if (refuses) return Ending::kError;
     if (!lines.empty()) return Ending::kOk;
-    return alone ? options_.empty_index : options_.empty_range;
+    return alone ? empty_index_ : empty_range_;
   }
 
   // As a +CPBR line has it.
@@ -300,7 +363,7 @@ class Handset : public Machine {
   // 8.14.
   Ending write(const Command& command) {
     const auto given = at::split_arguments(command.arguments);
-    const size_t known = kPlain + (options_.further ? kFurther : 0);
+    const size_t known = kPlain + (further_ ? kFurther : 0);
     if (command.form != Form::kSet || !given || given->size() > known) return Ending::kError;
     Arguments arguments = *given;
     arguments.resize(std::max(arguments.size(), kPlain));
@@ -311,15 +374,15 @@ class Handset : public Machine {
     const auto further = further_of(arguments);
     if (!further || (!type.empty() && type != "129" && type != "145")) return Ending::kError;
     Stored contact{arguments[1].value, {}, *further};
-    const Ending result = check_number(contact.number, options_.number_length);
+    const Ending result = check_number(contact.number);
     if (result != Ending::kOk) return result;
     const bool plus = type == "145" && !contact.number.empty() && !contact.number.starts_with('+');
     if (plus) contact.number.insert(0, 1, '+');
     const auto text = decoded(arguments[3].value);
     if (!text) return Ending::kTextInvalid;
-    if (text->size() > size_t(options_.text_length)) return Ending::kTextTooLong;
+    if (text->size() > size_t(text_length_)) return Ending::kTextTooLong;
     contact.name = *text;
-    if (options_.writes_dropped.contains(int(*index))) return Ending::kOk;
+    if (writes_dropped_.contains(int(*index))) return Ending::kOk;
     // A record that holds nothing is a free one.
     const Content content = contact == Stored{} ? Content() : contact;
     if (content == at(int(*index))) return Ending::kOk;
@@ -328,14 +391,43 @@ class Handset : public Machine {
     return Ending::kOk;
   }
 
-  bool has_index(int index) const {
-    return index >= options_.first && index - options_.first < options_.size;
-  }
-
+  bool has_index(int index) const { return index >= first_ && index <= last_; }
   // Between values.
-  std::string comma() const { return options_.blanks ? ", " : ","; }
+  std::string comma() const { return blanks_ ? ", " : ","; }
 
-  const HandsetOptions options_;
+  Chance chance_;
+  // As somebody left it.
+  const Settings initial_ = {.echo = chance_.below(2),
+                             .quiet = chance_.one_in(8),
+                             .verbose = !chance_.one_in(5),
+                             .errors = chance_.below(3)};
+  // Without +CMEE errors stay as they are.
+  const std::set<std::string> unknown_ = chance_.one_in(6) ? std::set<std::string>{"+CMEE"}
+                                         : chance_.one_in(8)
+                                             ? std::set<std::string>{"+CFUN", "+CSQ"}
+                                             : std::set<std::string>{};
+  const bool bare_at_fails_ = chance_.one_in(6);        // ERROR to AT alone
+  const bool lines_framed_ = chance_.one_in(4);         // a line end before each line, too
+  const bool blanks_ = chance_.one_in(3);               // after commas
+  const bool upper_hex_ = !chance_.one_in(3);           // of UCS2
+  const bool set_named_in_itself_ = chance_.one_in(3);  // as "0055004300530032" for UCS2
+
+  // The phonebook.
+  const int first_;
+  const int last_;
+  const Time delay_;
+  const int text_length_ = chance_.between(8, 20);
+  const int busy_after_start_ = chance_.one_in(5) ? chance_.below(8) : 0;  // so many commands
+  const bool further_ = chance_.one_in(3);           // the parameters behind the text are known
+  const bool plus_in_numbers_ = !chance_.one_in(3);  // "+49",145, not "49",145
+  const Ending empty_index_ = chance_.of(kEmpty);
+  const Ending empty_range_ = chance_.of(kEmpty);
+  const int largest_range_ = chance_.one_in(3) ? chance_.between(1, 30) : 0;  // more: ERROR
+  std::set<int> refused_alone_;  // reads that end with ERROR
+  std::set<int> refused_in_range_;
+  const bool lines_before_refusal_ = chance_.one_in(2);  // of the indices before it
+  std::set<int> writes_dropped_;                         // with OK, silently
+
   Settings now_;
   int busy_for_ = 0;
   std::string line_;
@@ -344,8 +436,8 @@ class Handset : public Machine {
 
 }  // namespace
 
-std::unique_ptr<Machine> new_handset(HandsetOptions options) {
-  return std::make_unique<Handset>(std::move(options));
+std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
+  return std::make_unique<Handset>(chance, scenario);
 }
 
 }  // namespace qalt::simulation

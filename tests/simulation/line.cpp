@@ -25,6 +25,170 @@ constexpr std::array<int, 8> kDelays = {20, 150, 400, 900, 2500, 6000, 12000, 40
 constexpr std::array<std::string_view, 6> kFreeTexts = {"+CMGR", "+CMGL", "I",
                                                         "+CGMI", "+CGMM", "+CGMR"};
 
+class ModemLine : public Line {
+ public:
+  ModemLine(World& world, Machine& machine, Chance chance, const LineFaults& faults)
+      : world_(world), machine_(machine), chance_(chance), faults_(faults) {
+    if (faults_.silence != 0) report_at_rest();
+  }
+
+  bool open() override {
+    if (world_.now() < away_until_) return false;
+    open_ = true;
+    ++opening_;
+    return true;
+  }
+
+  void close() override {
+    open_ = false;
+    ++opening_;
+  }
+
+  void connect(Terminal& terminal) override { terminal_ = &terminal; }
+
+  std::shared_ptr<Exchange> write(std::string_view bytes) override {
+    world_.record('>', bytes);
+    const auto exchange = std::make_shared<Exchange>();
+    exchange->line = bytes.substr(0, bytes.find('\r'));
+    const bool command = bytes.ends_with('\r');
+    Time when = world_.now() + kLatency;
+    if (command && chance_.one_in(faults_.hang_up) && chance_.one_in(2)) {
+      exchange->touched = true;
+      hang_up(when);
+      return exchange;
+    }
+    machine_.receive(bytes);
+    std::string& answer = exchange->answer;
+    for (Said& said : machine_.take()) {
+      when += said.delay;
+      answer += said.bytes;
+    }
+    if (command && answer.starts_with(bytes)) {
+      answer.erase(0, bytes.size());
+      deliver({std::string(bytes), {}}, world_.now() + kLatency);
+    }
+    if (answer.empty()) return exchange;
+    const std::string& stubborn = faults_.stubborn;
+    if (command && chance_.one_in(faults_.dead)) {
+      dead_until_ = world_.now() + Time(chance_.between(1000, 120000));
+    }
+    const bool never = command && (chance_.one_in(faults_.never) || world_.now() < dead_until_ ||
+                                   (!stubborn.empty() && exchange->line.starts_with(stubborn)));
+    const bool cut = command && !never && chance_.one_in(faults_.cut);
+    const bool late = command && !never && chance_.one_in(faults_.late);
+    const bool hang = command && chance_.one_in(faults_.hang_up);
+    exchange->touched = never || cut || late || hang;
+    if (late) when += Time(chance_.of(kDelays));
+    std::string heard = answer;
+    if (cut || hang) {
+      heard.resize(size_t(chance_.below(int(heard.size()))));
+      // "+CME ERROR: 2" of 22 is another answer, which nobody can tell.
+      const size_t code = heard.rfind("\r\n+CM");
+      if (code != heard.npos) heard.resize(code);
+    }
+    if (!never && !heard.empty()) say(heard, cut || hang || has_free_text(exchange->line), when);
+    if (hang) hang_up(when + Time(50));
+    return exchange;
+  }
+
+ private:
+  struct Piece {
+    std::string bytes;
+    std::vector<std::string> reports;
+  };
+
+  void deliver(Piece piece, Time when) {
+    last_ = std::max(last_, when);
+    world_.at(last_, [this, opening = opening_, piece = std::move(piece)] {
+      if (opening != opening_) return;
+      world_.record('<', piece.bytes);
+      terminal_->received(piece.bytes, piece.reports);
+    });
+  }
+
+  void hang_up(Time when) {
+    last_ = std::max(last_, when);
+    world_.at(last_, [this, opening = opening_] {
+      if (opening != opening_) return;
+      world_.record('#', "the line is hung up");
+      if (chance_.one_in(2)) machine_.power_cycle();
+      away_until_ = world_.now() + Time(chance_.one_in(2) ? 0 : chance_.between(100, 40000));
+      close();
+      terminal_->hung_up();
+    });
+  }
+
+  std::string new_report() {
+    std::string text(chance_.of(kReports));
+    const size_t place = text.find('#');
+    if (place != text.npos) text.replace(place, 1, std::to_string(10000 + ++reports_));
+    return "\r\n" + text + "\r\n";
+  }
+
+  void report_at_rest() {
+    world_.after(Time(chance_.between(1, 120 * faults_.silence) * 1000), [this] {
+      if (open_) say("", false, world_.now());
+      report_at_rest();
+    });
+  }
+
+  // An empty answer: reports alone.
+  void say(const std::string& answer, bool free_text, Time when) {
+    const int count = answer.empty()                    ? 1
+                      : free_text                       ? 0
+                      : chance_.one_in(faults_.reports) ? chance_.between(1, 3)
+                                                        : 0;
+    // Behind any line of the answer, and in front of the first.
+    std::vector<size_t> places = {0};
+    for (size_t end = answer.find("\r\n", 2); end != answer.npos;
+         end = answer.find("\r\n", end + 2)) {
+      if (answer.compare(end - 1, 1, "\n") != 0) places.push_back(end + 2);
+    }
+    std::multiset<size_t> chosen;
+    for (int k = 0; k < count; ++k) chosen.insert(chance_.of(places));
+    std::string bytes;
+    std::vector<std::pair<size_t, std::string>> ends;  // of each report
+    size_t done = 0;
+    for (const size_t place : chosen) {
+      bytes.append(answer, done, place - done);
+      done = place;
+      const std::string report = new_report();
+      bytes += report;
+      ends.emplace_back(bytes.size(), report);
+    }
+    bytes.append(answer, done);
+
+    const int pieces = chance_.one_in(faults_.pieces) ? chance_.between(2, 5) : 1;
+    size_t from = 0;
+    for (int k = 1; k <= pieces && from < bytes.size(); ++k) {
+      size_t to =
+          k == pieces ? bytes.size() : from + 1 + size_t(chance_.below(int(bytes.size() - from)));
+      // Where a prompt could end is where reads like to end.
+      const size_t sign = k == pieces || !chance_.one_in(2) ? bytes.npos : bytes.find("\n> ", from);
+      if (sign != bytes.npos) to = sign + 3;
+      Piece piece{bytes.substr(from, to - from), {}};
+      for (const auto& [end, text] : ends) {
+        if (end > from && end <= to) piece.reports.push_back(text);
+      }
+      deliver(std::move(piece), when);
+      when += Time(chance_.below(30));
+      from = to;
+    }
+  }
+
+  World& world_;
+  Machine& machine_;
+  Chance chance_;
+  const LineFaults faults_;
+  Terminal* terminal_ = nullptr;
+  bool open_ = false;
+  uint64_t opening_ = 0;  // what was said before it is not heard
+  Time away_until_{0};
+  Time dead_until_{0};
+  Time last_{0};  // when the last piece comes
+  int reports_ = 0;
+};
+
 }  // namespace
 
 bool has_free_text(std::string_view line) {
@@ -35,145 +199,9 @@ bool has_free_text(std::string_view line) {
          });
 }
 
-Line::Line(World& world, Machine& machine, Chance chance, const LineFaults& faults)
-    : world_(world), machine_(machine), chance_(chance), faults_(faults) {
-  if (faults_.silence != 0) report_at_rest();
-}
-
-bool Line::open() {
-  if (world_.now() < away_until_) return false;
-  open_ = true;
-  ++opening_;
-  return true;
-}
-
-void Line::close() {
-  open_ = false;
-  ++opening_;
-}
-
-void Line::deliver(Piece piece, Time when) {
-  last_ = std::max(last_, when);
-  world_.at(last_, [this, opening = opening_, piece = std::move(piece)] {
-    if (opening != opening_) return;
-    world_.record('<', piece.bytes);
-    terminal_->received(piece.bytes, piece.reports);
-  });
-}
-
-void Line::hang_up(Time when) {
-  last_ = std::max(last_, when);
-  world_.at(last_, [this, opening = opening_] {
-    if (opening != opening_) return;
-    world_.record('#', "the line is hung up");
-    if (chance_.one_in(2)) machine_.power_cycle();
-    away_until_ = world_.now() + Time(chance_.one_in(2) ? 0 : chance_.between(100, 40000));
-    close();
-    terminal_->hung_up();
-  });
-}
-
-std::string Line::new_report() {
-  std::string text(chance_.of(kReports));
-  const size_t place = text.find('#');
-  if (place != text.npos) text.replace(place, 1, std::to_string(10000 + ++reports_));
-  return "\r\n" + text + "\r\n";
-}
-
-void Line::report_at_rest() {
-  world_.after(Time(chance_.between(1, 120 * faults_.silence) * 1000), [this] {
-    if (open_) say("", false, world_.now());
-    report_at_rest();
-  });
-}
-
-// An empty answer: reports alone.
-void Line::say(const std::string& answer, bool free_text, Time when) {
-  const int count = answer.empty()                    ? 1
-                    : free_text                       ? 0
-                    : chance_.one_in(faults_.reports) ? chance_.between(1, 3)
-                                                      : 0;
-  // Behind any line of the answer, and in front of the first.
-  std::vector<size_t> places = {0};
-  for (size_t end = answer.find("\r\n", 2); end != answer.npos;
-       end = answer.find("\r\n", end + 2)) {
-    if (answer.compare(end - 1, 1, "\n") != 0) places.push_back(end + 2);
-  }
-  std::multiset<size_t> chosen;
-  for (int k = 0; k < count; ++k) chosen.insert(chance_.of(places));
-  std::string bytes;
-  std::vector<std::pair<size_t, std::string>> ends;  // of each report
-  size_t done = 0;
-  for (const size_t place : chosen) {
-    bytes.append(answer, done, place - done);
-    done = place;
-    const std::string report = new_report();
-    bytes += report;
-    ends.emplace_back(bytes.size(), report);
-  }
-  bytes.append(answer, done);
-
-  const int pieces = chance_.one_in(faults_.pieces) ? chance_.between(2, 5) : 1;
-  size_t from = 0;
-  for (int k = 1; k <= pieces && from < bytes.size(); ++k) {
-    size_t to =
-        k == pieces ? bytes.size() : from + 1 + size_t(chance_.below(int(bytes.size() - from)));
-    // Where a prompt could end is where reads like to end.
-    const size_t sign = k == pieces || !chance_.one_in(2) ? bytes.npos : bytes.find("\n> ", from);
-    if (sign != bytes.npos) to = sign + 3;
-    Piece piece{bytes.substr(from, to - from), {}};
-    for (const auto& [end, text] : ends) {
-      if (end > from && end <= to) piece.reports.push_back(text);
-    }
-    deliver(std::move(piece), when);
-    when += Time(chance_.below(30));
-    from = to;
-  }
-}
-
-std::shared_ptr<Exchange> Line::write(std::string_view bytes) {
-  world_.record('>', bytes);
-  const auto exchange = std::make_shared<Exchange>();
-  exchange->line = bytes.substr(0, bytes.find('\r'));
-  const bool command = bytes.ends_with('\r');
-  Time when = world_.now() + kLatency;
-  if (command && chance_.one_in(faults_.hang_up) && chance_.one_in(2)) {
-    exchange->touched = true;
-    hang_up(when);
-    return exchange;
-  }
-  machine_.receive(bytes);
-  std::string& answer = exchange->answer;
-  for (Said& said : machine_.take()) {
-    when += said.delay;
-    answer += said.bytes;
-  }
-  if (command && answer.starts_with(bytes)) {
-    answer.erase(0, bytes.size());
-    deliver({std::string(bytes), {}}, world_.now() + kLatency);
-  }
-  if (answer.empty()) return exchange;
-  const std::string& stubborn = faults_.stubborn;
-  if (command && chance_.one_in(faults_.dead)) {
-    dead_until_ = world_.now() + Time(chance_.between(1000, 120000));
-  }
-  const bool never = command && (chance_.one_in(faults_.never) || world_.now() < dead_until_ ||
-                                 (!stubborn.empty() && exchange->line.starts_with(stubborn)));
-  const bool cut = command && !never && chance_.one_in(faults_.cut);
-  const bool late = command && !never && chance_.one_in(faults_.late);
-  const bool hang = command && chance_.one_in(faults_.hang_up);
-  exchange->touched = never || cut || late || hang;
-  if (late) when += Time(chance_.of(kDelays));
-  std::string heard = answer;
-  if (cut || hang) {
-    heard.resize(size_t(chance_.below(int(heard.size()))));
-    // "+CME ERROR: 2" of 22 is another answer, which nobody can tell.
-    const size_t code = heard.rfind("\r\n+CM");
-    if (code != heard.npos) heard.resize(code);
-  }
-  if (!never && !heard.empty()) say(heard, cut || hang || has_free_text(exchange->line), when);
-  if (hang) hang_up(when + Time(50));
-  return exchange;
+std::unique_ptr<Line> new_line(World& world, Machine& machine, Chance chance,
+                               const LineFaults& faults) {
+  return std::make_unique<ModemLine>(world, machine, chance, faults);
 }
 
 }  // namespace qalt::simulation

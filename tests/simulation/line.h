@@ -49,39 +49,18 @@ class Terminal {
 
 class Line {
  public:
-  Line(World& world, Machine& machine, Chance chance, const LineFaults& faults);
-  void connect(Terminal& terminal) { terminal_ = &terminal; }
+  virtual ~Line() = default;
+  virtual void connect(Terminal& terminal) = 0;
   // False while the modem is away.
-  bool open();
-  void close();
+  virtual bool open() = 0;
+  virtual void close() = 0;
   // What the server sends: a command line with its CR, which the modem carries out at once, or a
   // character alone.
-  std::shared_ptr<Exchange> write(std::string_view bytes);
-
- private:
-  struct Piece {
-    std::string bytes;
-    std::vector<std::string> reports;
-  };
-
-  void deliver(Piece piece, Time when);
-  void say(const std::string& answer, bool free_text, Time when);
-  void hang_up(Time when);
-  void report_at_rest();
-  std::string new_report();
-
-  World& world_;
-  Machine& machine_;
-  Chance chance_;
-  LineFaults faults_;
-  Terminal* terminal_ = nullptr;
-  bool open_ = false;
-  uint64_t opening_ = 0;  // what was said before it is not heard
-  Time away_until_{0};
-  Time dead_until_{0};
-  Time last_{0};  // when the last piece comes
-  int reports_ = 0;
+  virtual std::shared_ptr<Exchange> write(std::string_view bytes) = 0;
 };
+
+std::unique_ptr<Line> new_line(World& world, Machine& machine, Chance chance,
+                               const LineFaults& faults);
 
 }  // namespace qalt::simulation
 

@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "sim/modem.h"
-#include "tests/simulation/handset.h"
 
 namespace qalt::simulation {
 namespace {
@@ -45,22 +44,10 @@ class SimMachine : public Machine {
 constexpr std::array<std::u16string_view, 9> kNames = {
     u"Anna ", u"Jürgen £", u"Ελένη ", u"Иван", u"李", u"a;b,c ", u"> ", u"OK\\", u"\"q "};
 
-constexpr std::array<int, 3> kFirstIndices = {1, 0, 5};
-
-Time some_delay(Chance& chance, Scenario& scenario) {
-  scenario.slow = chance.one_in(4);
-  return Time(scenario.slow ? chance.between(50, 900) : chance.between(0, 9));
-}
-
-std::string places_text(int size, int first, const Scenario& scenario) {
-  return std::to_string(size) + " places from " + std::to_string(first) +
-         (scenario.drops ? ", drops writes" : "");
-}
-
 std::unique_ptr<Machine> make_sim(Chance& chance, Scenario& scenario) {
   sim::Config config;
-  config.first_index = chance.of(kFirstIndices);
-  config.size = chance.between(5, 60);
+  config.first_index = scenario.first;
+  config.size = scenario.size;
   if (chance.one_in(4)) config.profile = sim::Profile::kVendorUsim;
   scenario.vendor = config.profile != sim::Profile::kStandard;
   config.empty = sim::EmptyAnswer(chance.below(3));
@@ -80,74 +67,8 @@ std::unique_ptr<Machine> make_sim(Chance& chance, Scenario& scenario) {
   config.faults.single_bytes = chance.one_in(10);
   config.faults.busy = chance.one_in(5) ? unsigned(chance.below(8)) : 0;
   config.faults.drop_writes = scenario.drops = chance.one_in(12);
-  config.faults.delay = some_delay(chance, scenario);
-  scenario.text = "simulated modem, " + std::string(scenario.vendor ? "vendor's commands, " : "") +
-                  places_text(config.size, config.first_index, scenario);
+  config.faults.delay = scenario.delay;
   return std::make_unique<SimMachine>(std::move(config));
-}
-
-// Further parameters as a phone has them, and as TS 27.007 8.14 orders them.
-std::string some_further(Chance& chance, int number) {
-  return ",0,\"group " + std::to_string(number) + "\",\"555" + std::to_string(number) +
-         "\",129,\"" + (chance.one_in(2) ? "" : "second") + "\",\"a@b;c\"";
-}
-
-std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
-  HandsetOptions options;
-  options.first = chance.of(kFirstIndices);
-  options.size = chance.between(5, 60);
-  options.text_length = chance.between(8, 20);
-  options.further = chance.one_in(3);
-  const int last = options.first + options.size - 1;
-  for (int k = chance.below(options.size); k > 0; --k) {
-    // What is stored may be longer than what is announced.
-    Stored stored = new_contact(chance, k, 0);
-    if (options.further && chance.one_in(2)) stored.further = some_further(chance, k);
-    options.contacts[chance.between(options.first, last)] = stored;
-  }
-  options.initial.echo = chance.below(2);
-  options.initial.verbose = !chance.one_in(5);
-  options.initial.quiet = chance.one_in(8);
-  options.initial.errors = chance.below(3);
-  if (chance.one_in(6)) options.unknown = {"+CMEE"};
-  if (chance.one_in(8)) options.unknown = {"+CFUN", "+CSQ"};
-  options.bare_at_fails = chance.one_in(6);
-  options.blanks = chance.one_in(3);
-  options.lines_framed = chance.one_in(4);
-  options.upper_hex = !chance.one_in(3);
-  options.set_named_in_itself = chance.one_in(3);
-  options.plus_in_numbers = !chance.one_in(3);
-  options.busy_for = chance.one_in(5) ? chance.below(8) : 0;
-  constexpr std::array<Ending, 3> kEmpty = {Ending::kOk, Ending::kNotFound, Ending::kError};
-  options.empty_index = chance.of(kEmpty);
-  options.empty_range = chance.of(kEmpty);
-  if (chance.one_in(3)) options.largest_range = chance.between(1, 30);
-  const auto some_indices = [&](int most) {
-    std::set<int> indices;
-    for (int k = chance.between(1, most); k > 0; --k) {
-      indices.insert(chance.between(options.first, last));
-    }
-    return indices;
-  };
-  if (chance.one_in(4)) {
-    options.refused_in_range = some_indices(4);
-    for (const int index : options.refused_in_range) {
-      if (!chance.one_in(4)) options.refused_alone.insert(index);
-    }
-    options.lines_before_refusal = chance.one_in(2);
-  }
-  if (chance.one_in(12)) options.writes_dropped = some_indices(10);
-  options.delay = some_delay(chance, scenario);
-
-  scenario.plain = !options.further && !options.blanks && options.upper_hex;
-  scenario.hidden = options.refused_in_range;
-  scenario.drops = !options.writes_dropped.empty();
-  scenario.refuses = options.empty_index == Ending::kError || options.largest_range != 0 ||
-                     options.empty_range == Ending::kError || !scenario.hidden.empty();
-  scenario.text = "handset, " + places_text(options.size, options.first, scenario) +
-                  (options.further ? ", further parameters" : "") +
-                  (!scenario.hidden.empty() ? ", refuses reads" : "");
-  return new_handset(std::move(options));
 }
 
 LineFaults make_line(Chance& chance) {
@@ -193,18 +114,31 @@ Stored new_contact(Chance& chance, int number, int longest_name) {
 Scenario make_scenario(uint64_t seed) {
   Chance chance(seed);
   Scenario scenario;
+  constexpr std::array<int, 3> kFirst = {1, 0, 5};
+  scenario.first = chance.of(kFirst);
+  scenario.size = chance.between(5, 60);
+  scenario.slow = chance.one_in(4);
+  scenario.delay = Time(scenario.slow ? chance.between(50, 900) : chance.between(0, 9));
   const bool own = chance.one_in(2);  // the handset has keys
   scenario.machine = own ? make_handset(chance, scenario) : make_sim(chance, scenario);
+  scenario.text = std::string(own ? "handset, " : "simulated modem, ") +
+                  (scenario.vendor ? "vendor's commands, " : "") + std::to_string(scenario.size) +
+                  " places from " + std::to_string(scenario.first) +
+                  (scenario.drops ? ", drops writes" : "") +
+                  (scenario.hidden.empty() ? "" : ", refuses reads");
   scenario.line = make_line(chance);
-  constexpr std::array<Manner, 4> kManners = {Manner::kHeader, Manner::kImporter,
-                                              Manner::kFunctions, Manner::kLines};
-  constexpr std::array<std::string_view, 4> kWords = {"header", "importer", "C functions", "lines"};
-  for (int k = chance.between(1, 4); k > 0; --k) {
-    Manner manner = chance.of(kManners);
+  constexpr std::array<std::pair<Manner, const char*>, 4> kManners = {{
+      {Manner::kHeader, "header"},
+      {Manner::kImporter, "importer"},
+      {Manner::kFunctions, "C functions"},
+      {Manner::kLines, "lines"},
+  }};
+  for (const size_t count = size_t(chance.between(1, 4)); scenario.clients.size() < count;) {
+    const auto& [manner, word] = chance.of(kManners);
     // The texts of the C functions would be coded otherwise.
-    if (scenario.vendor && manner == Manner::kFunctions) manner = Manner::kHeader;
+    if (scenario.vendor && manner == Manner::kFunctions) continue;
     scenario.clients.push_back(manner);
-    scenario.text += ", " + std::string(kWords[size_t(scenario.clients.back())]);
+    scenario.text += std::string(", ") + word;
   }
   scenario.calls = chance.between(5, 25);
   if (chance.one_in(5)) scenario.own_changes = own * chance.between(1, 60);

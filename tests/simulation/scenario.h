@@ -19,6 +19,9 @@ enum class Manner { kHeader, kImporter, kFunctions, kLines };
 struct Scenario {
   std::string text;  // in a few words
   std::unique_ptr<Machine> machine;
+  int first = 0;  // of its indices
+  int size = 0;
+  Time delay{0};         // of its answers about the phonebook
   bool plain = true;     // contacts are as the C functions can carry them
   std::set<int> hidden;  // indices that the modem refuses to read, though nothing is wrong
   bool vendor = false;   // vendor's commands, where the text is coded otherwise
@@ -34,6 +37,7 @@ struct Scenario {
 };
 
 Scenario make_scenario(uint64_t seed);
+std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario);
 
 // A contact that no other is like.
 Stored new_contact(Chance& chance, int number, int longest_name);

@@ -4,6 +4,7 @@
 #include <deque>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <utility>
 
 #include "at/at_line.h"
@@ -23,15 +24,12 @@ constexpr Time kReopening{1000};
 
 // The lines of an answer that say something.
 std::vector<std::string> lines_of(std::string_view text) {
-  std::vector<std::string> lines(1);
-  for (const char c : text) {
-    if (c != '\r' && c != '\n') {
-      lines.back() += c;
-    } else if (!lines.back().empty()) {
-      lines.emplace_back();
-    }
+  std::vector<std::string> lines;
+  std::istringstream stream{std::string(text)};
+  for (std::string line; std::getline(stream, line);) {
+    std::erase(line, '\r');
+    if (!line.empty()) lines.push_back(line);
   }
-  if (lines.back().empty()) lines.pop_back();
   return lines;
 }
 

@@ -96,8 +96,8 @@ struct Options {
   Chance chance(~seed);
   Machine& machine = *scenario.machine;
   Oracle oracle(world, machine);
-  Line line(world, machine, chance.branch(), scenario.line);
-  const auto server = new_server(world, line, machine, oracle);
+  const auto line = new_line(world, machine, chance.branch(), scenario.line);
+  const auto server = new_server(world, *line, machine, oracle);
   server->start();
   Surroundings around{world, *server, oracle, scenario};
   live(around, chance.branch(), scenario.lives);

@@ -23,11 +23,6 @@ World::Task* World::current() {
   return t_task;
 }
 
-void World::add(Event event) {
-  event.number = ++events_;
-  queue_.push(std::move(event));
-}
-
 void World::spawn(std::function<void()> program) {
   Task* task = tasks_.emplace_back(std::make_unique<Task>()).get();
   ++running_;
@@ -38,7 +33,7 @@ void World::spawn(std::function<void()> program) {
     --running_;
     pass_to(next_task());
   }).detach();
-  add({now_, 0, task, task->ticket, {}});
+  wake(task, now_);
 }
 
 void World::run() {
@@ -56,16 +51,16 @@ World::Task* World::next_task() {
     const Event event = queue_.top();
     queue_.pop();
     now_ = event.when;
-    if (event.what) event.what();
-    if (event.task != nullptr && event.ticket == event.task->ticket) return event.task;
+    event.what();
+    if (woken_ != nullptr) return std::exchange(woken_, nullptr);
   }
   return nullptr;
 }
 
 void World::wait(Time limit) {
   Task* const self = t_task;
-  const uint64_t ticket = ++self->ticket;
-  if (limit != Time::max()) add({now_ + limit, 0, self, ticket, {}});
+  ++self->ticket;
+  if (limit != Time::max()) wake(self, now_ + limit);
   Task* const task = next_task();
   if (task != self) {
     pass_to(task);
@@ -74,8 +69,10 @@ void World::wait(Time limit) {
   ++self->ticket;
 }
 
-void World::wake(Task* task) {
-  add({now_, 0, task, task->ticket, {}});
+void World::wake(Task* task, Time when) {
+  at(when, [this, task, ticket = task->ticket] {
+    if (task->ticket == ticket) woken_ = task;
+  });
 }
 
 void World::record(char kind, std::string_view bytes) {

@@ -44,7 +44,9 @@ class World {
 
   Time now() const { return now_; }
   // Events of one time are carried out in the order in which they were asked for.
-  void at(Time when, std::function<void()> what) { add({when, 0, nullptr, 0, std::move(what)}); }
+  void at(Time when, std::function<void()> what) {
+    queue_.push({when, ++events_, std::move(what)});
+  }
   void after(Time delay, std::function<void()> what) { at(now_ + delay, std::move(what)); }
 
   // A program, begun by run().
@@ -56,7 +58,7 @@ class World {
   static Task* current();
   // Lets time pass until wake(), or for `limit`.
   void wait(Time limit = Time::max());
-  void wake(Task* task);
+  void wake(Task* task) { wake(task, now_); }
 
   // What happened, in the form of the server's transcripts: `kind` is '>', '<' or '#'.
   void record(char kind, std::string_view bytes);
@@ -69,25 +71,25 @@ class World {
   struct Event {
     Time when;
     uint64_t number;
-    Task* task;  // to be woken, if it still waits with this ticket
-    uint64_t ticket;
     std::function<void()> what;
     bool operator<(const Event& other) const {  // the earliest is on top of the queue
       return when != other.when ? when > other.when : number > other.number;
     }
   };
 
-  void add(Event event);
   // Carries events out up to the one that gives the baton to a task, which is returned; none when
   // all tasks have ended.
   Task* next_task();
   void pass_to(Task* task);
+  // If it still waits then as it does now.
+  void wake(Task* task, Time when);
 
   Time now_{0};
   uint64_t events_ = 0;
   std::priority_queue<Event> queue_;
   std::vector<std::unique_ptr<Task>> tasks_;
   size_t running_ = 0;
+  Task* woken_ = nullptr;  // by the event that is carried out
   Baton all_ended_;
   std::string transcript_;
 };
