@@ -28,7 +28,6 @@ enum class Ending {
   kTextTooLong = 24,
   kTextInvalid = 25,
   kNumberTooLong = 26,
-  kNumberInvalid = 27,
 };
 
 // What commands change, and what power-up brings back.
@@ -40,17 +39,12 @@ struct Settings {
   std::string set = "IRA";  // TS 27.007 5.5, +CSCS: that or "UCS2"
 };
 
-// Settings that are a number from 0 on.
-struct Value {
-  std::string_view name;
-  int Settings::*place;
-  int last;
-};
-constexpr std::array<Value, 4> kValues = {{
-    {"E", &Settings::echo, 1},
-    {"Q", &Settings::quiet, 1},
-    {"V", &Settings::verbose, 1},
-    {"+CMEE", &Settings::errors, 2},
+// Settings that are a number.
+constexpr std::array<std::pair<std::string_view, int Settings::*>, 4> kNumbers = {{
+    {"E", &Settings::echo},
+    {"Q", &Settings::quiet},
+    {"V", &Settings::verbose},
+    {"+CMEE", &Settings::errors},
 }};
 
 // Answers that are always the same: TS 27.007 5.2, 8.2, 8.3, 8.5.
@@ -61,26 +55,11 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kTexts = 
     {"AT+CSQ", "+CSQ: 17,99"},
 }};
 
-// TS 27.007 9.2.1 and 9.2.2.
-constexpr std::array<std::pair<Ending, std::string_view>, 7> kErrorWords = {{
-    {Ending::kCardBusy, "SIM busy"},
-    {Ending::kInvalidIndex, "invalid index"},
-    {Ending::kNotFound, "not found"},
-    {Ending::kTextTooLong, "text string too long"},
-    {Ending::kTextInvalid, "invalid characters in text string"},
-    {Ending::kNumberTooLong, "dial string too long"},
-    {Ending::kNumberInvalid, "invalid characters in dial string"},
-}};
-
 // A result code without line ends: V.250 5.7.2, TS 27.007 9.1.
 std::string words_of(Ending result, const Settings& now) {
   if (result == Ending::kOk) return now.verbose == 1 ? "OK" : "0";
   if (result == Ending::kError || now.errors == 0) return now.verbose == 1 ? "ERROR" : "4";
-  if (now.errors == 1) return "+CME ERROR: " + std::to_string(int(result));
-  for (const auto& [error, words] : kErrorWords) {
-    if (error == result) return "+CME ERROR: " + std::string(words);
-  }
-  return "";
+  return "+CME ERROR: " + std::to_string(int(result));
 }
 
 // The short message that +CMGR gives: it looks as if the modem asked for a text.
@@ -88,15 +67,15 @@ constexpr std::string_view kMessageHeader =
     "+CMGR: \"REC READ\",\"+4915112345678\",,\"26/11/23,18:00:00+04\"";
 constexpr std::u16string_view kMessage = u"type behind\r\n> ";
 
-std::optional<unsigned> number_of(std::string_view digits, int base = 10) {
-  unsigned value = 0;
+std::optional<int> number_of(std::string_view digits, int base = 10) {
+  int value = 0;
   const char* const end = digits.data() + digits.size();
   const auto read = std::from_chars(digits.data(), end, value, base);
   if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
   return value;
 }
 
-constexpr int kNumberLength = 20;
+constexpr size_t kNumberLength = 20;
 
 // To a read of empty indices.
 constexpr std::array<Ending, 3> kEmpty = {Ending::kOk, Ending::kNotFound, Ending::kError};
@@ -107,14 +86,6 @@ constexpr size_t kPlain = 4;
 constexpr size_t kFurther = 8;
 constexpr size_t kAdType = 2;
 constexpr size_t kHidden = 7;
-
-// A dial string as TS 24.008 10.5.4.7 knows them.
-Ending check_number(const std::string& number) {
-  if (number.size() > size_t(kNumberLength)) return Ending::kNumberTooLong;
-  const size_t digits = number.starts_with('+') ? 1 : 0;
-  const bool dialled = number.find_first_not_of("0123456789*#ABCDPWpw?", digits) == number.npos;
-  return dialled && number != "+" ? Ending::kOk : Ending::kNumberInvalid;
-}
 
 class Handset : public Machine {
  public:
@@ -129,6 +100,8 @@ class Handset : public Machine {
       if (further_ && chance_.one_in(2)) stored.further = some_further(k);
       contacts_[chance_.between(first_, last_)] = stored;
     }
+    if (chance_.one_in(6)) unknown_ = {"+CMEE"};
+    if (chance_.one_in(8)) unknown_ = {"+CFUN", "+CSQ"};
     if (chance_.one_in(4)) refused_in_range_ = some_indices(4);
     for (const int index : refused_in_range_) {
       if (!chance_.one_in(4)) refused_alone_.insert(index);
@@ -147,7 +120,6 @@ class Handset : public Machine {
     now_ = initial_;
     busy_for_ = busy_after_start_;
     line_.clear();
-    echo_.clear();
     said_.clear();
   }
 
@@ -156,19 +128,15 @@ class Handset : public Machine {
     if (contact) contacts_.emplace(index, *contact);
   }
 
+  // A line comes with its end.
   void receive(std::string_view bytes) override {
-    for (const char c : bytes) {
-      if (now_.echo == 1) echo_ += c;
-      if (c != '\r') {
-        line_ += c;
-        continue;
-      }
-      flush_echo();
-      // V.250 5.2.1: what is before "AT" is passed over.
-      const std::string line = std::exchange(line_, {});
-      if (const size_t begin = line.find("AT"); begin != line.npos) run_line(line.substr(begin));
-    }
-    flush_echo();
+    if (now_.echo == 1) said_.push_back({{}, std::string(bytes)});
+    line_ += bytes;
+    if (!bytes.ends_with('\r')) return;
+    const std::string line = std::exchange(line_, {});
+    // V.250 5.2.1: what is before "AT" is passed over.
+    const size_t begin = line.find("AT");
+    if (begin != line.npos) run_line(line.substr(begin, line.size() - 1 - begin));
   }
 
  private:
@@ -184,10 +152,6 @@ class Handset : public Machine {
       indices.insert(chance_.between(first_, last_));
     }
     return indices;
-  }
-
-  void flush_echo() {
-    if (!echo_.empty()) said_.push_back({{}, std::exchange(echo_, {})});
   }
 
   // V.250 5.2.2 and 5.7: the commands run in turn, up to the first that fails; the line has one
@@ -215,16 +179,15 @@ class Handset : public Machine {
 
   Ending run(const Command& command, Lines& lines) {
     if (unknown_.contains(command.name)) return Ending::kError;
-    for (const Value& value : kValues) {
-      if (command.name != value.name) continue;
+    for (const auto& [name, place] : kNumbers) {
+      if (command.name != name) continue;
       if (command.form == Form::kQuery) {
-        lines = {command.name + ": " + std::to_string(now_.*value.place)};
+        lines = {command.name + ": " + std::to_string(now_.*place)};
         return Ending::kOk;
       }
       const auto number = command.arguments.empty() ? 0 : number_of(command.arguments);
-      if (command.form == Form::kTest || !number || int(*number) > value.last)
-        return Ending::kError;
-      now_.*value.place = int(*number);
+      if (!number) return Ending::kError;
+      now_.*place = *number;
       return Ending::kOk;
     }
     const std::string question = command.form == Form::kQuery ? "?" : "";
@@ -319,7 +282,7 @@ class Handset : public Machine {
     if (command.form != Form::kSet || !arguments || arguments->size() > 2) return Ending::kError;
     const auto from = number_of(arguments->front().value), to = number_of(arguments->back().value);
     if (!from || !to) return Ending::kError;
-    const int first = int(*from), last = int(*to);
+    const int first = *from, last = *to;
     if (!has_index(first) || !has_index(last) || last < first) return Ending::kInvalidIndex;
     const bool alone = arguments->size() == 1;
     const int largest = largest_range_;
@@ -369,25 +332,24 @@ class Handset : public Machine {
     arguments.resize(std::max(arguments.size(), kPlain));
     const auto index = number_of(arguments[0].value);
     if (!index) return Ending::kError;
-    if (!has_index(int(*index))) return Ending::kInvalidIndex;
+    if (!has_index(*index)) return Ending::kInvalidIndex;
     const std::string& type = arguments[2].value;
     const auto further = further_of(arguments);
     if (!further || (!type.empty() && type != "129" && type != "145")) return Ending::kError;
     Stored contact{arguments[1].value, {}, *further};
-    const Ending result = check_number(contact.number);
-    if (result != Ending::kOk) return result;
+    if (contact.number.size() > kNumberLength) return Ending::kNumberTooLong;
     const bool plus = type == "145" && !contact.number.empty() && !contact.number.starts_with('+');
     if (plus) contact.number.insert(0, 1, '+');
     const auto text = decoded(arguments[3].value);
     if (!text) return Ending::kTextInvalid;
     if (text->size() > size_t(text_length_)) return Ending::kTextTooLong;
     contact.name = *text;
-    if (writes_dropped_.contains(int(*index))) return Ending::kOk;
+    if (writes_dropped_.contains(*index)) return Ending::kOk;
     // A record that holds nothing is a free one.
     const Content content = contact == Stored{} ? Content() : contact;
-    if (content == at(int(*index))) return Ending::kOk;
-    change_by_itself(int(*index), content);
-    changed(int(*index));
+    if (content == at(*index)) return Ending::kOk;
+    change_by_itself(*index, content);
+    changed(*index);
     return Ending::kOk;
   }
 
@@ -400,16 +362,12 @@ class Handset : public Machine {
   const Settings initial_ = {.echo = chance_.below(2),
                              .quiet = chance_.one_in(8),
                              .verbose = !chance_.one_in(5),
-                             .errors = chance_.below(3)};
-  // Without +CMEE errors stay as they are.
-  const std::set<std::string> unknown_ = chance_.one_in(6) ? std::set<std::string>{"+CMEE"}
-                                         : chance_.one_in(8)
-                                             ? std::set<std::string>{"+CFUN", "+CSQ"}
-                                             : std::set<std::string>{};
-  const bool bare_at_fails_ = chance_.one_in(6);        // ERROR to AT alone
-  const bool lines_framed_ = chance_.one_in(4);         // a line end before each line, too
-  const bool blanks_ = chance_.one_in(3);               // after commas
-  const bool upper_hex_ = !chance_.one_in(3);           // of UCS2
+                             .errors = chance_.below(2)};
+  std::set<std::string> unknown_;                 // commands; without +CMEE errors stay as they are
+  const bool bare_at_fails_ = chance_.one_in(6);  // ERROR to AT alone
+  const bool lines_framed_ = chance_.one_in(4);   // a line end before each line, too
+  const bool blanks_ = chance_.one_in(3);         // after commas
+  const bool upper_hex_ = !chance_.one_in(3);     // of UCS2
   const bool set_named_in_itself_ = chance_.one_in(3);  // as "0055004300530032" for UCS2
 
   // The phonebook.
@@ -431,7 +389,6 @@ class Handset : public Machine {
   Settings now_;
   int busy_for_ = 0;
   std::string line_;
-  std::string echo_;  // not yet said
 };
 
 }  // namespace

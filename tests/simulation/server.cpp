@@ -68,31 +68,23 @@ class ServerProcess : public Server,
   }
 
   void start() override {
-    if (dispatcher_ != nullptr) kill();
     world_.record('#', "the server starts");
     ++life_;
     dispatcher_ =
         std::make_unique<server::Dispatcher>(*this, std::vector<std::string>{"ATE0", "AT+CMEE=1"});
     started_ = uint64_t(world_.now().count());
-    stopping_ = false;
     armed_.reset();
     network::serve(this);
     open_port(Time(0));
   }
 
-  // Only one that was killed is known to have forgotten what its clients selected.
   void kill() override {
     world_.record('#', "the server is killed");
-    killed_ = true;
-    end();
-  }
-
-  void stop() override {
-    world_.record('#', "the server is told to end");
-    killed_ = false;
-    stopping_ = true;
-    dispatcher_->drop_waiting();
-    settle();
+    ++life_;
+    line_.close();
+    dispatcher_.reset();
+    asked_.clear();
+    network::serve(nullptr);
   }
 
   void set_call(int client, std::shared_ptr<Call> call) override {
@@ -111,17 +103,8 @@ class ServerProcess : public Server,
     });
   }
 
-  void end() {
-    ++life_;
-    line_.close();
-    dispatcher_.reset();
-    asked_.clear();
-    network::serve(nullptr);
-  }
-
   void open_port(Time delay) {
     at(world_.now() + delay, [this] {
-      if (stopping_) return;
       if (!line_.open()) return open_port(kReopening);
       dispatcher_->opened(now(), false);
       settle();
@@ -134,8 +117,6 @@ class ServerProcess : public Server,
   }
 
   void settle() {
-    if (dispatcher_ == nullptr) return;
-    if (stopping_ && !dispatcher_->command_under_way()) return end();
     const auto deadline = dispatcher_->deadline();
     if (deadline == armed_) return;
     armed_ = deadline;
@@ -180,9 +161,8 @@ class ServerProcess : public Server,
       if (found != asked_.end()) world_.wrong("no answer within its bound: " + found->second.line);
     });
     asked_.emplace(connection, Asked{call, request.command, request.timeout, nullptr});
-    if (stopping_) return answer(connection, "");
     const server::Peer& peer = processes_[client];
-    const bool older = killed_ && peer.started <= started_;
+    const bool older = life_ > 1 && peer.started <= started_;
     dispatcher_->submit({connection, request.command, request.timeout, peer, older}, now());
     settle();
   }
@@ -254,7 +234,7 @@ class ServerProcess : public Server,
   World& world_;
   Line& line_;
   Oracle& oracle_;
-  std::unique_ptr<server::Dispatcher> dispatcher_;  // none: the server does not run
+  std::unique_ptr<server::Dispatcher> dispatcher_;
   std::map<int, std::shared_ptr<Call>> calls_;
   std::map<int, server::Peer> processes_;
   std::map<uint64_t, Asked> asked_;  // by connection, in order of arrival
@@ -262,9 +242,7 @@ class ServerProcess : public Server,
   std::deque<Report> reports_;  // that have come and are to be pushed
   bool free_text_ = false;      // the answers that may still come have texts in them
   std::optional<server::TimePoint> armed_;
-  uint64_t life_ = 0;
-  bool killed_ = false;
-  bool stopping_ = false;
+  uint64_t life_ = 0;  // grows with its beginnings and ends
   uint64_t started_ = 0;
   int64_t last_process_ = 100;
   uint64_t commands_ = 0;

@@ -1,5 +1,5 @@
 // server.h - the AT server's process: the real dispatcher between the simulated network and the
-// line, started, stopped and killed as the world goes; and a judge of each answer that it gives.
+// line, started and killed as the world goes; and a judge of each answer that it gives.
 #ifndef QALT_TESTS_SIMULATION_SERVER_H_
 #define QALT_TESTS_SIMULATION_SERVER_H_
 
@@ -15,8 +15,6 @@ class Server {
   virtual ~Server() = default;
   virtual void start() = 0;
   virtual void kill() = 0;
-  // The command under way is finished first.
-  virtual void stop() = 0;
   // What the commands of a client belong to.
   virtual void set_call(int client, std::shared_ptr<Call> call) = 0;
   // A client's program begins again, as a process of its own.

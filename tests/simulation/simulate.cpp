@@ -12,7 +12,9 @@
 #include <csignal>
 #include <cstdio>
 #include <fstream>
+#include <iomanip>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 #include "tests/simulation/clients.h"
@@ -33,15 +35,11 @@ Client& load_client(size_t number) {
   return *reinterpret_cast<Make>(dlsym(module, "simulation_client"))();
 }
 
-// The server ends, kindly or not, and is there again after a while. Only one that was killed is
-// known to have forgotten in which set the C functions are in the middle of a job.
+// The server is killed, and is there again after a while.
 void live(Surroundings& around, Chance chance, int lives) {
   if (lives == 0) return;
   around.world.after(Time(chance.between(1, 60000)), [&around, chance, lives]() mutable {
-    const auto& clients = around.scenario.clients;
-    const auto functions = std::find(clients.begin(), clients.end(), Manner::kFunctions);
-    const bool kills = functions != clients.end() || chance.one_in(2);
-    kills ? around.server.kill() : around.server.stop();
+    around.server.kill();
     around.world.after(Time(chance.between(10, 5000)), [&around, chance, lives] {
       around.server.start();
       live(around, chance, lives - 1);
@@ -131,8 +129,8 @@ std::string last_of(FILE* file) {
 }
 
 struct Sums {
-  unsigned long long commands = 0;
-  long long seconds = 0;  // simulated
+  uint64_t commands = 0;
+  int64_t seconds = 0;  // simulated
 };
 
 bool run_seed(uint64_t seed, const Options& options, Sums& sums) {
@@ -156,10 +154,11 @@ bool run_seed(uint64_t seed, const Options& options, Sums& sums) {
               << last_of(messages) << std::endl;
   }
   std::fclose(messages);
-  Sums own;
-  std::sscanf(text.c_str(), "%llu %lld", &own.commands, &own.seconds);
-  sums.commands += own.commands;
-  sums.seconds += own.seconds;
+  uint64_t commands = 0;
+  int64_t seconds = 0;
+  std::istringstream(text) >> commands >> seconds;
+  sums.commands += commands;
+  sums.seconds += seconds;
   return status == 0;
 }
 
@@ -177,9 +176,9 @@ int run_seeds(const Options& options) {
     if (!run_seed(options.first + done, options, sums)) return 1;
   }
   const double took = std::chrono::duration<double>(Clock::now() - begun).count();
-  std::printf("%llu seeds from %llu: %llu AT commands and %lld hours of simulated time in %.1f s\n",
-              static_cast<unsigned long long>(done), static_cast<unsigned long long>(options.first),
-              sums.commands, sums.seconds / 3600, took);
+  std::cout << done << " seeds from " << options.first << ": " << sums.commands
+            << " AT commands and " << sums.seconds / 3600 << " hours of simulated time in "
+            << std::fixed << std::setprecision(1) << took << " s\n";
   return 0;
 }
 
