@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <set>
-#include <utility>
 
 #include "sim/text.h"
-#include "tests/simulation/network.h"
 
 namespace qalt::simulation {
 namespace {
@@ -21,10 +19,6 @@ Stored stored_of(const Contact& contact) {
 
 std::string describe(const Outcome& outcome) {
   return outcome.done() ? "done" : std::to_string(outcome.cause) + " (" + outcome.what + ")";
-}
-
-std::string range_text(int first, int last) {
-  return std::to_string(first) + " to " + std::to_string(last);
 }
 
 // A write of this and nothing else, at this place.
@@ -49,7 +43,8 @@ class ClientProgram {
         chance_(chance) {}
 
   void run() {
-    network::set_client(number_);
+    constexpr std::array kFunctionCalls = {&ClientProgram::put, &ClientProgram::erase,
+                                           &ClientProgram::read_some, &ClientProgram::read_some};
     around_.server.new_process(number_);
     for (int k = 0; k < around_.scenario.calls; ++k) {
       around_.world.wait(Time(chance_.one_in(3) ? chance_.below(20000) : chance_.below(50)));
@@ -62,7 +57,7 @@ class ClientProgram {
           import();
           break;
         case Manner::kFunctions:
-          by_functions();
+          (this->*chance_.of(kFunctionCalls))();
           break;
         case Manner::kLines:
           question();
@@ -173,28 +168,16 @@ class ClientProgram {
   void by_header() {
     const bool job = chance_.one_in(4);
     if (job) carry_out("begin of a job", nothing, [&] { return client_.begin_job(); });
-    constexpr std::array<void (ClientProgram::*)(), 7> kCalls = {
-        &ClientProgram::add,       &ClientProgram::put, &ClientProgram::change,
-        &ClientProgram::erase,     &ClientProgram::get, &ClientProgram::read_all,
-        &ClientProgram::read_some,
-    };
+    constexpr std::array kCalls = {&ClientProgram::add,      &ClientProgram::put,
+                                   &ClientProgram::change,   &ClientProgram::erase,
+                                   &ClientProgram::get,      &ClientProgram::read_all,
+                                   &ClientProgram::read_some};
     for (int k = job ? chance_.between(1, 4) : 1; k > 0; --k) (this->*chance_.of(kCalls))();
     if (!job) return;
     carry_out("end of a job", nothing, [&] {
       client_.end_job();
       return Outcome();
     });
-  }
-
-  void by_functions() {
-    switch (chance_.below(4)) {
-      case 0:
-        return put();
-      case 1:
-        return erase();
-      default:
-        return c_read();
-    }
   }
 
   void add() {
@@ -281,19 +264,13 @@ class ClientProgram {
     read(first, chance_.between(first, last_));
   }
   void read(int first, int last) {
-    const Step step = carry_out("read of " + range_text(first, last), nothing,
-                                [&] { return client_.read(first, last); });
-    must_be_done(step);
-    if (step.outcome.done()) check_reading(step, first, last, true);
-  }
-
-  void c_read() {
-    const int first = some_index();
-    const int last = std::min(chance_.between(first, last_), first + 99);
-    const Step step = carry_out("C read of " + range_text(first, last), nothing,
-                                [&] { return client_.c_read(first, last); });
+    const bool c_functions = manner_ == Manner::kFunctions;
+    const Step step = carry_out(
+        "read of " + std::to_string(first) + " to " + std::to_string(last), nothing,
+        [&] { return c_functions ? client_.c_read(first, last) : client_.read(first, last); });
+    if (!c_functions) must_be_done(step);
     const bool whole = !step.call->touched && around_.scenario.hidden.empty();
-    if (step.outcome.done()) check_reading(step, first, last, whole);
+    if (step.outcome.done()) check_reading(step, first, last, !c_functions || whole);
   }
 
   // Whether what was read is what stood there; `whole`: also that nothing is missing.

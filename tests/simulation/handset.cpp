@@ -62,10 +62,8 @@ std::string words_of(Ending result, const Settings& now) {
   return "+CME ERROR: " + std::to_string(int(result));
 }
 
-// The short message that +CMGR gives: it looks as if the modem asked for a text.
 constexpr std::string_view kMessageHeader =
     "+CMGR: \"REC READ\",\"+4915112345678\",,\"26/11/23,18:00:00+04\"";
-constexpr std::u16string_view kMessage = u"type behind\r\n> ";
 
 std::optional<int> number_of(std::string_view digits, int base = 10) {
   int value = 0;
@@ -196,8 +194,8 @@ class Handset : public Machine {
       lines = {std::string(answer)};
       return Ending::kOk;
     }
-    if (command.name == "+CMGR") {  // TS 27.005 3.4.3
-      lines = {std::string(kMessageHeader), encoded(kMessage)};
+    if (command.name == "+CMGR") {  // TS 27.005 3.4.3; the text is like a prompt
+      lines = {std::string(kMessageHeader), encoded(u"type behind\r\n> ")};
       return Ending::kOk;
     }
     if (command.name == "+CSCS") return character_set(command, lines);
@@ -285,8 +283,7 @@ class Handset : public Machine {
     const int first = *from, last = *to;
     if (!has_index(first) || !has_index(last) || last < first) return Ending::kInvalidIndex;
     const bool alone = arguments->size() == 1;
-    const int largest = largest_range_;
-    if (!alone && largest != 0 && last - first >= largest) return Ending::kError;
+    if (!alone && largest_range_ != 0 && last - first >= largest_range_) return Ending::kError;
 
     const std::set<int>& refused = alone ? refused_alone_ : refused_in_range_;
     const auto refusal = refused.lower_bound(first);

@@ -49,7 +49,7 @@ class ModemLine : public Line {
   std::shared_ptr<Exchange> write(std::string_view bytes) override {
     world_.record('>', bytes);
     const auto exchange = std::make_shared<Exchange>();
-    exchange->line = bytes.substr(0, bytes.find('\r'));
+    const std::string_view line = bytes.substr(0, bytes.find('\r'));
     const bool command = bytes.ends_with('\r');
     Time when = world_.now() + kLatency;
     if (command && chance_.one_in(faults_.hang_up) && chance_.one_in(2)) {
@@ -65,7 +65,7 @@ class ModemLine : public Line {
     }
     if (command && answer.starts_with(bytes)) {
       answer.erase(0, bytes.size());
-      deliver({std::string(bytes), {}}, world_.now() + kLatency);
+      deliver(std::string(bytes), {}, world_.now() + kLatency);
     }
     if (answer.empty()) return exchange;
     const std::string& stubborn = faults_.stubborn;
@@ -73,7 +73,7 @@ class ModemLine : public Line {
       dead_until_ = world_.now() + Time(chance_.between(1000, 120000));
     }
     const bool never = command && (chance_.one_in(faults_.never) || world_.now() < dead_until_ ||
-                                   (!stubborn.empty() && exchange->line.starts_with(stubborn)));
+                                   (!stubborn.empty() && line.starts_with(stubborn)));
     const bool cut = command && !never && chance_.one_in(faults_.cut);
     const bool late = command && !never && chance_.one_in(faults_.late);
     const bool hang = command && chance_.one_in(faults_.hang_up);
@@ -86,23 +86,18 @@ class ModemLine : public Line {
       const size_t code = heard.rfind("\r\n+CM");
       if (code != heard.npos) heard.resize(code);
     }
-    if (!never && !heard.empty()) say(heard, cut || hang || has_free_text(exchange->line), when);
+    if (!never && !heard.empty()) say(heard, cut || hang || has_free_text(line), when);
     if (hang) hang_up(when + Time(50));
     return exchange;
   }
 
  private:
-  struct Piece {
-    std::string bytes;
-    std::vector<std::string> reports;
-  };
-
-  void deliver(Piece piece, Time when) {
+  void deliver(const std::string& bytes, const std::vector<std::string>& reports, Time when) {
     last_ = std::max(last_, when);
-    world_.at(last_, [this, opening = opening_, piece = std::move(piece)] {
+    world_.at(last_, [this, opening = opening_, bytes, reports] {
       if (opening != opening_) return;
-      world_.record('<', piece.bytes);
-      terminal_->received(piece.bytes, piece.reports);
+      world_.record('<', bytes);
+      terminal_->received(bytes, reports);
     });
   }
 
@@ -166,11 +161,11 @@ class ModemLine : public Line {
       // Where a prompt could end is where reads like to end.
       const size_t sign = k == pieces || !chance_.one_in(2) ? bytes.npos : bytes.find("\n> ", from);
       if (sign != bytes.npos) to = sign + 3;
-      Piece piece{bytes.substr(from, to - from), {}};
+      std::vector<std::string> whole;
       for (const auto& [end, text] : ends) {
-        if (end > from && end <= to) piece.reports.push_back(text);
+        if (end > from && end <= to) whole.push_back(text);
       }
-      deliver(std::move(piece), when);
+      deliver(bytes.substr(from, to - from), whole, when);
       when += Time(chance_.below(30));
       from = to;
     }

@@ -33,7 +33,6 @@ bool has_free_text(std::string_view line);
 
 // What a modem said to one command line, and what the line made of it.
 struct Exchange {
-  std::string line;
   std::string answer;    // whole, without echo and reports
   bool touched = false;  // it did not come, or late, or not whole
 };

@@ -40,7 +40,6 @@ std::map<std::string, int> g_names;
 std::vector<World::Task*> g_waiting;  // in recv and poll
 int g_last_descriptor = kFirstDescriptor - 1;
 uint64_t g_last_connection = 0;
-thread_local int t_client = -1;
 
 int failed(int error) {
   errno = error;
@@ -77,10 +76,6 @@ void network::begin(World& world) {
   g_world = &world;
 }
 
-void network::set_client(int client) {
-  t_client = client;
-}
-
 void network::serve(Service* service) {
   g_service = service;
   if (service != nullptr) return;
@@ -110,7 +105,7 @@ using namespace qalt::simulation;
 extern "C" {
 
 int socket(int, int, int) noexcept {
-  g_sockets[++g_last_descriptor].client = t_client;
+  g_sockets[++g_last_descriptor].client = World::current()->number;
   return g_last_descriptor;
 }
 

@@ -28,8 +28,6 @@ void begin(World& world);
 // None: the server does not run, and connecting to it is refused. Connections that it had end.
 void serve(Service* service);
 void answer(uint64_t connection, std::string_view text);
-// The program that runs on the calling task.
-void set_client(int client);
 
 }  // namespace network
 }  // namespace qalt::simulation

@@ -1,6 +1,5 @@
 #include "tests/simulation/scenario.h"
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 

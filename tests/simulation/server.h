@@ -19,8 +19,7 @@ class Server {
   virtual void set_call(int client, std::shared_ptr<Call> call) = 0;
   // A client's program begins again, as a process of its own.
   virtual void new_process(int client) = 0;
-  // How many came.
-  virtual uint64_t commands() const = 0;
+  virtual uint64_t commands() const = 0;  // that came
 };
 
 std::unique_ptr<Server> new_server(World& world, Line& line, Machine& machine, Oracle& oracle);

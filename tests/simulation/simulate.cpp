@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -128,12 +129,8 @@ std::string last_of(FILE* file) {
   return read_all(fileno(file));
 }
 
-struct Sums {
-  uint64_t commands = 0;
-  int64_t seconds = 0;  // simulated
-};
-
-bool run_seed(uint64_t seed, const Options& options, Sums& sums) {
+// Adds to `sums`: AT commands, and seconds of simulated time.
+bool run_seed(uint64_t seed, const Options& options, std::array<uint64_t, 2>& sums) {
   int ends[2];
   if (pipe(ends) != 0) return false;
   FILE* const messages = std::tmpfile();
@@ -154,21 +151,21 @@ bool run_seed(uint64_t seed, const Options& options, Sums& sums) {
               << last_of(messages) << std::endl;
   }
   std::fclose(messages);
-  uint64_t commands = 0;
-  int64_t seconds = 0;
-  std::istringstream(text) >> commands >> seconds;
-  sums.commands += commands;
-  sums.seconds += seconds;
+  std::istringstream figures(text);
+  for (uint64_t& sum : sums) {
+    uint64_t figure = 0;
+    if (figures >> figure) sum += figure;
+  }
   return status == 0;
 }
 
 int run_seeds(const Options& options) {
   using Clock = std::chrono::steady_clock;
   const auto begun = Clock::now();
-  Sums sums;
+  std::array<uint64_t, 2> sums{};
   uint64_t done = 0;
   const auto go_on = [&] {
-    if (options.commands != 0) return sums.commands < options.commands;
+    if (options.commands != 0) return sums[0] < options.commands;
     if (options.seconds != 0) return Clock::now() - begun < std::chrono::seconds(options.seconds);
     return done < options.count;
   };
@@ -176,9 +173,9 @@ int run_seeds(const Options& options) {
     if (!run_seed(options.first + done, options, sums)) return 1;
   }
   const double took = std::chrono::duration<double>(Clock::now() - begun).count();
-  std::cout << done << " seeds from " << options.first << ": " << sums.commands
-            << " AT commands and " << sums.seconds / 3600 << " hours of simulated time in "
-            << std::fixed << std::setprecision(1) << took << " s\n";
+  std::cout << done << " seeds from " << options.first << ": " << sums[0] << " AT commands and "
+            << sums[1] / 3600 << " hours of simulated time in " << std::fixed
+            << std::setprecision(1) << took << " s\n";
   return 0;
 }
 

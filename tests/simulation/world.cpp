@@ -24,7 +24,7 @@ World::Task* World::current() {
 }
 
 void World::spawn(std::function<void()> program) {
-  Task* task = tasks_.emplace_back(std::make_unique<Task>()).get();
+  Task* task = tasks_.emplace_back(std::make_unique<Task>(int(tasks_.size()))).get();
   ++running_;
   std::thread([this, task, program = std::move(program)] {
     task->baton.acquire();

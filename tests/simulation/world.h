@@ -38,7 +38,8 @@ class Baton {
 class World {
  public:
   struct Task {
-    Baton baton;
+    const int number;  // in the order in which they were spawned
+    Baton baton = {};
     uint64_t ticket = 0;  // of the last wait
   };
 
