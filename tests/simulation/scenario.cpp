@@ -141,7 +141,7 @@ Scenario make_scenario(uint64_t seed) {
   }
   scenario.calls = chance.between(5, 25);
   if (chance.one_in(5)) scenario.own_changes = own * chance.between(1, 60);
-  scenario.lives = chance.one_in(4) ? chance.between(1, 4) : 0;
+  scenario.lives = chance.one_in(4) ? chance.between(1, 12) : 0;
   return scenario;
 }
 

@@ -39,7 +39,7 @@ Client& load_client(size_t number) {
 // The server is killed, and is there again after a while.
 void live(Surroundings& around, Chance chance, int lives) {
   if (lives == 0) return;
-  around.world.after(Time(chance.between(1, 60000)), [&around, chance, lives]() mutable {
+  around.world.after(Time(chance.between(1, 20000)), [&around, chance, lives]() mutable {
     around.server.kill();
     around.world.after(Time(chance.between(10, 5000)), [&around, chance, lives] {
       around.server.start();
