@@ -167,7 +167,7 @@ class Soak {
       const auto [status, out, err] = owners_[size_t(owner)]->end(0);
       std::cout << "owner " << owner << ": " << out;
       if (status > 1000) fail("it ended by signal " + std::to_string(status - 1000));
-      if (status != 0) fail(err);
+      if (status != 0) fail("owner " + std::to_string(owner) + " " + err);
     }
   }
 
