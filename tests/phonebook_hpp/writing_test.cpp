@@ -49,6 +49,7 @@ TEST_F(Book, WhatBecameOfAChangeIsTold) {
       {kPut, kOk, sign},
       {kPut, kSilence, good},
       {kPut, kHangUp, good},
+      {kPut, "\r\nO", good},
       {kPut, kOk, bare, kDiffers, kDone, "number written \"+49\", read back \"49\""},
       {kPut, kOk, torn, kDiffers, kDone, "cannot be read back"},
       {kPut, kOk, kSilence, kNoAnswer, kDone, "index 5 was written and cannot be read back"},
