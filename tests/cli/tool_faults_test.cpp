@@ -220,11 +220,14 @@ TEST_F(Tool, ATurnThatNeverEndsIsWaitedForOnce) {
   }
 }
 
-// What stands there when the answer comes is what the question was about, or is not deleted.
+// What stands there when the answer comes is what the question was about, or is not deleted; and
+// it is deleted only where the answer is yes.
 TEST_F(Tool, WhatIsConfirmedIsWhatIsDeleted) {
   start();
   write("a.jsonl", R"({"index":1,"name":"A"})");
-  for (const std::string command : {"delete 1", "clear", "import --replace a.jsonl"}) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"delete 1", "y\n"}, {"clear", "y\n"}, {"import --replace a.jsonl", "y\n"}, {"clear", "n\n"}};
+  for (const auto& [command, answer] : cases) {
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_EQ(0, ::grantpt(terminal) | ::unlockpt(terminal));
     const std::string path = ::ptsname(terminal);
@@ -233,8 +236,9 @@ TEST_F(Tool, WhatIsConfirmedIsWhatIsDeleted) {
     std::string said;
     for (char c = 0; said.find("[y/N]") == said.npos && ::read(terminal, &c, 1) == 1;) said += c;
     EXPECT_EQ(0, run({"set", "1", "--number", std::to_string(command.size())}).status);
-    EXPECT_EQ(2, ::write(terminal, "y\n", 2));
-    EXPECT_EQ(int(qalt::Cause::kCollision), asking.end(0).status) << said;
+    EXPECT_EQ(2, ::write(terminal, answer, 2));
+    const auto cause = *answer == 'y' ? qalt::Cause::kCollision : qalt::Cause::kUsage;
+    EXPECT_EQ(int(cause), asking.end(0).status) << said;
     ::close(terminal);
     EXPECT_EQ(15u, json_of({"list"}).size()) << command;
   }
