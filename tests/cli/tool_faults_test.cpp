@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
 
 #include "cli/write_turn.h"
 #include "qalt_at/detail/result.hpp"
@@ -40,12 +39,9 @@ TEST_F(Tool, ReadsThroughFaults) {
   const Texts all_fifteen[] = {
       {"--sim-fault", "1-3:AT+CPBR=1,:answer=\\r\\n+CME ERROR: 24\\r\\n"},
       {"--sim-fault", "*:AT+CPBR=1,2:answer=\\r\\nERROR\\r\\n"},  // two steps of different sizes
-      {"--sim-refuse", "4", "--sim-empty", "error"},
-      {"--sim-split", "--sim-echo"},
-      {"--sim-fault", "1-9:AT+CPBR=:report-inside=+CREG: 1"},
-      {"--sim-cmee", "2", "--sim-empty", "22"},
-      {"--sim-base", "5", "--sim-no-lengths"},
-      {"--sim-plain-numbers"},
+      {"--sim-refuse", "4", "--sim-empty", "error", "--sim-plain-numbers"},
+      {"--sim-fault", "1-9:AT+CPBR=:report-inside=+CREG: 1", "--sim-split", "--sim-echo"},
+      {"--sim-cmee", "2", "--sim-empty", "22", "--sim-base", "5", "--sim-no-lengths"},
   };
   for (const Texts& options : all_fifteen) {
     start(options);
@@ -77,26 +73,24 @@ TEST_F(Tool, WritesThatDoNotHappen) {
 
 TEST_F(Tool, ABadFileWritesNothing) {
   start();
-  std::string crowd = "name\n";
-  for (int i = 0; i != 236; ++i) crowd += "Guest " + std::to_string(i) + "\n";
   const struct {
     const char* name;
     std::string text;
-    int status;
     const char* said;
   } cases[] = {
-      {"a.jsonl", "{\"name\":\"A\"}\n{\"name\":", 7, "line 2: is no JSON object"},
-      {"a.csv", "name\n1234567890123456789\n", 7, "line 2: name has 19"},
-      {"a.jsonl", "{\"name\":\"A\",\"further\":\",0;+CPBW=1\"}", 7, "line 1: further is no list"},
-      {"a.jsonl", "{\"index\":4,\"name\":\"A\"}\n{\"index\":4,\"name\":\"B\"}", 7, "stands twice"},
-      {"a.csv", crowd, 5, ""},
-      {"a.vcf", "BEGIN:VCARD\nFN:A\nEND:VCARD\nBEGIN:VCARD\nFN:B\n", 7, "line 4: this card"},
-      {"a.vcf", "BEGIN:VCARD\nFN:A\nEMAIL:a@b\nEND:VCARD", 7, "--force leaves it out"},
+      {"a.jsonl", "{\"name\":\"A\"}\n{\"name\":", "line 2: is no JSON object"},
+      {"a.csv", "name\n1234567890123456789\n", "line 2: name has 19"},
+      {"a.jsonl", "{\"name\":\"A\",\"further\":\",0;+CPBW=1\"}", "line 1: further is no list"},
+      {"a.jsonl", "{\"index\":4,\"name\":\"A\"}\n{\"index\":4,\"name\":\"B\"}", "stands twice"},
+      {"a.vcf", "BEGIN:VCARD\nFN:A\nEND:VCARD\nBEGIN:VCARD\nFN:B\n", "line 4: this card"},
+      {"a.vcf", "BEGIN:VCARD\nFN:A\nEMAIL:a@b\nEND:VCARD", "--force leaves it out"},
   };
   for (const auto& c : cases) {
-    std::ofstream(c.name) << c.text;
-    expect(c.status, c.said, run({"import", c.name}));
+    write(c.name, c.text);
+    expect(7, c.said, run({"import", c.name}));
   }
+  write_names("crowd.csv", "Guest ", 236);
+  expect(5, "no free index for 1", run({"import", "crowd.csv"}));
   EXPECT_EQ(7, run({"import", "missing.csv"}).status);
   EXPECT_EQ(7, run({"export", "no/such/folder.csv"}).status);
   EXPECT_EQ(0, sent("AT+CPBW"));
@@ -105,9 +99,9 @@ TEST_F(Tool, ABadFileWritesNothing) {
 
 // Stored is more than the phonebook announces, and more than a name and a number.
 TEST_F(Tool, WhatIsStoredIsGoodAsItStands) {
-  std::ofstream("stored.json") << R"([{"number": "1", "name": "A name of twenty-six chars"},
+  write("stored.json", R"([{"number": "1", "name": "A name of twenty-six chars"},
       {"number": "12AB", "name": "B"},
-      {"number": "3", "name": "C", "further": ",0,\"00460072\",\"+49\",145"}])";
+      {"number": "3", "name": "C", "further": ",0,\"00460072\",\"+49\",145"}])");
   start({"--sim-contacts", "stored.json", "--sim-further"});
   const json before = json_of({"list"});
   EXPECT_EQ(",0,\"00460072\",\"+49\",145", before[2]["further"]);
@@ -130,9 +124,9 @@ TEST_F(Tool, WhatIsStoredIsGoodAsItStands) {
   EXPECT_EQ(1, json::parse(restored.out)["written"]);
   EXPECT_EQ(before[2], json_of({"list"})[0]);
   // A file that does not have them overwrites them; one that has none means it.
-  std::ofstream("b.csv") << "index,name,number\n3,C,3\n";
+  write("b.csv", "index,name,number\n3,C,3\n");
   EXPECT_EQ(1, json_of({"import", "b.csv"})["unchanged"]);
-  std::ofstream("b.jsonl") << R"({"index":3,"name":"C","number":"3","further":""})";
+  write("b.jsonl", R"({"index":3,"name":"C","number":"3","further":""})");
   expect(7, "occupied by \"C\" 3 with further parameters", run({"import", "b.jsonl"}));
   EXPECT_EQ(1, json_of({"import", "b.jsonl", "--force"})["written"]);
   EXPECT_EQ("", json_of({"get", "3"})[0]["further"]);
@@ -170,9 +164,9 @@ TEST_F(Tool, ExportsReplaceOrWriteTo) {
     struct stat status = {};
     return ::stat(path, &status) == 0 ? status.st_mode & 0777 : 0;
   };
-  std::ofstream("kept.jsonl") << "old";
+  write("kept.jsonl", "old");
   ::chmod("kept.jsonl", 0640);
-  std::ofstream("kept.jsonl.part") << "somebody's";
+  write("kept.jsonl.part", "somebody's");
   std::filesystem::create_directory("folder");
   std::filesystem::create_symlink("../kept.jsonl", "folder/link.jsonl");
   std::filesystem::create_symlink("later.jsonl", "folder/dangling.jsonl");
@@ -181,9 +175,7 @@ TEST_F(Tool, ExportsReplaceOrWriteTo) {
               run({"export", "--format", "jsonl", path}).status)
         << path;
   }
-  EXPECT_EQ(whole, test::contents("kept.jsonl"));
   EXPECT_EQ(0640U, mode("kept.jsonl"));
-  EXPECT_EQ(whole, test::contents("folder/later.jsonl"));
   EXPECT_EQ(0600U, mode("folder/later.jsonl"));
   EXPECT_TRUE(std::filesystem::is_symlink("folder/link.jsonl"));
   EXPECT_EQ("somebody's", test::contents("kept.jsonl.part"));
@@ -193,17 +185,15 @@ TEST_F(Tool, ExportsReplaceOrWriteTo) {
                      "mkfifo f.jsonl; cat f.jsonl >fourth & $pb export f.jsonl; wait")
                    .status);
   EXPECT_EQ("head\n" + whole, test::contents("both"));
-  EXPECT_EQ(whole, test::contents("third"));
-  EXPECT_EQ(whole, test::contents("fourth"));
+  for (const char* path : {"kept.jsonl", "folder/later.jsonl", "third", "fourth"}) {
+    EXPECT_EQ(whole, test::contents(path)) << path;
+  }
 }
 
 TEST_F(Tool, WritersAtOnceLoseNothing) {
   start({"--sim-delay", "1"});
-  for (const std::string name : {"a", "b"}) {
-    std::ofstream file(name + ".csv");
-    file << "name\n";
-    for (int i = 0; i != 20; ++i) file << name << i << "\n";
-  }
+  write_names("a.csv", "a", 20);
+  write_names("b.csv", "b", 20);
   const Ended both = shell(
       "$pb import a.csv & a=$!; $pb import b.csv & b=$!; $pb add --name c; wait $a && wait $b");
   EXPECT_EQ(0, both.status) << both.err;
@@ -230,11 +220,14 @@ TEST_F(Tool, ATurnThatNeverEndsIsWaitedForOnce) {
   }
 }
 
-// What stands there when the answer comes is what the question was about, or is not deleted.
+// What stands there when the answer comes is what the question was about, or is not deleted; and
+// it is deleted only where the answer is yes.
 TEST_F(Tool, WhatIsConfirmedIsWhatIsDeleted) {
   start();
-  std::ofstream("a.jsonl") << R"({"index":1,"name":"A"})";
-  for (const std::string command : {"delete 1", "clear", "import --replace a.jsonl"}) {
+  write("a.jsonl", R"({"index":1,"name":"A"})");
+  const std::pair<std::string, const char*> cases[] = {
+      {"delete 1", "y\n"}, {"clear", "y\n"}, {"import --replace a.jsonl", "y\n"}, {"clear", "n\n"}};
+  for (const auto& [command, answer] : cases) {
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_EQ(0, ::grantpt(terminal) | ::unlockpt(terminal));
     const std::string path = ::ptsname(terminal);
@@ -243,8 +236,9 @@ TEST_F(Tool, WhatIsConfirmedIsWhatIsDeleted) {
     std::string said;
     for (char c = 0; said.find("[y/N]") == said.npos && ::read(terminal, &c, 1) == 1;) said += c;
     EXPECT_EQ(0, run({"set", "1", "--number", std::to_string(command.size())}).status);
-    EXPECT_EQ(2, ::write(terminal, "y\n", 2));
-    EXPECT_EQ(int(qalt::Cause::kCollision), asking.end(0).status) << said;
+    EXPECT_EQ(2, ::write(terminal, answer, 2));
+    const auto cause = *answer == 'y' ? qalt::Cause::kCollision : qalt::Cause::kUsage;
+    EXPECT_EQ(int(cause), asking.end(0).status) << said;
     ::close(terminal);
     EXPECT_EQ(15u, json_of({"list"}).size()) << command;
   }
@@ -253,7 +247,7 @@ TEST_F(Tool, WhatIsConfirmedIsWhatIsDeleted) {
 // A replacement leaves what it cannot read, and says so.
 TEST_F(Tool, AReplacementNamesWhatItLeaves) {
   start({"--sim-fault", "*:AT+CPBR=1,:answer=\\r\\n+CME ERROR: 3\\r\\n"});
-  std::ofstream("a.jsonl") << R"({"index":2,"name":"A"})";
+  write("a.jsonl", R"({"index":2,"name":"A"})");
   expect(1, "index 1 could not be read", run({"import", "a.jsonl", "--replace", "--yes"}));
 }
 
@@ -265,18 +259,13 @@ TEST_F(Tool, NohupKeepsAHangUpIgnored) {
   EXPECT_EQ(0, ended.status) << ended.err;
 }
 
-void write_guests() {
-  std::ofstream file("guests.jsonl");
-  for (int i = 0; i != 200; ++i) file << "{\"name\":\"Guest " << i << "\"}\n";
-}
-
 // One error, not one for each contact that was never sent; and the tally is the truth.
 TEST_F(Tool, AnImportEndsWhereTheModemOrTheServerDoes) {
-  write_guests();
+  write_names("guests.csv", "Guest ", 200);
   for (const bool of_modem : {true, false}) {
     test::Program modem(SIMMODEM_PROGRAM, {"--pty", "modem", "--sim-delay", "2"});
     start({}, "tty:modem");
-    test::Program import(PB_PROGRAM, {"--json", "import", "guests.jsonl"}, false);
+    test::Program import(PB_PROGRAM, {"--json", "import", "guests.csv"}, false);
     while (sent("AT+CPBW") < 5) ::sched_yield();
     (of_modem ? modem : *server).signal(SIGKILL);
     const Ended ended = import.end(0);
@@ -290,9 +279,9 @@ TEST_F(Tool, AnImportEndsWhereTheModemOrTheServerDoes) {
 }
 
 TEST_F(Tool, AnInterruptEndsBetweenTwoCommands) {
-  write_guests();
+  write_names("guests.csv", "Guest ", 200);
   start({"--sim-delay", "2"});
-  test::Program import(PB_PROGRAM, {"--json", "import", "guests.jsonl"}, false);
+  test::Program import(PB_PROGRAM, {"--json", "import", "guests.csv"}, false);
   while (sent("AT+CPBW") < 5) ::sched_yield();
   // A terminal that closes and timeout(1) send more than one signal.
   for (const int number : {SIGTERM, SIGHUP, SIGTERM, SIGINT}) import.signal(number);

@@ -1,8 +1,6 @@
 // qalt-pb end to end: every command on every kind of phonebook, and files there and back.
 #include "tests/cli/tool.h"
 
-#include <fstream>
-
 namespace {
 
 using nlohmann::json;
@@ -112,7 +110,7 @@ TEST_F(Tool, AFullPhonebookOfLongNames) {
     contacts.push_back({{"name", name + std::to_string(1000 + i)},
                         {"number", "+4930" + std::to_string(10000000000000 + i)}});
   }
-  std::ofstream("contacts.json") << json{{"SM", contacts}};
+  write("contacts.json", json{{"SM", contacts}}.dump());
   start({"--sim-contacts", "contacts.json", "--sim-name-length", "40"});
   const json list = json_of({"list"});
   EXPECT_LE(sent("AT"), 60);
@@ -170,7 +168,7 @@ TEST_F(Tool, AtReportsAndTexts) {
   EXPECT_EQ(0, received.status) << received.err;
   EXPECT_EQ(json::parse(R"({"result":"REPORT","payload":"5","name":"+CREG"})"),
             json::parse(received.out));
-  std::ofstream("precious") << "text";
+  write("precious", "text");
   EXPECT_EQ(2, run({"reports", "--module", "precious"}).status);
   EXPECT_EQ("text", contents("precious"));
 

@@ -20,6 +20,9 @@ inline const std::string kSilence;
 inline std::string cme(int code) {
   return "\r\n+CME ERROR: " + std::to_string(code) + "\r\n";
 }
+inline qalt::Contact contact(int index, const std::string& name, const std::string& number = "") {
+  return {index, name, number, "", "", "", "", 0};
+}
 
 // What a write brings, as an answer has it: behind the text, <hidden> is the first of eight there
 // and the last of them here (3GPP TS 27.007, 8.12 and 8.14).
@@ -34,7 +37,7 @@ inline std::string as_answered(const std::string& written) {
   return line.substr(1);
 }
 
-// Answers +CPBR and +CPBW from `lines`: by index, what stands behind "index," in an answer.
+// Answers +CPBR and +CPBW from `stored`: by index, what stands behind "index," in an answer.
 class Book : public testing::Test, public ScriptedModem {
  protected:
   Book() {
@@ -43,30 +46,32 @@ class Book : public testing::Test, public ScriptedModem {
     on("AT+CSCS?", information({"+CSCS: \"UCS2\""}));
     on("AT+JCPBR=?", kNotSupport);
     on("AT+CPBS?", [this](const std::string&) {
-      return information({"+CPBS: \"SM\"," + std::to_string(lines.size() + hidden) + ",250"});
+      return information({"+CPBS: \"SM\"," + std::to_string(stored.size() + hidden) + ",250"});
     });
-    on("AT+CPBR=", [this](const std::string& line) {
-      int first = 0, last = 0;
-      return std::sscanf(line.c_str(), "AT+CPBR=%d,%d", &first, &last) == 2 ? range(first, last)
-                                                                            : kOk;
-    });
-    on("AT+CPBR=?", information({"+CPBR: (1-250),40,18"}));
+    on_reads([this](int first, int last) { return range(first, last); });
     on("AT+CPBW=", [this](const std::string& line) {
       const size_t comma = line.find(',');
       const int index = std::stoi(line.substr(8));
       if (comma == line.npos) {
-        lines.erase(index);
+        stored.erase(index);
       } else {
-        lines[index] = as_answered(line.substr(comma + 1));
+        stored[index] = as_answered(line.substr(comma + 1));
       }
       return kOk;
     });
     options.pause = [this] { ++pauses; };
   }
 
+  void on_reads(const std::function<std::string(int first, int last)>& answer) {
+    on("AT+CPBR=", [answer](const std::string& line) {
+      int first = 0, last = 0;
+      const int found = std::sscanf(line.c_str(), "AT+CPBR=%d,%d", &first, &last);
+      return found == 2 ? answer(first, last) : information({"+CPBR: (1-250),40,18"});
+    });
+  }
   std::string range(int first, int last) const {
     std::vector<std::string> found;
-    for (auto at = lines.lower_bound(first); at != lines.end() && at->first <= last; ++at) {
+    for (auto at = stored.lower_bound(first); at != stored.end() && at->first <= last; ++at) {
       found.push_back("+CPBR: " + std::to_string(at->first) + "," + at->second);
     }
     return found.empty() ? kOk : information(found);
@@ -77,12 +82,19 @@ class Book : public testing::Test, public ScriptedModem {
     forget();
   }
   int count(const std::string& start) const {
-    int found = 0;
-    for (const SentCommand& command : sent()) found += command.line.rfind(start, 0) == 0;
-    return found;
+    const std::vector<std::string> all = lines();
+    return int(std::count_if(all.begin(), all.end(),
+                             [&](const std::string& line) { return line.rfind(start, 0) == 0; }));
+  }
+  template <typename Value>
+  static void expect(qalt::Cause cause, const std::string& said,
+                     const qalt::Result<Value>& result) {
+    ASSERT_FALSE(result) << said;
+    EXPECT_EQ(cause, result.error().cause) << result.error().what;
+    EXPECT_NE(said.npos, result.error().what.find(said)) << result.error().what;
   }
 
-  std::map<int, std::string> lines;
+  std::map<int, std::string> stored;
   int hidden = 0;  // contacts that +CPBS? counts and no read gives
   int pauses = 0;
   qalt::Options options;

@@ -49,9 +49,7 @@ TEST(Text, RefusesWhatIsNoText) {
   }
   // U+8102 U+089F as a text of its own, where the tag would promise another number of characters.
   EXPECT_EQ(decode(Charset::kUcs2With81, "8105089F"), (Text{0x8105, 0x089F}));
-}
 
-TEST(Text, Utf8) {
   EXPECT_EQ(from_utf8("\U0001F600"), (Text{0xD83D, 0xDE00}));
   EXPECT_EQ(to_utf8({0xD83D, 0xDE00, u'x', 0xDE00}), "\U0001F600x\uFFFD");
   for (const char* bad : {"\x80", "\xC3", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"}) {

@@ -20,11 +20,6 @@ std::vector<unsigned> g_sleeps;
   free(text);
 }
 
-// "module, 123 message" -> message
-std::string message_of(const LogLine& line) {
-  return line.text.substr(line.text.find(' ', line.text.find(", ") + 2) + 1);
-}
-
 }  // namespace
 
 std::vector<LogLine> logs() {
@@ -34,10 +29,10 @@ std::vector<LogLine> logs() {
 
 std::vector<std::string> logged(const std::string& module, int priority) {
   std::vector<std::string> lines;
-  for (const LogLine& line : logs()) {
-    if (line.priority == priority && line.text.rfind(module + ", ", 0) == 0) {
-      lines.push_back(message_of(line));
-    }
+  const std::string start = module + ", ";
+  for (const auto& [given, text] : logs()) {
+    if (given != priority || text.rfind(start, 0) != 0) continue;
+    lines.push_back(text.substr(text.find(' ', start.size()) + 1));
   }
   return lines;
 }
