@@ -26,17 +26,13 @@ std::string digits(size_t count, const std::string& each) {
 // The decoded text; the values behind it must have stayed as they were.
 Text identifier(const Bytes& id, uint16_t max) {
   Text out(200, u'\xEEEE');
-  EXPECT_EQ(CODE_utAlphaIdToUcs2(reinterpret_cast<uint16_t*>(out.data()), max, id.data(),
-                                 static_cast<uint16_t>(id.size())),
-            1);
+  auto* const characters = reinterpret_cast<uint16_t*>(out.data());
+  EXPECT_EQ(CODE_utAlphaIdToUcs2(characters, max, id.data(), static_cast<uint16_t>(id.size())), 1);
   return out.substr(0, out.find(u'\xEEEE'));
 }
 
 TEST(Identifier, Codings) {
-  const struct {
-    Bytes id;
-    Text text;
-  } cases[] = {
+  const std::vector<std::pair<Bytes, Text>> cases = {
       // clang-format off
       {{}, u""}, {{0x80}, u""}, {{0x81, 0x05}, u""}, {{0x82, 0x02, 0x04}, u""},
       {{0x80, 0x00, 0x41, 0xFF, 0xFF}, u"A"}, {{0x80, 0x00, 0x41, 0x00}, u"A"},
@@ -51,7 +47,7 @@ TEST(Identifier, Codings) {
       {{0x90, 0x41}, Text(1, 0)}, {Bytes(190, 0x41), Text(160, 'A')},
       // clang-format on
   };
-  for (const auto& c : cases) EXPECT_EQ(identifier(c.id, 190), c.text) << c.id.size();
+  for (const auto& [id, text] : cases) EXPECT_EQ(identifier(id, 190), text) << id.size();
   EXPECT_EQ(identifier({0x90, 0x41}, 0), u"");
   EXPECT_EQ(identifier({1, 2, 3, 4, 5}, 2).size(), 2u);
 }

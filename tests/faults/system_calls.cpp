@@ -20,9 +20,8 @@ int g_peer = -1;
 bool fails(Call call) {
   const int use = g_uses[static_cast<size_t>(call)]++;
   if (g_plan.call != call) return false;
-  const bool then = g_plan.then_error != 0 && use == g_plan.then_skip;
-  if (!then && (use < g_plan.skip || use - g_plan.skip >= g_plan.times)) return false;
-  errno = then ? g_plan.then_error : g_plan.error;
+  if (use < g_plan.skip || use - g_plan.skip >= g_plan.times) return false;
+  errno = g_plan.error;
   return true;
 }
 

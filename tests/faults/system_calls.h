@@ -15,16 +15,13 @@ constexpr int kForever = 1 << 30;
 constexpr int kLastError = 133;  // errno counts from 1 to here
 
 // From use number `skip` on, counted from 0, the next `times` uses of the call fail with `error`.
-// Use number `then_skip` fails with `then_error`, where that is set. Sends and receives move at
-// most `piece` bytes at once.
+// Sends and receives move at most `piece` bytes at once.
 struct Plan {
   Call call = Call::kSocket;
   int error = 0;
   int times = 0;
   int skip = 0;
   size_t piece = 1 << 20;
-  int then_error = 0;
-  int then_skip = 0;
 };
 
 // Replaces the plan, sets the counts of uses to zero, and ends the last connection's peer.
