@@ -62,6 +62,7 @@ class Faults : public testing::Test {
     test::set_plan();
     EXPECT_EQ(test::open_descriptors() - before, 1);
     syscall(SYS_close, test::g_listening);
+    EXPECT_EQ(unlink(path_.c_str()), 0);
   }
 
   test::PrivateDirectory directory_;

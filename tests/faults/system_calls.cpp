@@ -71,9 +71,9 @@ int connect(int descriptor, const sockaddr* asked, socklen_t length) {
   EXPECT_STREQ(reinterpret_cast<const sockaddr_un*>(asked)->sun_path, QALT_AT_SERVER_PATH);
   if (test::fails(Call::kConnect)) return -1;
   const int connection = test::connection_with(test::g_answer);
-  dup2(connection, descriptor);
+  const int joined = dup2(connection, descriptor);
   syscall(SYS_close, connection);
-  return 0;
+  return joined == -1 ? -1 : 0;
 }
 // Of a receive that waits for all, a piece: as when a signal comes in between.
 // A closed peer is a failure, not a SIGPIPE.
