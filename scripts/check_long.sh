@@ -23,4 +23,3 @@ repeated() {  # program
 }
 repeated faults/faults_test
 repeated parser/parser_threads_test
-repeated codec/codec_first_use_test

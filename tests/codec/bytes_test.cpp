@@ -1,4 +1,4 @@
-// Bytes, hex, septets, semi-octets, UCS2 bytes and the time stamp: what each writes, and where it
+// Bytes, hex, semi-octets, UCS2 bytes and the time stamp: what each writes, and where it
 // stops. That they undo one another is shown by fuzz.bytes.
 #include <gtest/gtest.h>
 
@@ -14,22 +14,6 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 using namespace std::string_literals;
-
-// Every length over three groups, against the position of each bit in the packed stream.
-TEST(Septets, EveryLengthBitByBit) {
-  for (int32_t count = 0; count <= 25; ++count) {
-    std::vector<uint32_t> septets(25, 0);
-    for (int32_t i = 0; i < count; ++i) septets[i] = (i * 37 + 11) % 128 | 0xABCD00;
-    Bytes packed(24, 0xEE);
-    const int32_t bytes = CODE_Encode7bit(septets.data(), packed.data(), count);
-    ASSERT_EQ(bytes, (7 * count + 7) / 8);
-    EXPECT_EQ(packed[bytes], 0xEE);
-    for (int32_t bit = 0; bit < 8 * bytes; ++bit) {
-      const uint32_t wanted = bit < 7 * count ? septets[bit / 7] >> bit % 7 & 1 : 0;
-      ASSERT_EQ(packed[bit / 8] >> bit % 8 & 1u, wanted) << count << " septets, bit " << bit;
-    }
-  }
-}
 
 TEST(SemiOctets, FillersAndOddCounts) {
   char out[8] = "#######";

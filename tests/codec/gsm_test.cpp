@@ -1,5 +1,6 @@
-// GSM text and UCS2: every code of every alphabet and extension, alone and beside every other one,
-// in both directions, against the alphabets as texts; the check for pure GSM texts.
+// GSM text and UCS2: every code of every alphabet and extension in both directions, against the
+// alphabets as texts; the check for pure GSM texts. That texts are their characters' codes in a row
+// is shown by fuzz.gsm.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -78,14 +79,7 @@ TEST(Gsm, DecodesEveryCode) {
       EXPECT_EQ(decode({byte}, language.id), std::u32string(1, plain)) << code;
       EXPECT_EQ(decode({0x1B, byte}, language.id), std::u32string(1, code < 128 ? pair : U' '))
           << "language " << language.id << " code " << code;
-      for (unsigned next = 0; code != 0x1B && next < 256; ++next) {
-        const auto other = static_cast<uint8_t>(next);
-        ASSERT_EQ(decode({byte, other}, language.id), plain + decode({other}, language.id));
-      }
     }
-    wchar_t none = L'#';
-    EXPECT_EQ(CODE_Gsm7ToUcs2(&none, Bytes{1}.data(), 0, language.id), UINT32_MAX);
-    EXPECT_EQ(none, L'#');
   }
 }
 
@@ -108,17 +102,8 @@ TEST(Gsm, EncodesEveryCodePoint) {
       ASSERT_TRUE(written || CODE_FindFromCodecTable(text, 1, language.id) == 0);
     }
     EXPECT_EQ(encode({static_cast<wchar_t>(0xFFFFFFE9)}, language.id), Bytes{0x20});
-    std::wstring all;
-    Bytes all_codes;
-    for (const auto& [character, codes] : expected) {
-      all += static_cast<wchar_t>(character);
-      all_codes.insert(all_codes.end(), codes.begin(), codes.end());
-    }
-    EXPECT_EQ(encode(all, language.id), all_codes);
   }
-  const Bytes text = {0x61, 0x1B, 0x28, 0x1B, 0x65, 0x05, 0x20, 0x41, 0x1B};
-  EXPECT_EQ(encode(L"a{€é中A\u00A0", 0), text);
-  EXPECT_EQ(decode(text, 0), U"a{€é A\x1B") << "an escape at the end stands for itself";
+  EXPECT_EQ(decode({0x41, 0x1B}, 0), U"A\x1B") << "an escape at the end stands for itself";
 }
 
 TEST(Gsm, DecodesEveryCodeOfAnIdentifier) {

@@ -12,12 +12,6 @@ using Processor = uint32_t (*)(AtRes*, PbItemList*);
 AtRes g_record, g_before;
 PbItemList g_list, g_again;
 
-void process_on(int platform, Processor process, PbItemList& list) {
-  QL_setCurrentPlatform(platform);
-  std::memset(&list, 0, sizeof list);
-  FUZZ_CHECK(process(&g_record, &list) == 0);
-}
-
 void check_processors() {
   static const PbItem kEmpty{};
   g_before = g_record;
@@ -28,8 +22,11 @@ void check_processors() {
       {PB_PLATFORM_8, SCPBR_SetATResProcess},
   };
   for (const auto& [platform, process] : kReadings) {
-    process_on(platform, process, g_list);
-    process_on(platform, process, g_again);
+    QL_setCurrentPlatform(platform);
+    for (PbItemList* list : {&g_list, &g_again}) {
+      std::memset(list, 0, sizeof *list);
+      FUZZ_CHECK(process(&g_record, list) == 0);
+    }
     FUZZ_CHECK(fuzz::same_bytes(g_list, g_again) && fuzz::same_bytes(g_record, g_before));
     FUZZ_CHECK(g_list.count >= 0 && g_list.count <= PB_READ_MAX);
     for (int32_t i = 0; i < PB_LIST_SIZE; ++i) {

@@ -32,24 +32,28 @@ void check_septets(const uint8_t* bytes, int32_t count) {
   fuzz::Guarded<uint32_t> septets(static_cast<size_t>(count));
   fuzz::Guarded<uint8_t> packed(static_cast<size_t>(packed_count));
   fuzz::Guarded<uint8_t> unpacked(static_cast<size_t>(unpacked_count) + 1);
-  std::transform(bytes, bytes + count, septets.begin(), [](uint8_t byte) { return byte & 0x7F; });
+  // What stands above a septet is of no account.
+  std::transform(bytes, bytes + count, septets.begin(),
+                 [](uint8_t byte) { return (byte & 0x7F) | 0xABCD00u; });
   FUZZ_CHECK(CODE_Encode7bit(septets.data(), packed.data(), count) == packed_count);
   FUZZ_CHECK(CODE_Decode7bit(packed.data(), unpacked.data(), packed_count) == unpacked_count);
-  FUZZ_CHECK(std::equal(septets.begin(), septets.end(), unpacked.begin()));
+  FUZZ_CHECK(std::equal(septets.begin(), septets.end(), unpacked.begin(),
+                        [](uint32_t septet, uint8_t byte) { return (septet & 0x7F) == byte; }));
 }
 
 void check_semi_octets(const char* digits, int32_t count) {
   const size_t room = static_cast<size_t>(count) + 2;
-  fuzz::Guarded<char> swapped(room), back(room), in_place(room);
+  fuzz::Guarded<char> swapped(room), back(room);
   const int32_t written = CODE_InvertNumbers(digits, swapped.data(), count);
   FUZZ_CHECK(written == count + count % 2);
   const int32_t kept = CODE_SerializeNumbers(swapped.data(), back.data(), written);
   const bool ends_with_filler = count % 2 == 0 && count != 0 && digits[count - 1] == 'F';
   FUZZ_CHECK(kept == count - ends_with_filler);
   FUZZ_CHECK(std::equal(back.data(), back.data() + kept, digits) && back.data()[kept] == '\0');
-  std::copy_n(digits, count, in_place.data());
-  CODE_InvertNumbers(in_place.data(), in_place.data(), count);
-  FUZZ_CHECK(std::equal(in_place.data(), in_place.data() + written + 1, swapped.data()));
+  // In place, too.
+  CODE_InvertNumbers(back.data(), back.data(), kept);
+  FUZZ_CHECK(ends_with_filler ||
+             std::equal(back.data(), back.data() + written + 1, swapped.data()));
 }
 
 void check_stamp(const std::string& digits) {

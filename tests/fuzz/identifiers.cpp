@@ -23,10 +23,9 @@ void check_identifier(const uint8_t* bytes, uint16_t length, uint16_t room) {
                                CODE_utAlphaId81ToUcs2, CODE_utAlphaId82ToUcs2}) {
     check_decoder(decode, id.data(), length, room);
   }
-  fuzz::Guarded<uint16_t> out(room), again(room);
+  fuzz::Guarded<uint16_t> out(room);
   FUZZ_CHECK(CODE_utAlphaIdToUcs2(out.data(), room, id.data(), length) == 1);
-  CODE_utAlphaIdToUcs2(again.data(), room, id.data(), length);
-  FUZZ_CHECK(std::equal(out.begin(), out.end(), again.begin()) && out.untouched(160));
+  FUZZ_CHECK(out.untouched(160));
 }
 
 // The same bytes as hex text: the identifier's characters up to its first U+0000.

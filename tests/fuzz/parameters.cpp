@@ -55,8 +55,8 @@ void check_rewrites(const string& line) {
   FUZZ_CHECK(special == literal::rewritten(line, true));
   for (const string& field : std::set<string>{line, plain, special}) {
     FUZZ_CHECK(changed(field, ATCodec_Restore_String_Para) == literal::restored(field, false));
-    FUZZ_CHECK(changed(field, ATCodec_Restore_String_Para_Special) ==
-               literal::restored(field, true));
+    const string restored = changed(field, ATCodec_Restore_String_Para_Special);
+    FUZZ_CHECK(restored == literal::restored(field, true));
     FUZZ_CHECK(changed(field, ATCodec_ProcRes_ParaLineEx) == literal::flattened(field));
   }
 }

@@ -14,27 +14,6 @@ std::string parse(const std::string& before, AtRes& record, int& result) {
   return text.str();
 }
 
-void check_against_literal(const std::string& before, const AtRes& record, int result,
-                           const std::string& after) {
-  const literal::Parsed expected = literal::parse(before);
-  FUZZ_CHECK(result == expected.result);
-  FUZZ_CHECK(after == expected.rest);
-  FUZZ_CHECK(record.CmdId == expected.command && record.ResType == expected.type);
-  FUZZ_CHECK(record.ParaLen == expected.para_length);
-  FUZZ_CHECK(fuzz::terminated(record.Paras) && record.Paras == expected.payload);
-}
-
-// What was cut out is one piece, as long as the counter says, and only debris went before it.
-void check_cut(const std::string& before, const std::string& after) {
-  const std::string text = before.substr(literal::find_unquoted(before, "\r\n"));
-  FUZZ_CHECK(g_iProcDataLen > 0);
-  FUZZ_CHECK(after.size() + static_cast<size_t>(g_iProcDataLen) == text.size());
-  const auto head = std::mismatch(after.begin(), after.end(), text.begin()).first - after.begin();
-  const auto tail =
-      std::mismatch(after.rbegin(), after.rend(), text.rbegin()).first - after.rbegin();
-  FUZZ_CHECK(static_cast<size_t>(head + tail) >= after.size());
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
@@ -45,10 +24,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
     FUZZ_CHECK(calls <= size);
     int result = -1;
     const std::string after = parse(text, record, result);
-    check_against_literal(text, record, result, after);
-    FUZZ_CHECK(after.size() <= text.size());
+    const literal::Parsed expected = literal::parse(text);
+    FUZZ_CHECK(result == expected.result && after == expected.rest && after.size() <= text.size());
+    FUZZ_CHECK(record.CmdId == expected.command && record.ResType == expected.type);
+    FUZZ_CHECK(record.ParaLen == expected.para_length);
+    FUZZ_CHECK(fuzz::terminated(record.Paras) && record.Paras == expected.payload);
     if (result == AT_PARSE_NOT_FOUND) return 0;
-    check_cut(text, after);
+    // What the counter says was cut out, behind the debris that went first.
+    const size_t debris = literal::find_unquoted(text, "\r\n");
+    FUZZ_CHECK(g_iProcDataLen > 0);
+    FUZZ_CHECK(debris + static_cast<size_t>(g_iProcDataLen) + after.size() == text.size());
     if (calls == 0)
       FUZZ_CHECK(parse(text, again, result) == after && fuzz::same_bytes(again, record));
     text = after;

@@ -1,18 +1,27 @@
-// Many threads parse at once; each gets its own answer whole.
+// Many threads at once: each parse gets its own answer whole, and the codec's first use fills its
+// records for all.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "qalt_at/parser.h"
+#include "qalt_at/text.h"
 #include "tests/support/recorder.h"  // keeps the traces off the system's log
 
 namespace {
 
-TEST(ParserThreads, EachGetsItsOwnAnswer) {
-  const auto parse_often = [](int number) {
+void on_four_threads(const std::function<void(int)>& body) {
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 4; ++number) threads.emplace_back(body, number);
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Threads, EachGetsItsOwnAnswer) {
+  on_four_threads([](int number) {
     const auto record = std::make_unique<AtRes>();
     std::string answer, payload;
     for (int line = 0; line < 10 + number; ++line) {
@@ -26,10 +35,15 @@ TEST(ParserThreads, EachGetsItsOwnAnswer) {
       EXPECT_EQ(record->Paras + std::string(text.c_str()), payload);
       EXPECT_EQ(Bk_Parse_At_Res(nullptr, record.get()), AT_PARSE_NULL);
     }
-  };
-  std::vector<std::thread> threads;
-  for (int number = 1; number <= 4; ++number) threads.emplace_back(parse_often, number);
-  for (std::thread& thread : threads) thread.join();
+  });
+}
+
+TEST(Threads, TheFirstUseFillsTheCodecsRecords) {
+  on_four_threads([](int language) {
+    const CodecTable* table = CODE_GetCodecTable(language);
+    EXPECT_EQ(table->pUcs2ToGsm7AlphabetAsc[0x41], 0x41);
+    EXPECT_EQ(table->nAlphabetAscSize, 256u);
+  });
 }
 
 }  // namespace
