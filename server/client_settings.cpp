@@ -9,8 +9,10 @@
 namespace qalt::server {
 namespace {
 
-constexpr std::array<std::string_view, ClientSettings::kSettings> kNames = {"+CSCS", "+CPBS"};
+constexpr std::array<std::string_view, ClientSettings::kSettings> kNames = {"+CSCS", "+CPBS",
+                                                                            "+CMEE"};
 constexpr size_t kCharset = 0;
+constexpr size_t kErrors = 2;
 
 // Commands that read or write in the selected storage, with texts in the selected character set.
 constexpr std::array<std::string_view, 9> kPhonebookCommands = {
@@ -33,6 +35,7 @@ bool selects(const at::Command& command, size_t setting) {
 }
 
 bool acts_on(const at::Command& command, size_t setting) {
+  if (setting == kErrors) return true;
   if (contains(kPhonebookCommands, command.name)) return true;
   if (command.name == kNames[setting]) return command.form == at::Form::kQuery;
   return setting == kCharset && contains(kTextCommands, command.name);
@@ -72,6 +75,8 @@ std::optional<std::string> ClientSettings::before(const Peer& peer, std::string_
       if (selects(command, i)) {
         if (initial_[i] || current_[i] || asked_[i]) break;
         asked_[i] = true;
+        preparing_ = i;
+        prepared_value_.reset();
         return "AT" + name + "?";
       }
       if (!acts_on(command, i)) continue;
@@ -79,24 +84,30 @@ std::optional<std::string> ClientSettings::before(const Peer& peer, std::string_
       const bool chosen = found != peers_.end() && found->second.values[i];
       const auto& wanted = chosen ? found->second.values[i] : initial_[i];
       if (!wanted || current_[i] == wanted) break;
-      return "AT" + name + "=\"" + *wanted + "\"";
+      preparing_ = i;
+      prepared_value_ = wanted;
+      const std::string quote = i == kErrors ? "" : "\"";
+      return "AT" + name + "=" + quote + *wanted + quote;
     }
   }
   return std::nullopt;
 }
 
-void ClientSettings::prepared(std::string_view line, std::string_view answer, bool ok) {
-  Values unused;
-  apply(line, ok, unused);
-  if (!ok) return;
-  for (size_t i = 0; i < kSettings; ++i) {
-    if (line != "AT" + std::string(kNames[i]) + "?") continue;
-    const size_t name = answer.find(std::string(kNames[i]) + ":");
-    if (name == answer.npos) continue;
-    std::string_view value = answer.substr(name + kNames[i].size() + 1);
-    value = value.substr(0, value.find('\r'));
-    initial_[i] = current_[i] = selected_value(value);
+// What was selected counts as selected, however the modem names it: so nothing is sent twice for
+// one line.
+bool ClientSettings::prepared(std::string_view answer, bool ok) {
+  std::optional<std::string>& current = current_[preparing_];
+  if (prepared_value_) {
+    // A text would be taken in the wrong set; an error of another class is an error all the same.
+    if (ok || preparing_ == kErrors) current = prepared_value_;
+    return ok || preparing_ == kErrors;
   }
+  const std::string name = std::string(kNames[preparing_]) + ":";
+  const size_t found = ok ? answer.find(name) : answer.npos;
+  if (found == answer.npos) return true;
+  const std::string_view value = answer.substr(found + name.size());
+  initial_[preparing_] = current = selected_value(value.substr(0, value.find('\r')));
+  return true;
 }
 
 void ClientSettings::carried_out(const Peer& peer, std::string_view line, bool ok) {

@@ -1,4 +1,5 @@
-// client_settings.h - the modem's character set and storage, as each client process left them.
+// client_settings.h - the modem's character set, storage and error classes, as each client process
+// left them.
 //
 // A modem has one of each, and every client changes them around each of its jobs. The server
 // remembers what each process selected last and puts it back before a command that acts on it when
@@ -29,8 +30,8 @@ class ClientSettings {
   // The command that the modem has to carry out before `line` of `peer`, none when it is ready.
   // Ask again after each.
   std::optional<std::string> before(const Peer& peer, std::string_view line);
-  // A command of before() was answered.
-  void prepared(std::string_view line, std::string_view answer, bool ok);
+  // The last command of before() was answered. False where the line must not be sent.
+  bool prepared(std::string_view answer, bool ok);
   // The line of a client was answered.
   void carried_out(const Peer& peer, std::string_view line, bool ok);
   // The line of a client got no answer: what it selects is wanted all the same, since a client that
@@ -46,7 +47,7 @@ class ClientSettings {
   // The port was opened anew; what everybody starts from is asked again.
   void reopened();
 
-  static constexpr size_t kSettings = 2;
+  static constexpr size_t kSettings = 3;
   static constexpr size_t kMostPeers = 256;
 
  private:
@@ -62,6 +63,8 @@ class ClientSettings {
   Values current_;
   Values initial_;
   std::array<bool, kSettings> asked_{};
+  size_t preparing_ = 0;                       // the setting that before() was about
+  std::optional<std::string> prepared_value_;  // what it selects, none where it asks
   std::map<Peer, PeerValues> peers_;
   uint64_t uses_ = 0;
 };

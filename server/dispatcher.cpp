@@ -178,10 +178,9 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
     settings_.initialised(sent_, ok);
     if (!ok) host_.note(LOG_WARNING, "the modem refused the start line " + sent_);
   } else if (state_ == State::kPreparing) {
-    settings_.prepared(sent_, event.text, ok);
     // Without its own settings the command would read or write wrong texts or another storage.
-    const bool needed = !sent_.ends_with('?');
-    if (!ok && needed && !waiting_.empty() && waiting_.front().id == prepared_for_) {
+    if (!settings_.prepared(event.text, ok) && !waiting_.empty() &&
+        waiting_.front().id == prepared_for_) {
       host_.note(LOG_ERR, "the modem refused " + sent_ + ", so not sent: " + waiting_.front().line);
       host_.answer(waiting_.front().id, event.text);
       waiting_.pop_front();

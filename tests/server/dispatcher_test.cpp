@@ -132,6 +132,11 @@ TEST(Dispatcher, EachProcessFindsItsOwnSettings) {
       {bob, "AT+CSCS=\"00470053004D\";+CSQ", ""},
       {anna, "AT+COPS?;+CSCS=\"IRA\"", "AT+CSCS=\"UCS2\"\r"},
       {bob, "AT+COPS?", "AT+CSCS=\"GSM\"\r"},
+      // The name of a name: put back once.
+      {bob, "AT+CSCS=\"0030003000340031\"", ""},
+      {anna, "AT+COPS?", "AT+CSCS=\"IRA\"\r"},
+      {bob, "AT+COPS?", "AT+CSCS=\"0041\"\r"},
+      {bob, "AT+CSCS=\"GSM\"", ""},
       // After a failed line nobody knows which of its commands were carried out.
       {anna, "AT+CSCS=\"GSM\";+NONE", ""},
       {anna, "AT+COPS?", "AT+CSCS=\"IRA\"\r"},
@@ -140,8 +145,11 @@ TEST(Dispatcher, EachProcessFindsItsOwnSettings) {
       // A later process with the same number is another one.
       {anna, "AT+CSCS=\"UCS2\"", ""},
       {{1, 11}, "AT+COPS?", "AT+CSCS=\"IRA\"\r"},
+      {anna, "AT+CMEE=2", "AT+CMEE?\r"},
+      {bob, "AT+CSQ", "AT+CMEE=1\r"},
+      {anna, "AT+CSQ", "AT+CMEE=2\r"},
   };
-  Line line;
+  Line line({"*:AT+CSCS=\"003:answer=\\r\\nOK\\r\\n", "*:AT+CSCS=\"0041:answer=\\r\\nOK\\r\\n"});
   for (const auto& row : rows) {
     line.sent.clear();
     line.ask(row.line, 1000, row.peer);
