@@ -21,15 +21,6 @@ bool is_name(char c) {
   return is_letter(c) || is_digit(c) || c == '_' || c == '-';
 }
 
-size_t command_end(std::string_view line, size_t position) {
-  bool quoted = false;
-  for (; position < line.size(); ++position) {
-    if (line[position] == '"') quoted = !quoted;
-    if (line[position] == ';' && !quoted) break;
-  }
-  return position;
-}
-
 // What follows a name: "", "?", "=?" or "=" and the arguments.
 bool read_form(std::string_view rest, Command& command) {
   if (rest.empty()) {
@@ -75,6 +66,15 @@ bool read_basic(std::string_view line, size_t& position, Command& command) {
 
 }  // namespace
 
+size_t command_end(std::string_view line, size_t position) {
+  bool quoted = false;
+  for (; position < line.size(); ++position) {
+    if (line[position] == '"') quoted = !quoted;
+    if (line[position] == ';' && !quoted) break;
+  }
+  return position;
+}
+
 bool starts_with_nocase(std::string_view text, std::string_view prefix) {
   if (text.size() < prefix.size()) return false;
   for (size_t i = 0; i < prefix.size(); ++i) {
@@ -83,8 +83,8 @@ bool starts_with_nocase(std::string_view text, std::string_view prefix) {
   return true;
 }
 
-std::optional<std::vector<Command>> split_line(std::string_view line) {
-  if (!starts_with_nocase(line, "AT")) return std::nullopt;
+LineCommands read_line(std::string_view line) {
+  if (!starts_with_nocase(line, "AT")) return {{}, false};
   std::vector<Command> commands;
   for (size_t position = 2; position < line.size();) {
     if (line[position] == ' ' || line[position] == ';') {
@@ -98,14 +98,20 @@ std::optional<std::vector<Command>> split_line(std::string_view line) {
       while (position < end && is_name(line[position])) command.name += upper(line[position++]);
       std::string_view rest = line.substr(position, end - position);
       while (!rest.empty() && rest.back() == ' ') rest.remove_suffix(1);
-      if (command.name.size() < 2 || !read_form(rest, command)) return std::nullopt;
+      if (command.name.size() < 2 || !read_form(rest, command)) return {commands, false};
       position = end;
     } else if (!read_basic(line, position, command)) {
-      return std::nullopt;
+      return {commands, false};
     }
     commands.push_back(std::move(command));
   }
-  return commands;
+  return {commands, true};
+}
+
+std::optional<std::vector<Command>> split_line(std::string_view line) {
+  LineCommands read = read_line(line);
+  if (!read.whole) return std::nullopt;
+  return std::move(read.commands);
 }
 
 std::optional<std::vector<Argument>> split_arguments(std::string_view arguments) {

@@ -23,10 +23,21 @@ struct Command {
   std::string arguments;  // of a basic command its number, of a set what follows "="
 };
 
-// The commands of a line that begins with "AT" in either case, in order; none for other lines and
-// for a line that breaks the syntax. "AT" alone gives an empty list. A ";" inside quotes does not
-// end a command; "D" takes the rest of the line.
+struct LineCommands {
+  std::vector<Command> commands;
+  bool whole = true;  // the line has no others
+};
+
+// The commands of a line that begins with "AT" in either case, in order, up to the first that
+// breaks the syntax. "AT" alone gives an empty list. A ";" inside quotes does not end a command;
+// "D" takes the rest of the line.
+LineCommands read_line(std::string_view line);
+
+// As read_line(), but none for a line that breaks the syntax anywhere.
 std::optional<std::vector<Command>> split_line(std::string_view line);
+
+// Where the command that `position` is in ends: at a ";" outside quotes, or with the line.
+size_t command_end(std::string_view line, size_t position);
 
 struct Argument {
   std::string value;  // without its quotes

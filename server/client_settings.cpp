@@ -12,6 +12,7 @@ namespace {
 constexpr std::array<std::string_view, ClientSettings::kSettings> kNames = {"+CSCS", "+CPBS",
                                                                             "+CMEE"};
 constexpr size_t kCharset = 0;
+constexpr size_t kStorage = 1;
 constexpr size_t kErrors = 2;
 
 // Commands that read or write in the selected storage, with texts in the selected character set.
@@ -123,6 +124,13 @@ void ClientSettings::unanswered(const Peer& peer, std::string_view line) {
       current_[i].reset();
     }
   }
+}
+
+bool ClientSettings::matter_to(std::string_view line) {
+  const std::vector<at::Command> commands = commands_of(line);
+  return std::any_of(commands.begin(), commands.end(), [](const at::Command& command) {
+    return acts_on(command, kCharset) || acts_on(command, kStorage);
+  });
 }
 
 bool ClientSettings::forgotten(const Peer& peer, std::string_view line) {

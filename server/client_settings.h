@@ -37,6 +37,8 @@ class ClientSettings {
   // The line of a client got no answer: what it selects is wanted all the same, since a client that
   // goes on regardless means its next texts in that set.
   void unanswered(const Peer& peer, std::string_view line);
+  // Whether what `line` reads or writes depends on the set or the storage.
+  static bool matter_to(std::string_view line);
   // Whether `line` of a peer that worked with a server before this one has texts in a set that only
   // that one knew. Says so once for a peer, and not after it has selected a set.
   bool forgotten(const Peer& peer, std::string_view line);

@@ -16,8 +16,22 @@ constexpr milliseconds kOwnTimeout{5000};  // of the server's own commands
 
 constexpr std::string_view kEscape = "\x1B";
 
+// The way out of a data call: a sequence between two pauses (TIA-602, 6.1).
+constexpr std::string_view kLeaveData = "+++";
+constexpr milliseconds kGuardTime{1100};
+
+// A start line may be what makes the modem begin anew, so they follow it so often within a time.
+constexpr unsigned kMostRestarts = 8;
+constexpr std::chrono::minutes kRestartPeriod{10};
+// Data calls between two answers to clients.
+constexpr unsigned kMostCalls = 2;
+
 // What a client gets while there is no modem (3GPP TS 27.007, 9.2: no connection to phone).
 constexpr std::string_view kAway = "\r\n+CME ERROR: 1\r\n";
+
+// For a line that no client may send (operation not allowed), and for a call that was ended.
+constexpr std::string_view kNotAllowed = "\r\n+CME ERROR: 3\r\n";
+constexpr std::string_view kCallEnded = "\r\nNO CARRIER\r\n";
 
 // What a client gets instead of an answer that a frame cannot carry (3GPP TS 27.007, 9.2: text
 // string too long, invalid characters in text string).
@@ -35,6 +49,8 @@ void Dispatcher::opened(TimePoint now, bool clean) {
   settings_.reopened();
   resync_.reopened();
   started_ = 0;
+  calls_ = 0;
+  undo_ = restarted_ = silent_ = false;
   if (clean) {
     state_ = State::kStarting;
     next(now);
@@ -61,6 +77,11 @@ void Dispatcher::drop(const Command& command, std::string_view text) {
 }
 
 void Dispatcher::submit(Command command, TimePoint now) {
+  if (rule_of(command.line) == LineRule::kRefused) {
+    host_.note(LOG_INFO,
+               "the line's modes and data calls are no client's, so not sent: " + command.line);
+    return host_.answer(command.id, kNotAllowed);
+  }
   if (state_ == State::kClosed) return drop(command, kAway);
   waiting_.push_back(std::move(command));
   if (state_ == State::kIdle) next(now);
@@ -72,7 +93,7 @@ void Dispatcher::cancel(uint64_t id) {
 }
 
 void Dispatcher::receive(std::string_view bytes, TimePoint now) {
-  if (state_ == State::kClosed) return;
+  if (state_ == State::kClosed || state_ == State::kLeaving) return;
   reader_.feed(bytes);
   while (auto event = reader_.next()) handle(std::move(*event), now);
 }
@@ -86,6 +107,8 @@ void Dispatcher::tick(TimePoint now) {
     case State::kStarting:
       host_.note(LOG_WARNING, "no answer in time to the server's own " + sent_);
       settings_.lost();
+      // Of a start line's own silence nothing is learned by another round.
+      if (state_ == State::kPreparing) started_ = 0;
       // Tried once for each command: what a modem does not answer it may never answer. A question,
       // asked once for all, is none that the command needs.
       if (state_ == State::kPreparing && !sent_.ends_with('?') && !waiting_.empty() &&
@@ -95,6 +118,14 @@ void Dispatcher::tick(TimePoint now) {
         waiting_.pop_front();
       }
       return resync(now);
+    case State::kLeaving:
+      if (std::exchange(escaped_, true)) {
+        host_.write_modem("ATH\r");
+        return resync(now);
+      }
+      host_.write_modem(kLeaveData);
+      deadline_ = now + kGuardTime;
+      return;
     case State::kResync:
       return go_on(resync_.timed_out(now), now);
     case State::kClosed:
@@ -110,6 +141,9 @@ std::optional<TimePoint> Dispatcher::deadline() const {
 
 // Goes on with what is due: the rest of the start lines, then the clients' commands.
 void Dispatcher::next(TimePoint now) {
+  if (std::exchange(undo_, false)) {
+    return send(State::kStarting, std::string(Resync::kWake), kOwnTimeout, now);
+  }
   if (started_ < start_lines_.size()) {
     return send(State::kStarting, start_lines_[started_++], kOwnTimeout, now);
   }
@@ -130,6 +164,7 @@ void Dispatcher::next(TimePoint now) {
   current_ = std::move(waiting_.front());
   waiting_.pop_front();
   sender_ = current_->peer;
+  rule_ = rule_of(current_->line);
   send(State::kWaiting, current_->line, current_->timeout, now);
 }
 
@@ -142,10 +177,12 @@ void Dispatcher::send(State state, const std::string& line, milliseconds timeout
 }
 
 void Dispatcher::handle(StreamEvent event, TimePoint now) {
+  if (event.restart) restarted(now);
   switch (event.kind) {
     case StreamEvent::Kind::kReport:
       return push_report(event);
     case StreamEvent::Kind::kLine:
+      if (event.connected) return leave_data_call(now);
       // Between commands only reports come; a result or a line of an answer is a late one.
       if (event.too_long || event.unfit || is_result(event.text)) {
         return host_.note(LOG_INFO, "line of no command passed over: " + event.text);
@@ -162,6 +199,7 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
   const bool prompt = event.kind == StreamEvent::Kind::kPrompt;
   // Nobody will send the text that the modem waits for.
   if (prompt) host_.write_modem(kEscape);
+  if (event.connected && state_ != State::kWaiting) return leave_data_call(now);
   if (state_ == State::kResync) {
     // A line that is not sent anew is still the one whose answer is looked for.
     reader_.expect_resync(resync_.line());
@@ -174,6 +212,11 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
   }
   reader_.expect_nothing();
   const bool ok = !prompt && (is_ok(event.text) || event.too_long || event.unfit);
+  if (state_ != State::kStarting && silent_ == event.echoed) {
+    silent_ = !event.echoed;
+    if (event.echoed) restarted(now);
+    if (state_ == State::kResync) return;
+  }
   if (state_ == State::kStarting) {
     settings_.initialised(sent_, ok);
     if (!ok) host_.note(LOG_WARNING, "the modem refused the start line " + sent_);
@@ -190,7 +233,21 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
     if (event.too_long || event.unfit) {
       host_.note(LOG_ERR, "the answer does not fit a frame: " + sent_);
     }
-    finish_current(event.too_long ? kTooLong : event.unfit ? kUnfit : event.text);
+    // A text went in another set than the client's, or came in one.
+    const bool doubtful = restarted_ && ClientSettings::matter_to(sent_);
+    finish_current(doubtful          ? ""
+                   : event.connected ? kCallEnded
+                   : event.too_long  ? kTooLong
+                   : event.unfit     ? kUnfit
+                                     : std::string_view(event.text));
+    if (event.connected) return leave_data_call(now);
+    calls_ = 0;
+    undo_ = rule_ == LineRule::kUndone;
+    if (rule_ == LineRule::kRestarts) {
+      settings_.lost();
+      started_ = 0;
+    }
+    if (std::exchange(restarted_, false) || rule_ == LineRule::kRestarts) return resync(now);
   }
   // An answer that ended within quotes may have been a stored text with a line "OK" in it.
   if (prompt || event.open_quote) return resync(now);
@@ -203,7 +260,44 @@ void Dispatcher::give_up(TimePoint now, const std::string& why) {
   settings_.unanswered(sender_, sent_);
   finish_current("");
   settings_.lost();
+  calls_ = 0;
+  started_ = 0;
+  restarted_ = false;
   resync(now);
+}
+
+// The modem has begun anew: its modes and settings are gone.
+void Dispatcher::restarted(TimePoint now) {
+  settings_.lost();
+  silent_ = false;
+  if (state_ == State::kResync && started_ == 0) return;
+  if (state_ == State::kWaiting) {
+    if (std::exchange(restarted_, true)) return;
+    // Its answer may be on its way still.
+    deadline_ = std::min(deadline_, now + kOwnTimeout);
+  }
+  if (now - restarting_since_ >= kRestartPeriod) restarts_ = 0;
+  if (restarts_ == 0) restarting_since_ = now;
+  if (restarts_ == kMostRestarts) return;
+  ++restarts_;
+  started_ = 0;
+  host_.note(LOG_WARNING, "the modem has begun anew");
+  if (state_ != State::kWaiting && state_ != State::kResync) resync(now);
+}
+
+// Nobody's commands are for the other end of a call. One that was late, or that the modem took by
+// itself, is met here, too.
+void Dispatcher::leave_data_call(TimePoint now) {
+  host_.note(LOG_WARNING, "a data call began and is ended: it needs a port of its own");
+  if (state_ == State::kWaiting) settings_.unanswered(sender_, sent_);
+  finish_current("");
+  settings_.lost();
+  restarted_ = false;
+  reader_.reset();
+  if (calls_++ == kMostCalls) return go_on(Resync::Step::kGiveUp, now);
+  state_ = State::kLeaving;
+  escaped_ = false;
+  deadline_ = now + kGuardTime;
 }
 
 void Dispatcher::finish_current(std::string_view text) {

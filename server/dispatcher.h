@@ -5,8 +5,12 @@
 //            opened()                 start lines done             command written
 //   closed ------------> resync ----> starting ------------> idle <-------------> waiting
 //     ^                  |    ^                                                      |
-//     |     no way back  |    |                        time-out, prompt, odd quotes  |
+//     |     no way back  |    |               time-out, prompt, odd quotes, restart  |
 //     +------------------+    +------------------------------------------------------+
+//
+// Behind a time-out, a reset by a client and a restart of the modem, the start lines come again: a
+// modem says by a line of its own that it has begun anew, or by an echo that was off. A data call,
+// which carries no commands, is left by way of a state of its own.
 //
 // Resync: what the modem still says to the command before must not reach the next. resync.h says
 // how the end of that is found.
@@ -22,6 +26,7 @@
 #include <vector>
 
 #include "server/client_settings.h"
+#include "server/line_rules.h"
 #include "server/resync.h"
 #include "server/stream_reader.h"
 
@@ -51,8 +56,8 @@ class Dispatcher {
     virtual void note(int priority, const std::string& text) = 0;
   };
 
-  // `start_lines` are sent after every opening, each once. No answer is awaited for longer than
-  // `longest_wait`.
+  // `start_lines` are sent after every opening, and whenever the modem may have begun anew. No
+  // answer is awaited for longer than `longest_wait`.
   Dispatcher(Host& host, std::vector<std::string> start_lines,
              std::chrono::milliseconds longest_wait = kAnyWait)
       : host_(host), start_lines_(std::move(start_lines)), longest_wait_(longest_wait) {}
@@ -72,9 +77,13 @@ class Dispatcher {
   // Ends all commands that wait with an empty answer; the one under way goes on.
   void drop_waiting() { drop_all(""); }
   bool command_under_way() const { return state_ == State::kWaiting && current_.has_value(); }
+  // Whether the modem answered what it was asked at the beginning.
+  bool serving() const {
+    return state_ == State::kIdle || state_ == State::kPreparing || state_ == State::kWaiting;
+  }
 
  private:
-  enum class State { kClosed, kStarting, kIdle, kPreparing, kWaiting, kResync };
+  enum class State { kClosed, kStarting, kIdle, kPreparing, kWaiting, kLeaving, kResync };
 
   void next(TimePoint now);
   void send(State state, const std::string& line, std::chrono::milliseconds timeout, TimePoint now);
@@ -84,6 +93,8 @@ class Dispatcher {
   void finish_current(std::string_view text);
   void drop(const Command& command, std::string_view text);
   void drop_all(std::string_view text);
+  void restarted(TimePoint now);
+  void leave_data_call(TimePoint now);
   void resync(TimePoint now);
   void go_on(Resync::Step step, TimePoint now);
   void push_report(const StreamEvent& event);
@@ -91,12 +102,20 @@ class Dispatcher {
   Host& host_;
   std::vector<std::string> start_lines_;
   std::chrono::milliseconds longest_wait_;
-  size_t started_ = 0;  // start lines sent
+  size_t started_ = 0;     // start lines sent
+  unsigned restarts_ = 0;  // lately, from restarting_since_ on
+  TimePoint restarting_since_;
+  bool undo_ = false;       // the line's modes are to be set again
+  bool restarted_ = false;  // kWaiting: the modem, under the command
+  bool silent_ = false;     // the last command had no echo
+  unsigned calls_ = 0;      // data calls since a client's command was answered
+  bool escaped_ = false;    // kLeaving: the escape was sent
   StreamReader reader_;
   ClientSettings settings_;
   std::deque<Command> waiting_;
   std::optional<Command> current_;  // kWaiting: the command sent; none when its client is gone
   std::string sent_;                // the line whose answer is awaited
+  LineRule rule_{};                 // kWaiting: what becomes of the line's modes
   Peer sender_;
   uint64_t prepared_for_ = 0;  // kPreparing: the command that the line is sent for
   State state_ = State::kClosed;

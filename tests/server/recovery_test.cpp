@@ -48,6 +48,7 @@ TEST(Recovery, EveryModemIsFoundAgain) {
     Texts rules;
     int delay = 0;
     const char* first = "AT+CPBW";
+    const char* state = "";
   } rows[] = {
       {{"1:AT+CPBW:delay=2500"}, 300},
       {{"1:AT+CPBW:delay=2500"}, 900},
@@ -72,10 +73,10 @@ TEST(Recovery, EveryModemIsFoundAgain) {
         "*:ATE:report-after=+CPAS: 0"},
        300,
        "AT+CMEE?"},
-      // Left in a state in which there are digits for results, or none.
-      {{}, 0, "ATV0"},
-      {{}, 300, "ATQ1"},
-      {{}, 300, "ATE1Q1V0"},
+      // In a state in which there are digits for results, or none.
+      {{}, 0, "AT+CSQ", "ATV0\r"},
+      {{}, 300, "AT+CSQ", "ATQ1\r"},
+      {{}, 300, "AT+CSQ", "ATE1Q1V0\r"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::PrintToString(row.rules) + row.first);
@@ -85,6 +86,8 @@ TEST(Recovery, EveryModemIsFoundAgain) {
     }
     config.faults.delay = milliseconds(row.delay);
     Line line({}, config);
+    line.modem.receive(row.state);
+    line.modem.take();
     line.submit(row.first);
     for (const char* next : {"AT+COPS?", "AT^NONE", "AT+CPIN?", "ATI"}) line.submit(next, 5000);
     line.run(milliseconds(60'000));
