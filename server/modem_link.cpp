@@ -59,24 +59,28 @@ void ModemLink::note(int priority, const std::string& text) {
   logger_.log(priority, text);
 }
 
+void ModemLink::note_some(std::string_view of, int priority, const std::string& text) {
+  if (const auto line = log_limit_.limited(of, text, Clock::now())) note(priority, *line);
+}
+
 void ModemLink::opened() {
   why_.clear();
-  note(LOG_INFO, "modem open: " + port_->name());
+  note_some("open", LOG_INFO, "modem open: " + port_->name());
   dispatcher_.opened(Clock::now(), port_->clean_at_open());
   settle();
 }
 
 void ModemLink::received(std::string_view bytes) {
-  back_off_.answered();
   transcript_.add(Kind::kFromModem, bytes);
   dispatcher_.receive(bytes, Clock::now());
+  if (dispatcher_.serving()) back_off_.answered();
   settle();
 }
 
 void ModemLink::lost(const std::string& why) {
   // Once, not at every attempt.
   if (std::exchange(why_, why) != why) {
-    note(LOG_WARNING, "modem lost: " + port_->name() + ": " + why);
+    note_some("lost", LOG_WARNING, "modem lost: " + port_->name() + ": " + why);
   }
   dispatcher_.closed();
   open_later();

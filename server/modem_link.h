@@ -10,6 +10,7 @@
 #include "at/transcript.h"
 #include "server/back_off.h"
 #include "server/dispatcher.h"
+#include "server/log_limit.h"
 #include "server/logger.h"
 #include "server/modem_port.h"
 
@@ -40,6 +41,8 @@ class ModemLink : private Dispatcher::Host {
   void report(std::string_view text) override { handlers_.report(text); }
   void give_up_port() override;
   void note(int priority, const std::string& text) override;
+  // As note(), of what a modem without sense makes happen for ever.
+  void note_some(std::string_view of, int priority, const std::string& text);
 
   void opened();
   void received(std::string_view bytes);
@@ -59,6 +62,7 @@ class ModemLink : private Dispatcher::Host {
   Dispatcher dispatcher_;
   std::optional<TimePoint> armed_;
   BackOff back_off_;
+  LogLimit log_limit_;
   std::string why_;    // the port was lost, as was noted last
   bool lost_ = false;  // the port is to be opened again
   bool stopping_ = false;

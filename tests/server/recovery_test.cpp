@@ -1,5 +1,6 @@
 // The way back to a modem that was late, silent, strange or away.
 #include "server/back_off.h"
+#include "server/log_limit.h"
 #include "tests/server/line.h"
 
 namespace qalt::server {
@@ -117,7 +118,11 @@ TEST(Recovery, ADeadModemIsGivenUp) {
   line.mute = false;
   line.sent.clear();
   line.dispatcher.opened(line.now, false);
+  // A byte is no answer, which would make the next pause short.
+  line.dispatcher.receive("\r", line.now);
+  EXPECT_FALSE(line.dispatcher.serving());
   EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
+  EXPECT_TRUE(line.dispatcher.serving());
   EXPECT_EQ(line.sent,
             (Texts{"ATE0Q0V1\r", "AT+CFUN?\r", "AT+CSQ\r", "AT+CPAS\r", "ATE0\r", "AT+CSQ\r"}));
   // Bytes without sense do not keep it open either.
@@ -154,6 +159,18 @@ TEST(BackOff, IsShortWhileSomebodyAsks) {
     if (row.event == kAnswers) back_off.answered();
     EXPECT_EQ(back_off.due() - start, milliseconds(int(row.due * 1000))) << row.at;
   }
+}
+
+TEST(LogLimit, CountsWhatItLeavesOut) {
+  LogLimit limit;
+  std::string written;
+  for (int second = 0; second < 130; ++second) {
+    const TimePoint now = TimePoint() + std::chrono::seconds(second);
+    written += limit.limited("a", "a", now).value_or("");
+    if (second % 60 == 0) written += limit.limited("b", "b", now).value_or("");
+  }
+  const std::string more = "a (and 55 such lines left out)";
+  EXPECT_EQ(written, "abaaaa" + more + "baaaa" + more + "baaaa");
 }
 
 }  // namespace

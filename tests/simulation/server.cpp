@@ -60,12 +60,12 @@ Server::Server(World& world, Network& network, Line& line, Machine& machine, Ora
   };
   line_.set_handlers(
       {[this](std::string_view bytes, const std::vector<std::string>& reports) {
-         back_off_.answered();
          for (const std::string& text : reports) {
            const bool known = server::is_report(std::string_view(text).substr(2, text.size() - 4));
            reports_.push_back({text, free_text_ && !known});
          }
          dispatcher_->receive(bytes, point(world_.now()));
+         if (dispatcher_->serving()) back_off_.answered();
          std::erase_if(reports_, [](const Report& report) { return report.doubtful; });
          if (!reports_.empty()) world_.wrong("a report was not pushed: " + reports_.front().text);
          settle();
