@@ -1,11 +1,9 @@
 #include "server/app.h"
 
-#include <unistd.h>
-
 #include <csignal>
-#include <system_error>
 #include <utility>
 
+#include "common/descriptors.h"
 #include "server/replay_port.h"
 #include "server/sim_port.h"
 
@@ -27,15 +25,6 @@ struct PortMaker {
     return std::make_unique<ReplayPort>(context, address.file);
   }
 };
-
-// For whoever started the server and waits until it can be used.
-void say_ready(int descriptor) {
-  constexpr std::string_view kReady = "ready\n";
-  if (::write(descriptor, kReady.data(), kReady.size()) != ssize_t(kReady.size())) {
-    throw std::system_error(errno, std::generic_category(), "--ready-fd");
-  }
-  ::close(descriptor);
-}
 
 }  // namespace
 
@@ -74,7 +63,7 @@ App::App(asio::io_context& context, const Options& options)
   clients_.start();
   modem_.start();
   logger_.log(LOG_INFO, "listening on " + socket_.path());
-  if (options.ready_descriptor >= 0) say_ready(options.ready_descriptor);
+  if (options.ready_descriptor >= 0) tell_ready(options.ready_descriptor);
 }
 
 void App::await_signal() {

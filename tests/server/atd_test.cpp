@@ -37,7 +37,7 @@ class Atd : public ::testing::Test {
     return atd;
   }
   static Ended run(const std::vector<std::string>& arguments) {
-    return Program(ATD_PROGRAM, arguments).end(0);
+    return Program(ATD_PROGRAM, arguments, false).end(0);
   }
   std::string ask_until_open(const std::string& command) const {
     for (;;) {
@@ -161,6 +161,9 @@ TEST_F(Atd, SaysWhyItDoesNotStart) {
       {{"--modem", "sim", "--sim-contacts", twice}, 2, "SM entry 2: index 1 stands twice"},
       {{"--modem", "sim", "--sim-contacts", typo}, 2, "SM entry 1: \"nmae\" is no key"},
       {{"--modem", "usb"}, 2, "'usb' is not sim"},
+      // Not opened by the starter: the server's own would come to stand there.
+      {{"--modem", "sim", "--socket", socket, "--ready-fd", "9"}, 2, "no descriptor 9 is open"},
+      {{"--modem", "sim", "--socket", socket, "--ready-fd", "02"}, 2, "2 is a standard stream"},
       {{"--modem", "sim", "--socket", std::string(108, 's')}, 1, "108 characters"},
       {{"--modem", "sim", "--socket", socket + "/no"}, 1, "/no.lock: No such file"},
       {{"--modem", "sim", "--socket", socket, "--socket-group", "no such group"}, 1, "no group"},
@@ -173,6 +176,25 @@ TEST_F(Atd, SaysWhyItDoesNotStart) {
     EXPECT_NE((ended.out + ended.err).find(said), std::string::npos) << ended.err;
   }
   EXPECT_EQ(mode_of(socket), 0u);
+}
+
+// Nothing of theirs stands where messages and output go.
+TEST_F(Atd, StandsWithoutItsStreams) {
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{ATD_PROGRAM, "--modem", "sim", "--socket", socket},
+        {SIMMODEM_PROGRAM, "--pty", folder.file("tty")}}) {
+    std::vector<std::string> started = {"-c", "exec \"$0\" \"$@\" <&- >&- 2>&-"};
+    started.insert(started.end(), arguments.begin(), arguments.end());
+    Program program("/bin/sh", started);
+    ASSERT_TRUE(program.ready());
+    const std::string descriptors = "/proc/" + std::to_string(program.process()) + "/fd/";
+    for (const char* number : {"0", "1", "2"}) {
+      char place[64] = {};
+      EXPECT_GT(::readlink((descriptors + number).c_str(), place, sizeof place - 1), 0);
+      EXPECT_EQ(std::string(place), "/dev/null");
+    }
+    EXPECT_EQ(program.end().status, 0);
+  }
 }
 
 TEST_F(Atd, FinishesTheCommandUnderWay) {
