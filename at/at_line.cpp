@@ -1,5 +1,7 @@
 #include "at/at_line.h"
 
+#include <algorithm>
+
 namespace qalt::at {
 namespace {
 
@@ -19,6 +21,15 @@ bool is_extended(char c) {
 }
 bool is_name(char c) {
   return is_letter(c) || is_digit(c) || c == '_' || c == '-';
+}
+
+size_t command_end(std::string_view line, size_t position) {
+  bool quoted = false;
+  for (; position < line.size(); ++position) {
+    if (line[position] == '"') quoted = !quoted;
+    if (line[position] == ';' && !quoted) break;
+  }
+  return position;
 }
 
 // What follows a name: "", "?", "=?" or "=" and the arguments.
@@ -44,8 +55,9 @@ bool read_basic(std::string_view line, size_t& position, Command& command) {
   if (position == line.size() || !is_letter(line[position])) return false;
   command.name += upper(line[position++]);
   if (command.name == "D") {
-    command.arguments = line.substr(position);
-    position = line.size();
+    const size_t end = std::min(command_end(line, position) + 1, line.size());
+    command.arguments = line.substr(position, end - position);
+    position = end;
     return true;
   }
   size_t end = position;
@@ -65,15 +77,6 @@ bool read_basic(std::string_view line, size_t& position, Command& command) {
 }
 
 }  // namespace
-
-size_t command_end(std::string_view line, size_t position) {
-  bool quoted = false;
-  for (; position < line.size(); ++position) {
-    if (line[position] == '"') quoted = !quoted;
-    if (line[position] == ';' && !quoted) break;
-  }
-  return position;
-}
 
 bool starts_with_nocase(std::string_view text, std::string_view prefix) {
   if (text.size() < prefix.size()) return false;

@@ -30,14 +30,11 @@ struct LineCommands {
 
 // The commands of a line that begins with "AT" in either case, in order, up to the first that
 // breaks the syntax. "AT" alone gives an empty list. A ";" inside quotes does not end a command;
-// "D" takes the rest of the line.
+// that of "D" belongs to what it dials (V.250, 6.3.1).
 LineCommands read_line(std::string_view line);
 
 // As read_line(), but none for a line that breaks the syntax anywhere.
 std::optional<std::vector<Command>> split_line(std::string_view line);
-
-// Where the command that `position` is in ends: at a ";" outside quotes, or with the line.
-size_t command_end(std::string_view line, size_t position);
 
 struct Argument {
   std::string value;  // without its quotes

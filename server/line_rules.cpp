@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <string>
-#include <utility>
 
 #include "at/at_line.h"
 
@@ -58,6 +57,8 @@ std::string without_blanks(std::string_view line) {
 
 LineRule rule_of(const at::Command& command) {
   using at::Form;
+  // Without a ";" behind the number it is a data call (3GPP TS 27.007, 6.2).
+  if (command.name == "D" && !command.arguments.ends_with(';')) return LineRule::kRefused;
   if (command.form == Form::kQuery || command.form == Form::kTest) return LineRule::kSent;
   if (has(kRefusedNames, command.name)) return LineRule::kRefused;
   if (has(kRestarting, command.name)) return LineRule::kRestarts;
@@ -74,20 +75,9 @@ LineRule rule_of(const at::Command& command) {
 }  // namespace
 
 LineRule rule_of(std::string_view line) {
-  LineRule rule = LineRule::kSent;
-  for (std::string rest = without_blanks(line); !rest.empty();) {
-    const at::LineCommands read = at::read_line(std::exchange(rest, {}));
-    if (!read.whole) rule = std::max(rule, LineRule::kUndone);
-    for (const at::Command& command : read.commands) {
-      rule = std::max(rule, rule_of(command));
-      if (command.name != "D") continue;
-      // What follows the number's ";" are commands again; without one it is a data call (3GPP TS
-      // 27.007, 6.2).
-      const size_t end = at::command_end(command.arguments, 0);
-      if (end == command.arguments.size()) return LineRule::kRefused;
-      rest = "AT" + command.arguments.substr(end + 1);
-    }
-  }
+  const at::LineCommands read = at::read_line(without_blanks(line));
+  LineRule rule = read.whole ? LineRule::kSent : LineRule::kUndone;
+  for (const at::Command& command : read.commands) rule = std::max(rule, rule_of(command));
   return rule;
 }
 
