@@ -57,8 +57,8 @@ void Transcript::reopen() {
 void Transcript::add(TranscriptEntry::Kind kind, std::string_view bytes) {
   if (!file_) return;
   using Kind = TranscriptEntry::Kind;
-  const std::string text = kind == Kind::kToModem     ? to_modem_.masked(bytes)
-                           : kind == Kind::kFromModem ? from_modem_.masked(bytes)
+  const std::string text = kind == Kind::kToModem     ? mask_.to_modem(bytes)
+                           : kind == Kind::kFromModem ? mask_.from_modem(bytes)
                                                       : without_secrets(bytes);
   std::fprintf(file_.get(), "%s %c %s\n", time_now().c_str(), char(kind), escaped(text).c_str());
   std::fflush(file_.get());

@@ -43,8 +43,7 @@ class Transcript {
   };
   std::string path_;
   std::unique_ptr<FILE, Closer> file_;
-  SecretMask to_modem_;
-  SecretMask from_modem_;
+  LineMask mask_;
 };
 
 }  // namespace qalt::at

@@ -185,7 +185,7 @@ void Dispatcher::handle(StreamEvent event, TimePoint now) {
       if (event.connected) return leave_data_call(now);
       // Between commands only reports come; a result or a line of an answer is a late one.
       if (event.too_long || event.unfit || is_result(event.text)) {
-        return host_.note(LOG_INFO, "line of no command passed over: " + event.text);
+        return host_.note(LOG_INFO, "line of no command passed over");
       }
       event.text = "\r\n" + event.text + "\r\n";
       return push_report(event);

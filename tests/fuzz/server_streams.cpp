@@ -92,7 +92,8 @@ class Service : qalt::server::Dispatcher::Host {
       const uint8_t step = input.byte(), value = input.byte();
       if (step < 80) submit(kNames[step % std::size(kNames)], value);
       if (step >= 80 && step < 140) pass(milliseconds(value * value));
-      if (step >= 140 && step < 170) pace_ = milliseconds(step % 2 * value * 100);
+      if (step >= 140 && step < 155) pace_ = milliseconds(value * 15);
+      if (step >= 155 && step < 170) late_ = milliseconds(value * 100);
       if (step >= 170 && step < 185) ++unheard_;
       if (step >= 185 && step < 200) open_.erase(value), dispatcher_.cancel(value);
       if (step >= 200 && step < 205) dispatcher_.closed(), reopen_ = true;
@@ -130,7 +131,7 @@ class Service : qalt::server::Dispatcher::Host {
     const std::string name(bytes.substr(std::min(bytes.rfind('+'), bytes.size())));
     const size_t end = std::min(name.find_first_of("=?\r"), name.size() - 1);
     const TimePoint last = said_.empty() ? now_ : said_.back().first;
-    said_.emplace_back(std::max(last, now_ + pace_), "\r\nOK\r\n");
+    said_.emplace_back(std::max(last, now_ + pace_ + std::exchange(late_, {})), "\r\nOK\r\n");
     if (name.empty()) return;
     said_.back().second =
         "\r\n" + name.substr(0, end) + ": " + name.substr(end + 1) + "\n\r\nOK\r\n";
@@ -148,7 +149,7 @@ class Service : qalt::server::Dispatcher::Host {
 
   bool in_order_, reopen_ = false;
   TimePoint now_{};
-  milliseconds pace_{0};
+  milliseconds pace_{}, late_{};
   uint64_t last_ = 0, unheard_ = 0;
   std::map<uint64_t, TimePoint> open_;  // requests, and when they must be answered
   std::vector<std::pair<TimePoint, std::string>> said_;
