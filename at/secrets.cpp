@@ -27,6 +27,8 @@ constexpr size_t kLongestServiceCode = 8;
 constexpr std::array<std::string_view, 2> kServiceCommands = {"+CUSD", "+CSTF"};
 // A service code in UCS2 begins so, and one in octets or in septets.
 constexpr std::array<std::string_view, 6> kCodedStarts = {"002A", "0023", "2A", "23", "AA", "A3"};
+// What may be told of the answer to a secret.
+constexpr std::array<std::string_view, 2> kErrors = {"+CME ERROR: ", "+CMS ERROR: "};
 // Registering a password, changing a PIN, unblocking one; call barring.
 constexpr std::array<std::string_view, 12> kServiceCodes = {
     "03", "04", "042", "05", "052", "33", "330", "331", "332", "333", "35", "351"};
@@ -159,23 +161,29 @@ std::string LineMask::to_modem(std::string_view bytes) {
   std::string text = to_modem_.masked(bytes);
   const bool secret = to_modem_.masked_count() >= kShortestPin;
   ending_ = hiding_ && !secret;
+  if (secret) sent_ = text;
   hiding_ |= secret;
   return text;
 }
 
 std::string LineMask::from_modem(std::string_view bytes) {
-  constexpr std::array<std::string_view, 2> kErrors = {"+CME ERROR: ", "+CMS ERROR: "};
   std::string text = from_modem_.masked(bytes);
   for (char& byte : text) {
     if (byte == '\n') {
-      begun_.clear();
+      line_.clear();
       hiding_ = hiding_ && !ending_;
-    } else if (begun_.size() < kErrors.front().size()) {
-      begun_ += byte;
+      continue;
     }
-    if (hiding_ && is_decimal(byte) && !has(kErrors, begun_)) byte = '*';
+    if (line_.size() <= std::max(sent_.size(), kErrors.front().size())) line_ += byte;
+    if (hiding_ && is_decimal(byte) && !may_be_told()) byte = '*';
   }
   return text;
+}
+
+bool LineMask::may_be_told() const {
+  return sent_.starts_with(line_) ||
+         std::any_of(kErrors.begin(), kErrors.end(),
+                     [&](std::string_view error) { return line_.starts_with(error); });
 }
 
 std::string without_secrets(std::string_view text) {

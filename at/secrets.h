@@ -53,9 +53,12 @@ class LineMask {
   std::string from_modem(std::string_view bytes);
 
  private:
+  bool may_be_told() const;
+
   SecretMask to_modem_;
   SecretMask from_modem_;
-  std::string begun_;    // of the modem's line at hand, as far as it tells an error
+  std::string sent_;     // the secret, masked
+  std::string line_;     // the modem's at hand, as far as it tells an echo or an error
   bool hiding_ = false;  // the modem may say the secret again
   bool ending_ = false;  // until its line ends
 };

@@ -78,6 +78,8 @@ TEST(Secrets, DoNotComeBack) {
     said += line.from_modem({&c, 1});
   }
   EXPECT_EQ(said, "IN=\"****\"\r\r\n* is short\r\n\r\n+CME ERROR: 16\r\n\r\n**");
+  EXPECT_EQ(line.to_modem("AT+CPIN2=9898\r"), "AT+CPIN2=****\r");
+  EXPECT_EQ(line.from_modem("\nAT+CPIN2=9898\r\r\n2"), "\nAT+CPIN2=****\r\r\n*");
   EXPECT_EQ(line.to_modem("AT+CSQ\r"), "AT+CSQ\r");
   EXPECT_EQ(line.from_modem("98\r\n+CSQ: 20,99\r\n"), "**\r\n+CSQ: 20,99\r\n");
 }
