@@ -76,6 +76,13 @@ void Line::hang_up(Time when) {
   });
 }
 
+// With the port open: it hears nothing for a while, then it may say so.
+void Line::begin_anew(bool says) {
+  machine_.power_cycle();
+  deaf_until_ = world_.now() + Time(chance_.one_in(2) ? 0 : chance_.between(1, 8000));
+  if (says && open_) deliver({"\r\nRDY\r\n", {"\r\nRDY\r\n"}}, deaf_until_);
+}
+
 std::string Line::new_report() {
   std::string text(chance_.of(kReports));
   const size_t place = text.find('#');
@@ -153,6 +160,13 @@ std::shared_ptr<Exchange> Line::write(std::string_view bytes) {
     hang_up(when);
     return exchange;
   }
+  const bool restart = command && chance_.one_in(faults_.restart);
+  const bool in_place = restart && chance_.one_in(2);
+  if (in_place) begin_anew(chance_.one_in(2));
+  if (world_.now() <= deaf_until_) {
+    exchange->touched = true;
+    return exchange;
+  }
   machine_.receive(bytes);
   std::string& answer = exchange->answer;
   for (Said& said : machine_.take()) {
@@ -184,6 +198,7 @@ std::shared_ptr<Exchange> Line::write(std::string_view bytes) {
   }
   if (!never && !heard.empty()) say(heard, cut || hang || has_free_text(exchange->line), when);
   if (hang) hang_up(when + Time(50));
+  if (restart) world_.at(std::max(last_, when), [this] { begin_anew(true); });
   return exchange;
 }
 

@@ -22,6 +22,7 @@ struct LineFaults {
   int never = 0;         // carried out, and not answered
   int cut = 0;           // the end of the answer is lost
   int hang_up = 0;       // before the command, behind it, or in the middle of its answer
+  int restart = 0;       // the modem begins anew with the port open, in place of it or behind it
   int dead = 0;          // nothing is answered for a minute or two
   int pieces = 0;        // the answer comes in several reads
   int reports = 0;       // one or more beside or inside the answer
@@ -65,6 +66,7 @@ class Line {
   void deliver(Piece piece, Time when);
   void say(const std::string& answer, bool free_text, Time when);
   void hang_up(Time when);
+  void begin_anew(bool says);
   void report_at_rest();
   std::string new_report();
 
@@ -77,6 +79,7 @@ class Line {
   uint64_t opening_ = 0;  // what was said before it is not heard
   Time away_until_{0};
   Time dead_until_{0};
+  Time deaf_until_{0};
   Time last_{0};  // when the last piece comes
   int reports_ = 0;
 };

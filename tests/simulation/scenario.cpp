@@ -130,6 +130,7 @@ LineFaults make_line(Chance& chance) {
   line.never = some();
   line.cut = some();
   line.hang_up = some();
+  line.restart = some();
   if (chance.one_in(4)) line.dead = chance.between(100, 400);
   constexpr std::array<std::string_view, 3> kStubborn = {"AT+CSCS=\"IRA\"", "AT+CSCS?", "AT+CPBS?"};
   if (chance.one_in(10)) line.stubborn = chance.of(kStubborn);
@@ -139,7 +140,7 @@ LineFaults make_line(Chance& chance) {
 }  // namespace
 
 bool Scenario::calm() const {
-  return line.late + line.never + line.cut + line.hang_up + line.dead == 0 &&
+  return line.late + line.never + line.cut + line.hang_up + line.restart + line.dead == 0 &&
          line.stubborn.empty() && lives == 0;
 }
 
