@@ -70,6 +70,7 @@ std::vector<at::Command> commands_of(std::string_view line) {
 
 std::optional<std::string> ClientSettings::before(const Peer& peer, std::string_view line) {
   const std::vector<at::Command> commands = commands_of(line);
+  if (doubted_) return "AT" + std::string(kNames[kErrors]) + "?";
   for (size_t i = 0; i < kSettings; ++i) {
     const std::string name(kNames[i]);
     for (const at::Command& command : commands) {
@@ -97,6 +98,11 @@ std::optional<std::string> ClientSettings::before(const Peer& peer, std::string_
 // What was selected counts as selected, however the modem names it: so nothing is sent twice for
 // one line.
 bool ClientSettings::prepared(std::string_view answer, bool ok) {
+  if (std::exchange(doubted_, false)) {
+    gone_ =
+        ok && answer.find(std::string(kNames[kErrors]) + ": " + *current_[kErrors]) == answer.npos;
+    return true;
+  }
   std::optional<std::string>& current = current_[preparing_];
   if (prepared_value_) {
     // A text would be taken in the wrong set; an error of another class is an error all the same.
@@ -124,6 +130,13 @@ void ClientSettings::unanswered(const Peer& peer, std::string_view line) {
       current_[i].reset();
     }
   }
+}
+
+void ClientSettings::answered(std::string_view answer) {
+  const bool has_class = answer.find("+CME ERROR:") != answer.npos;
+  const bool selected = current_[kErrors].value_or("0") != "0";
+  if (!has_class && selected && answer.ends_with("\nERROR\r\n")) doubted_ = classes_;
+  classes_ = has_class || (classes_ && !doubted_);
 }
 
 bool ClientSettings::matter_to(std::string_view line) {
@@ -169,11 +182,13 @@ void ClientSettings::apply(std::string_view line, bool ok, Values& chosen) {
 }
 
 void ClientSettings::lost() {
+  doubted_ = false;
   current_ = {};
 }
 
 void ClientSettings::reopened() {
-  current_ = {};
+  lost();
+  classes_ = false;
   initial_ = {};
   asked_ = {};
 }

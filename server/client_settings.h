@@ -15,6 +15,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qalt::server {
 
@@ -37,6 +38,11 @@ class ClientSettings {
   // The line of a client got no answer: what it selects is wanted all the same, since a client that
   // goes on regardless means its next texts in that set.
   void unanswered(const Peer& peer, std::string_view line);
+  // The answer to a client's line. An ERROR without a class where others had one makes before() ask
+  // which is selected.
+  void answered(std::string_view answer);
+  // Whether that was another than the one selected: the modem has begun anew without a word.
+  bool gone() { return std::exchange(gone_, false); }
   // Whether what `line` reads or writes depends on the set or the storage.
   static bool matter_to(std::string_view line);
   // Whether `line` of a peer that worked with a server before this one has texts in a set that only
@@ -67,6 +73,9 @@ class ClientSettings {
   std::array<bool, kSettings> asked_{};
   size_t preparing_ = 0;                       // the setting that before() was about
   std::optional<std::string> prepared_value_;  // what it selects, none where it asks
+  bool classes_ = false;                       // errors have one
+  bool doubted_ = false;
+  bool gone_ = false;
   std::map<Peer, PeerValues> peers_;
   uint64_t uses_ = 0;
 };

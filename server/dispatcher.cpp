@@ -228,8 +228,11 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
       host_.answer(waiting_.front().id, event.text);
       waiting_.pop_front();
     }
+    if (settings_.gone()) restarted(now);
+    if (state_ == State::kResync) return;
   } else {
     settings_.carried_out(sender_, sent_, ok);
+    settings_.answered(event.text);
     if (event.too_long || event.unfit) {
       host_.note(LOG_ERR, "the answer does not fit a frame: " + sent_);
     }

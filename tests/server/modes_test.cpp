@@ -82,14 +82,28 @@ TEST(Modes, ComeBackAfterARestart) {
       EXPECT_EQ(line.reports, *says == '\0' ? Texts{} : Texts{report});
     }
   }
+  // Or its errors have no class any more.
+  sim::Config classless;
+  classless.cmee = 0;
+  Line line({}, classless);
+  for (const std::string& one : {kUcs2, std::string("AT+CMEE=1"), std::string("AT+CPBR=999")}) {
+    line.ask(one);
+  }
+  line.modem.receive("ATZE0\r");
+  line.modem.take();
+  EXPECT_EQ(line.ask("AT+CPBW=999"), kError);
+  line.sent.clear();
+  EXPECT_EQ(line.ask(write), kOk);
+  EXPECT_EQ(line.sent.front(), "AT+CMEE?\r");
+  EXPECT_EQ(line.modem.state().sim.find(1)->name, u"A");
   // Not for ever, where a start line is what restarts it, or every line.
   for (const char* rule : {"*:ATE0:report-after=RDY", "*:AT:report-before=RDY"}) {
-    Line line({rule});
-    line.submit("AT+CSQ");
-    line.submit("AT+CSQ");
-    line.run(milliseconds(60'000));
-    EXPECT_EQ(line.answers, (Answers{{1, kCsq}, {2, kCsq}}));
-    EXPECT_LT(line.sent.size(), 80u);
+    Line endless({rule});
+    endless.submit("AT+CSQ");
+    endless.submit("AT+CSQ");
+    endless.run(milliseconds(60'000));
+    EXPECT_EQ(endless.answers, (Answers{{1, kCsq}, {2, kCsq}}));
+    EXPECT_LT(endless.sent.size(), 80u);
   }
 }
 

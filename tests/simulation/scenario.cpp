@@ -88,6 +88,7 @@ std::unique_ptr<Machine> make_handset(Chance& chance, Scenario& scenario) {
   options.plus_in_numbers = !chance.one_in(3);
   scenario.plain = !options.further && !options.blanks && options.upper_hex;
   options.busy_for = chance.one_in(5) ? chance.below(8) : 0;
+  scenario.starts_busy = options.busy_for > 0;
   constexpr std::array<Result, 3> kEmpty = {Result::kOk, Result::kNotFound, Result::kError};
   options.empty_index = chance.of(kEmpty);
   options.empty_range = chance.of(kEmpty);
@@ -167,6 +168,8 @@ Scenario make_scenario(uint64_t seed) {
   const bool own = chance.one_in(2);  // the handset has keys
   scenario.machine = own ? make_handset(chance, scenario) : make_sim(chance, scenario);
   scenario.line = make_line(chance);
+  // A write that waits for the card is repeated without another look.
+  if (scenario.starts_busy) scenario.line.restart = 0;
   constexpr std::array<Manner, 4> kManners = {Manner::kHeader, Manner::kImporter,
                                               Manner::kFunctions, Manner::kLines};
   constexpr std::array<std::string_view, 4> kWords = {"header", "importer", "C functions", "lines"};
