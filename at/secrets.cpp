@@ -77,9 +77,9 @@ std::string SecretMask::masked(std::string_view bytes) {
 }
 
 void SecretMask::reset() {
-  const int masked = masked_;
+  const int count = masked_;
   *this = SecretMask();
-  masked_ = masked;
+  masked_ = count;
 }
 
 char SecretMask::take(char byte) {

@@ -88,8 +88,9 @@ std::optional<std::string> ClientSettings::before(const Peer& peer, std::string_
       if (!wanted || current_[i] == wanted) break;
       preparing_ = i;
       prepared_value_ = wanted;
-      const std::string quote = i == kErrors ? "" : "\"";
-      return "AT" + name + "=" + quote + *wanted + quote;
+      std::string selection = "AT" + name + "=";
+      selection += i == kErrors ? *wanted : '"' + *wanted + '"';
+      return selection;
     }
   }
   return std::nullopt;
