@@ -19,6 +19,9 @@ constexpr std::string_view kEscape = "\x1B";
 // What a client gets while there is no modem (3GPP TS 27.007, 9.2: no connection to phone).
 constexpr std::string_view kAway = "\r\n+CME ERROR: 1\r\n";
 
+// For what the server does not send (3GPP TS 27.007, 9.2: operation not allowed).
+constexpr std::string_view kRefused = "\r\n+CME ERROR: 3\r\n";
+
 // What a client gets instead of an answer that a frame cannot carry (3GPP TS 27.007, 9.2: text
 // string too long, invalid characters in text string).
 constexpr std::string_view kTooLong = "\r\n+CME ERROR: 24\r\n";
@@ -51,7 +54,7 @@ void Dispatcher::closed() {
 }
 
 void Dispatcher::drop_all(std::string_view text) {
-  for (const Command& command : std::exchange(waiting_, {})) drop(command, text);
+  while (!waiting_.empty()) drop(waiting_.take_front(), text);
 }
 
 // What it selects is wanted all the same: not every client looks at the result.
@@ -61,14 +64,28 @@ void Dispatcher::drop(const Command& command, std::string_view text) {
 }
 
 void Dispatcher::submit(Command command, TimePoint now) {
+  if (!command.peer.known() && ClientSettings::touched_by(command.line)) {
+    note_some("unknown", LOG_WARNING,
+              "from a process namespace whose clients look alike, so not sent: " + command.line,
+              now);
+    return host_.answer(command.id, kRefused);
+  }
   if (state_ == State::kClosed) return drop(command, kAway);
   waiting_.push_back(std::move(command));
   if (state_ == State::kIdle) next(now);
 }
 
-void Dispatcher::cancel(uint64_t id) {
-  if (current_ && current_->id == id) current_.reset();
-  std::erase_if(waiting_, [&](const Command& command) { return command.id == id; });
+void Dispatcher::cancel(uint64_t id, TimePoint now) {
+  waiting_.take(id);
+  if (!current_ || current_->id != id) return;
+  current_.reset();
+  if (state_ == State::kWaiting) deadline_ = std::min(deadline_, now + kLeftWait);
+}
+
+bool Dispatcher::refuse(uint64_t id) {
+  const auto command = waiting_.take(id);
+  if (command) drop(*command, kRefused);
+  return command.has_value();
 }
 
 void Dispatcher::receive(std::string_view bytes, TimePoint now) {
@@ -114,10 +131,9 @@ void Dispatcher::next(TimePoint now) {
     return send(State::kStarting, start_lines_[started_++], kOwnTimeout, now);
   }
   state_ = State::kIdle;
-  // A text would be taken in a set that its sender has not selected: the command fails, as those
-  // did that the end of the former server cut off.
-  while (!waiting_.empty() && waiting_.front().older &&
-         settings_.forgotten(waiting_.front().peer, waiting_.front().line)) {
+  // A text would be taken in a set that its sender has not selected: the command fails.
+  while (!waiting_.empty() && settings_.forgotten(waiting_.front().peer, waiting_.front().line,
+                                                  waiting_.front().older)) {
     drop(waiting_.front(), "");
     waiting_.pop_front();
   }
@@ -127,8 +143,7 @@ void Dispatcher::next(TimePoint now) {
     prepared_for_ = command.id;
     return send(State::kPreparing, *line, kOwnTimeout, now);
   }
-  current_ = std::move(waiting_.front());
-  waiting_.pop_front();
+  current_ = waiting_.take_front();
   sender_ = current_->peer;
   send(State::kWaiting, current_->line, current_->timeout, now);
 }
@@ -188,6 +203,7 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
     }
   } else {
     settings_.carried_out(sender_, sent_, ok);
+    waiting_.answered(sender_, true);
     if (event.too_long || event.unfit) {
       host_.note(LOG_ERR, "the answer does not fit a frame: " + sent_);
     }
@@ -200,8 +216,9 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
 
 // What became of the command under way is not known.
 void Dispatcher::give_up(TimePoint now, const std::string& why) {
-  host_.note(LOG_WARNING, why + sent_);
+  note_some("late", LOG_WARNING, why + sent_, now);
   settings_.unanswered(sender_, sent_);
+  waiting_.answered(sender_, false);
   finish_current("");
   settings_.lost();
   resync(now);
@@ -233,6 +250,11 @@ void Dispatcher::go_on(Resync::Step step, TimePoint now) {
       closed();
       return host_.give_up_port();
   }
+}
+
+void Dispatcher::note_some(std::string_view of, int priority, const std::string& text,
+                           TimePoint now) {
+  if (const auto line = log_limit_.limited(of, text, now)) host_.note(priority, *line);
 }
 
 void Dispatcher::push_report(const StreamEvent& event) {

@@ -40,7 +40,7 @@ void ModemLink::submit(Command command) {
 }
 
 void ModemLink::cancel(uint64_t id) {
-  dispatcher_.cancel(id);
+  dispatcher_.cancel(id, Clock::now());
   settle();
 }
 

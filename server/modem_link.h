@@ -33,6 +33,7 @@ class ModemLink : private Dispatcher::Host {
   void stop();
   void submit(Command command);
   void cancel(uint64_t id);
+  bool refuse(uint64_t id) { return dispatcher_.refuse(id); }
 
  private:
   void write_modem(std::string_view bytes) override;
@@ -40,6 +41,7 @@ class ModemLink : private Dispatcher::Host {
   void report(std::string_view text) override { handlers_.report(text); }
   void give_up_port() override;
   void note(int priority, const std::string& text) override;
+  bool runs(const Peer& peer) const override { return still_runs(peer); }
 
   void opened();
   void received(std::string_view bytes);
