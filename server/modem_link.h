@@ -49,6 +49,8 @@ class ModemLink : private Dispatcher::Host {
   void open_later();
   void await_opening();
   void open_again();
+  // The deadline has passed.
+  void due(unsigned passes);
   // After everything the dispatcher was told: its next deadline, and the end of a stop.
   void settle();
 
@@ -60,6 +62,7 @@ class ModemLink : private Dispatcher::Host {
   Handlers handlers_;
   Dispatcher dispatcher_;
   std::optional<TimePoint> armed_;
+  uint64_t pieces_ = 0;  // of bytes received
   BackOff back_off_;
   std::string why_;    // the port was lost, as was noted last
   bool lost_ = false;  // the port is to be opened again

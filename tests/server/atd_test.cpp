@@ -3,6 +3,7 @@
 #include <netinet/in.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <fstream>
@@ -76,7 +77,7 @@ TEST_F(Atd, AnswersAndRefuses) {
 TEST_F(Atd, BadClientsHoldNobodyUp) {
   const auto atd = start({"--sim-fault", "*:AT+CIMI:never", "--log", log});
   std::vector<int> stalled;
-  for (int i = 0; i < 130; ++i) {
+  for (int i = 0; i < 400; ++i) {
     stalled.push_back(test::connect_to(socket));
     if (i % 2) ::send(stalled.back(), "AT+CPBW=1", 9, 0);
     // Some leave before the whole frame.
@@ -90,6 +91,28 @@ TEST_F(Atd, BadClientsHoldNobodyUp) {
   for (int client : stalled) ::close(client);
   EXPECT_EQ(atd->end().status, 0);
   EXPECT_EQ(contents(log).find("CPBW"), std::string::npos);
+}
+
+// For a server in a container all processes outside have the number 0.
+TEST_F(Atd, ClientsOutsideItsNamespace) {
+  std::vector<std::string> arguments = {"--pid",   "--fork", "--kill-child", ATD_PROGRAM,
+                                        "--modem", "sim",    "--socket",     socket};
+  if (::geteuid() != 0) arguments.insert(arguments.begin(), "--user");
+  Program atd("/usr/bin/unshare", arguments);
+  if (!atd.ready()) GTEST_SKIP() << "no process namespaces here";
+  const std::string selected = ask(socket, "AT+CSCS=\"UCS2\"");
+  const pid_t other = ::fork();
+  if (other == 0) {
+    ask(socket, "AT+CSCS=\"GSM\"");
+    ::_exit(0);
+  }
+  ::waitpid(other, nullptr, 0);
+  // Where the kernel does not tell them apart, neither is one.
+  const std::string read = ask(socket, "AT+CPBR=1");
+  const std::string refusal = "\r\n+CME ERROR: 3\r\n";
+  EXPECT_NE(read.find(selected == kOk ? "\"0041006E" : refusal), std::string::npos) << read;
+  EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
+  atd.end(SIGKILL);
 }
 
 TEST_F(Atd, ReportsReachWhoeverListens) {
