@@ -2,9 +2,12 @@
 #include "server/modem_link.h"
 
 #include <gtest/gtest.h>
+#include <netdb.h>
 #include <sys/socket.h>
 
-#include "server/stream_port.h"
+#include <future>
+
+#include "server/tcp_port.h"
 
 namespace qalt::server {
 namespace {
@@ -50,5 +53,27 @@ TEST(ModemLink, AnAnswerThatCameInTimeIsInTime) {
   ::close(ends[1]);
 }
 
+std::promise<void> g_asked, g_told;
+
+// The system does not end looking for a name while the port, and all else, does.
+TEST(TcpPort, ANameThatIsLookedUpHoldsNoEndUp) {
+  {
+    asio::io_context context(1);
+    TcpPort port(context, {"modem.invalid", "1"});
+    port.open();
+    g_asked.get_future().wait();
+    port.close();
+    context.poll();
+  }
+  g_told.set_value();
+}
+
 }  // namespace
 }  // namespace qalt::server
+
+// In the place of the C library's.
+extern "C" int getaddrinfo(const char*, const char*, const addrinfo*, addrinfo**) {
+  qalt::server::g_asked.set_value();
+  qalt::server::g_told.get_future().wait();
+  return EAI_FAIL;
+}
