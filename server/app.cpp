@@ -43,9 +43,15 @@ App::App(asio::io_context& context, const Options& options)
                   command.older = socket_.took_over() && command.peer.started <= started_;
                   modem_.submit(std::move(command));
                 },
+                [this](uint64_t id) { return modem_.refuse(id); },
                 [this](uint64_t id) { modem_.cancel(id); },
                 {},
-                [this](int priority, const std::string& text) { logger_.log(priority, text); }}),
+                [this](std::string_view of, int priority, const std::string& text) {
+                  const auto now = std::chrono::steady_clock::now();
+                  if (const auto line = log_limit_.limited(of, text, now)) {
+                    logger_.log(priority, *line);
+                  }
+                }}),
       reports_(context, options.report_paths, logger_),
       modem_(context, make_port(context, options.modem), options.start_lines, options.longest_wait,
              transcript_, logger_),

@@ -119,18 +119,23 @@ bool ClientSettings::prepared(std::string_view answer, bool ok) {
 }
 
 void ClientSettings::carried_out(const Peer& peer, std::string_view line, bool ok) {
-  apply(line, ok, values_of(peer).values);
+  const auto found = peers_.find(peer);
+  Values values = found == peers_.end() ? Values() : found->second.values;
+  apply(line, ok, values);
+  remember(peer, values);
 }
 
 void ClientSettings::unanswered(const Peer& peer, std::string_view line) {
-  const std::vector<at::Command> commands = commands_of(line);
-  for (size_t i = 0; i < kSettings; ++i) {
-    for (const at::Command& command : commands) {
+  const auto found = peers_.find(peer);
+  Values values = found == peers_.end() ? Values() : found->second.values;
+  for (const at::Command& command : commands_of(line)) {
+    for (size_t i = 0; i < kSettings; ++i) {
       if (!selects(command, i)) continue;
-      values_of(peer).values[i] = selected_value(command.arguments);
+      values[i] = selected_value(command.arguments);
       current_[i].reset();
     }
   }
+  remember(peer, values);
 }
 
 void ClientSettings::answered(std::string_view answer) {
@@ -140,21 +145,34 @@ void ClientSettings::answered(std::string_view answer) {
   classes_ = has_class || (classes_ && !doubted_);
 }
 
-bool ClientSettings::matter_to(std::string_view line) {
+bool ClientSettings::touched_by(std::string_view line) {
   const std::vector<at::Command> commands = commands_of(line);
   return std::any_of(commands.begin(), commands.end(), [](const at::Command& command) {
-    return acts_on(command, kCharset) || acts_on(command, kStorage);
+    return selects(command, kCharset) || selects(command, kStorage) || acts_on(command, kCharset) ||
+           acts_on(command, kStorage);
   });
 }
 
-bool ClientSettings::forgotten(const Peer& peer, std::string_view line) {
+bool ClientSettings::forgotten(const Peer& peer, std::string_view line, bool older) {
   const std::vector<at::Command> commands = commands_of(line);
-  if (commands.empty() || commands.front().form != at::Form::kSet ||
+  const auto lost = evicted_.find(peer);
+  for (const size_t i : {kCharset, kStorage}) {
+    if (lost == evicted_.end() || !lost->second[i]) continue;
+    for (const at::Command& command : commands) {
+      if (selects(command, i)) break;
+      if (!acts_on(command, i)) continue;
+      evicted_.erase(lost);
+      return true;
+    }
+  }
+  // Of an older one it is not known whether it selected anything.
+  if (!older || commands.empty() || commands.front().form != at::Form::kSet ||
       !contains(kSetTexts, commands.front().name)) {
     return false;
   }
-  PeerValues& known = values_of(peer);
-  return !known.values[kCharset] && !std::exchange(known.told, true);
+  const auto found = peers_.find(peer);
+  if (found != peers_.end() && found->second.values[kCharset]) return false;
+  return told_.insert(peer).second;
 }
 
 void ClientSettings::initialised(std::string_view line, bool ok) {
@@ -194,15 +212,31 @@ void ClientSettings::reopened() {
   asked_ = {};
 }
 
-ClientSettings::PeerValues& ClientSettings::values_of(const Peer& peer) {
-  if (!peers_.contains(peer) && peers_.size() == kMostPeers) {
-    peers_.erase(std::min_element(peers_.begin(), peers_.end(), [](const auto& a, const auto& b) {
-      return a.second.used < b.second.used;
-    }));
+// Nothing is kept of one that selected nothing.
+void ClientSettings::remember(const Peer& peer, const Values& values) {
+  if (!peer.known()) return;
+  if (!peers_.contains(peer)) {
+    if (values == Values()) return;
+    if (peers_.size() == kMostPeers) make_place();
   }
-  PeerValues& entry = peers_[peer];
-  entry.used = ++uses_;
-  return entry;
+  peers_[peer] = {values, ++uses_};
+  const auto lost = evicted_.find(peer);
+  if (lost == evicted_.end()) return;
+  for (size_t i = 0; i < kSettings; ++i) lost->second[i] &= !values[i];
+}
+
+void ClientSettings::make_place() {
+  const auto ended = [this](const auto& row) { return !runs_(row.first); };
+  if (std::erase_if(peers_, ended) > 0) return;
+  const auto oldest =
+      std::min_element(peers_.begin(), peers_.end(),
+                       [](const auto& a, const auto& b) { return a.second.used < b.second.used; });
+  if (evicted_.size() == kMostEvicted && std::erase_if(evicted_, ended) == 0) {
+    evicted_.erase(evicted_.begin());
+  }
+  auto& lost = evicted_[oldest->first];
+  for (size_t i = 0; i < kSettings; ++i) lost[i] |= oldest->second.values[i].has_value();
+  peers_.erase(oldest);
 }
 
 }  // namespace qalt::server

@@ -29,8 +29,9 @@ constexpr unsigned kMostCalls = 2;
 // What a client gets while there is no modem (3GPP TS 27.007, 9.2: no connection to phone).
 constexpr std::string_view kAway = "\r\n+CME ERROR: 1\r\n";
 
-// For a line that no client may send (operation not allowed), and for a call that was ended.
-constexpr std::string_view kNotAllowed = "\r\n+CME ERROR: 3\r\n";
+// For what the server does not send (3GPP TS 27.007, 9.2: operation not allowed).
+constexpr std::string_view kRefused = "\r\n+CME ERROR: 3\r\n";
+// For a call that was ended.
 constexpr std::string_view kCallEnded = "\r\nNO CARRIER\r\n";
 
 // What a client gets instead of an answer that a frame cannot carry (3GPP TS 27.007, 9.2: text
@@ -67,7 +68,7 @@ void Dispatcher::closed() {
 }
 
 void Dispatcher::drop_all(std::string_view text) {
-  for (const Command& command : std::exchange(waiting_, {})) drop(command, text);
+  while (!waiting_.empty()) drop(waiting_.take_front(), text);
 }
 
 // What it selects is wanted all the same: not every client looks at the result.
@@ -78,18 +79,32 @@ void Dispatcher::drop(const Command& command, std::string_view text) {
 
 void Dispatcher::submit(Command command, TimePoint now) {
   if (rule_of(command.line) == LineRule::kRefused) {
-    host_.note(LOG_INFO,
-               "the line's modes and data calls are no client's, so not sent: " + command.line);
-    return host_.answer(command.id, kNotAllowed);
+    note_some("modes", LOG_INFO,
+              "the line's modes and data calls are no client's, so not sent: " + command.line, now);
+    return host_.answer(command.id, kRefused);
+  }
+  if (!command.peer.known() && ClientSettings::touched_by(command.line)) {
+    note_some("unknown", LOG_WARNING,
+              "from a process namespace whose clients look alike, so not sent: " + command.line,
+              now);
+    return host_.answer(command.id, kRefused);
   }
   if (state_ == State::kClosed) return drop(command, kAway);
   waiting_.push_back(std::move(command));
   if (state_ == State::kIdle) next(now);
 }
 
-void Dispatcher::cancel(uint64_t id) {
-  if (current_ && current_->id == id) current_.reset();
-  std::erase_if(waiting_, [&](const Command& command) { return command.id == id; });
+void Dispatcher::cancel(uint64_t id, TimePoint now) {
+  waiting_.take(id);
+  if (!current_ || current_->id != id) return;
+  current_.reset();
+  if (state_ == State::kWaiting) deadline_ = std::min(deadline_, now + kLeftWait);
+}
+
+bool Dispatcher::refuse(uint64_t id) {
+  const auto command = waiting_.take(id);
+  if (command) drop(*command, kRefused);
+  return command.has_value();
 }
 
 void Dispatcher::receive(std::string_view bytes, TimePoint now) {
@@ -148,10 +163,9 @@ void Dispatcher::next(TimePoint now) {
     return send(State::kStarting, start_lines_[started_++], kOwnTimeout, now);
   }
   state_ = State::kIdle;
-  // A text would be taken in a set that its sender has not selected: the command fails, as those
-  // did that the end of the former server cut off.
-  while (!waiting_.empty() && waiting_.front().older &&
-         settings_.forgotten(waiting_.front().peer, waiting_.front().line)) {
+  // A text would be taken in a set that its sender has not selected: the command fails.
+  while (!waiting_.empty() && settings_.forgotten(waiting_.front().peer, waiting_.front().line,
+                                                  waiting_.front().older)) {
     drop(waiting_.front(), "");
     waiting_.pop_front();
   }
@@ -161,8 +175,7 @@ void Dispatcher::next(TimePoint now) {
     prepared_for_ = command.id;
     return send(State::kPreparing, *line, kOwnTimeout, now);
   }
-  current_ = std::move(waiting_.front());
-  waiting_.pop_front();
+  current_ = waiting_.take_front();
   sender_ = current_->peer;
   rule_ = rule_of(current_->line);
   send(State::kWaiting, current_->line, current_->timeout, now);
@@ -233,11 +246,12 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
   } else {
     settings_.carried_out(sender_, sent_, ok);
     settings_.answered(event.text);
+    waiting_.answered(sender_, true);
     if (event.too_long || event.unfit) {
       host_.note(LOG_ERR, "the answer does not fit a frame: " + sent_);
     }
     // A text went in another set than the client's, or came in one.
-    const bool doubtful = restarted_ && ClientSettings::matter_to(sent_);
+    const bool doubtful = restarted_ && ClientSettings::touched_by(sent_);
     finish_current(doubtful          ? ""
                    : event.connected ? kCallEnded
                    : event.too_long  ? kTooLong
@@ -259,8 +273,9 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
 
 // What became of the command under way is not known.
 void Dispatcher::give_up(TimePoint now, const std::string& why) {
-  host_.note(LOG_WARNING, why + sent_);
+  note_some("late", LOG_WARNING, why + sent_, now);
   settings_.unanswered(sender_, sent_);
+  waiting_.answered(sender_, false);
   finish_current("");
   settings_.lost();
   calls_ = 0;
@@ -291,8 +306,11 @@ void Dispatcher::restarted(TimePoint now) {
 // Nobody's commands are for the other end of a call. One that was late, or that the modem took by
 // itself, is met here, too.
 void Dispatcher::leave_data_call(TimePoint now) {
-  host_.note(LOG_WARNING, "a data call began and is ended: it needs a port of its own");
-  if (state_ == State::kWaiting) settings_.unanswered(sender_, sent_);
+  note_some("call", LOG_WARNING, "a data call began and is ended: it needs a port of its own", now);
+  if (state_ == State::kWaiting) {
+    settings_.unanswered(sender_, sent_);
+    waiting_.answered(sender_, false);
+  }
   finish_current("");
   settings_.lost();
   restarted_ = false;
@@ -329,6 +347,11 @@ void Dispatcher::go_on(Resync::Step step, TimePoint now) {
       closed();
       return host_.give_up_port();
   }
+}
+
+void Dispatcher::note_some(std::string_view of, int priority, const std::string& text,
+                           TimePoint now) {
+  if (const auto line = log_limit_.limited(of, text, now)) host_.note(priority, *line);
 }
 
 void Dispatcher::push_report(const StreamEvent& event) {

@@ -10,6 +10,9 @@ using Clock = std::chrono::steady_clock;
 using Kind = at::TranscriptEntry::Kind;
 using std::chrono::milliseconds;
 
+// Of bytes without an end no more is taken before the time counts.
+constexpr unsigned kMostPasses = 64;
+
 }  // namespace
 
 ModemLink::ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
@@ -40,7 +43,7 @@ void ModemLink::submit(Command command) {
 }
 
 void ModemLink::cancel(uint64_t id) {
-  dispatcher_.cancel(id);
+  dispatcher_.cancel(id, Clock::now());
   settle();
 }
 
@@ -71,6 +74,7 @@ void ModemLink::opened() {
 }
 
 void ModemLink::received(std::string_view bytes) {
+  ++pieces_;
   transcript_.add(Kind::kFromModem, bytes);
   dispatcher_.receive(bytes, Clock::now());
   if (dispatcher_.serving()) back_off_.answered();
@@ -112,6 +116,7 @@ void ModemLink::open_again() {
 void ModemLink::settle() {
   if (stopping_ && !dispatcher_.command_under_way()) {
     timer_.cancel();
+    armed_.reset();
     reopen_timer_.cancel();
     port_->close();
     return handlers_.idle();
@@ -126,6 +131,16 @@ void ModemLink::settle() {
   timer_.expires_at(*deadline);
   timer_.async_wait([this](const asio::error_code& error) {
     if (error) return;
+    due(kMostPasses);
+  });
+}
+
+// What came before the time is up is in time, though this process stood still meanwhile: it is
+// taken first, which needs a pass of the loop for each piece.
+void ModemLink::due(unsigned passes) {
+  asio::post(timer_.get_executor(), [this, passes, before = pieces_, deadline = armed_] {
+    if (!armed_ || armed_ != deadline) return;
+    if (passes > 0 && pieces_ != before) return due(passes - 1);
     armed_.reset();
     dispatcher_.tick(Clock::now());
     settle();

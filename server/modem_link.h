@@ -34,6 +34,7 @@ class ModemLink : private Dispatcher::Host {
   void stop();
   void submit(Command command);
   void cancel(uint64_t id);
+  bool refuse(uint64_t id) { return dispatcher_.refuse(id); }
 
  private:
   void write_modem(std::string_view bytes) override;
@@ -43,6 +44,7 @@ class ModemLink : private Dispatcher::Host {
   void note(int priority, const std::string& text) override;
   // As note(), of what a modem without sense makes happen for ever.
   void note_some(std::string_view of, int priority, const std::string& text);
+  bool runs(const Peer& peer) const override { return still_runs(peer); }
 
   void opened();
   void received(std::string_view bytes);
@@ -50,6 +52,8 @@ class ModemLink : private Dispatcher::Host {
   void open_later();
   void await_opening();
   void open_again();
+  // The deadline has passed.
+  void due(unsigned passes);
   // After everything the dispatcher was told: its next deadline, and the end of a stop.
   void settle();
 
@@ -61,6 +65,7 @@ class ModemLink : private Dispatcher::Host {
   Handlers handlers_;
   Dispatcher dispatcher_;
   std::optional<TimePoint> armed_;
+  uint64_t pieces_ = 0;  // of bytes received
   BackOff back_off_;
   LogLimit log_limit_;
   std::string why_;    // the port was lost, as was noted last

@@ -95,7 +95,7 @@ class Service : qalt::server::Dispatcher::Host {
       if (step >= 140 && step < 155) pace_ = milliseconds(value * 15);
       if (step >= 155 && step < 170) late_ = milliseconds(value * 100);
       if (step >= 170 && step < 185) ++unheard_;
-      if (step >= 185 && step < 200) open_.erase(value), dispatcher_.cancel(value);
+      if (step >= 185 && step < 200) open_.erase(value), dispatcher_.cancel(value, now_);
       if (step >= 200 && step < 205) dispatcher_.closed(), reopen_ = true;
       if (step >= 205 && step < 220) hear(step % 2 ? "\r\n+CREG: 1\r\n" : "\r\nRDY\r\n");
       if (step >= 220 && !in_order_) hear(value % 2 ? input.text() : "\r\n> ");
@@ -108,7 +108,7 @@ class Service : qalt::server::Dispatcher::Host {
   void submit(const std::string& line, uint8_t value) {
     open_[++last_] = now_ + int(open_.size() + 2) * std::chrono::seconds(1200);
     const std::string text = "AT+" + line + "=" + std::to_string(last_);
-    dispatcher_.submit({last_, text, milliseconds(value * 100 + 1), {value % 4, 1}}, now_);
+    dispatcher_.submit({last_, text, milliseconds(value * 100 + 1), {value % 4 + 1, 1}}, now_);
   }
   void hear(std::string_view bytes) {
     dispatcher_.receive(bytes, now_);

@@ -3,6 +3,7 @@
 #include <netinet/in.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <fstream>
@@ -10,6 +11,7 @@
 #include <thread>
 #include <tuple>
 
+#include "server/client_session.h"
 #include "sim/modem.h"
 #include "tests/support/program.h"
 
@@ -75,8 +77,9 @@ TEST_F(Atd, AnswersAndRefuses) {
 
 TEST_F(Atd, BadClientsHoldNobodyUp) {
   const auto atd = start({"--sim-fault", "*:AT+CIMI:never", "--log", log});
+  const auto begun = std::chrono::steady_clock::now();
   std::vector<int> stalled;
-  for (int i = 0; i < 130; ++i) {
+  for (int i = 0; i < 400; ++i) {
     stalled.push_back(test::connect_to(socket));
     if (i % 2) ::send(stalled.back(), "AT+CPBW=1", 9, 0);
     // Some leave before the whole frame.
@@ -87,9 +90,33 @@ TEST_F(Atd, BadClientsHoldNobodyUp) {
   ::close(lost);
   EXPECT_EQ(ask(socket, "AT+CIMI", 50), "");
   EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
+  // Before any of them has had the time that a client has.
+  EXPECT_LT(std::chrono::steady_clock::now() - begun, qalt::server::ClientSession::kFrameTime);
   for (int client : stalled) ::close(client);
   EXPECT_EQ(atd->end().status, 0);
   EXPECT_EQ(contents(log).find("CPBW"), std::string::npos);
+}
+
+// For a server in a container all processes outside have the number 0.
+TEST_F(Atd, ClientsOutsideItsNamespace) {
+  std::vector<std::string> arguments = {"--pid",   "--fork", "--kill-child", ATD_PROGRAM,
+                                        "--modem", "sim",    "--socket",     socket};
+  if (::geteuid() != 0) arguments.insert(arguments.begin(), "--user");
+  Program atd("/usr/bin/unshare", arguments);
+  if (!atd.ready()) GTEST_SKIP() << "no process namespaces here";
+  const std::string selected = ask(socket, "AT+CSCS=\"UCS2\"");
+  const pid_t other = ::fork();
+  if (other == 0) {
+    ask(socket, "AT+CSCS=\"GSM\"");
+    ::_exit(0);
+  }
+  ::waitpid(other, nullptr, 0);
+  // Where the kernel does not tell them apart, neither is one.
+  const std::string read = ask(socket, "AT+CPBR=1");
+  const std::string refusal = "\r\n+CME ERROR: 3\r\n";
+  EXPECT_NE(read.find(selected == kOk ? "\"0041006E" : refusal), std::string::npos) << read;
+  EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
+  atd.end(SIGKILL);
 }
 
 TEST_F(Atd, ReportsReachWhoeverListens) {
@@ -195,6 +222,39 @@ TEST_F(Atd, StandsWithoutItsStreams) {
     }
     EXPECT_EQ(program.end().status, 0);
   }
+}
+
+TEST_F(Atd, UnreadMessagesHoldNobodyUp) {
+  int pipe[2];
+  ASSERT_EQ(::pipe(pipe), 0);
+  const std::string full(65'536, 'x');
+  ::fcntl(pipe[1], F_SETPIPE_SZ, int(full.size()));
+  ASSERT_EQ(::write(pipe[1], full.data(), full.size()), ssize_t(full.size()));
+  Program atd("/bin/sh", {"-c", "exec \"$0\" \"$@\" 2>&" + std::to_string(pipe[1]), ATD_PROGRAM,
+                          "--modem", "sim", "--socket", socket, "--verbose"});
+  ASSERT_TRUE(atd.ready());
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(ask(socket, "no command"), kError);
+  EXPECT_EQ(atd.end().status, 0);
+  // Nor does a pipe as transcript, or what a link or another name leads to.
+  const std::string fifo = folder.file("fifo"), link = folder.file("link");
+  ::mkfifo(fifo.c_str(), 0600);
+  std::ofstream(log) << "kept";
+  ::symlink(log.c_str(), link.c_str());
+  for (const auto& [path, said] : {std::pair(fifo, "fifo"), {link, "link"}}) {
+    const Ended ended = run({"--modem", "sim", "--socket", socket, "--log", path});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_NE(ended.err.find(said), std::string::npos) << ended.err;
+  }
+  ::link(log.c_str(), folder.file("name").c_str());
+  EXPECT_EQ(run({"--modem", "sim", "--socket", socket, "--log", log}).status, 1);
+  EXPECT_EQ(contents(log), "kept");
+  ::unlink(log.c_str());
+  // What others could read is the owner's.
+  ::chmod(folder.file("name").c_str(), 0644);
+  EXPECT_EQ(start({"--log", folder.file("name")})->end().status, 0);
+  EXPECT_EQ(mode_of(folder.file("name")), 0600u);
+  ::close(pipe[0]);
+  ::close(pipe[1]);
 }
 
 TEST_F(Atd, FinishesTheCommandUnderWay) {

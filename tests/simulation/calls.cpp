@@ -11,6 +11,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <cstring>
+
 #include "tests/simulation/network.h"
 
 using qalt::simulation::Network;
@@ -42,6 +44,13 @@ int socket(int domain, int type, int protocol) noexcept {
 int connect(int descriptor, const sockaddr* address, socklen_t size) {
   if (simulated(descriptor)) return network().connect(descriptor, address, size);
   return int(syscall(SYS_connect, descriptor, address, size));
+}
+int getsockopt(int descriptor, int level, int name, void* value, socklen_t* size) noexcept {
+  if (simulated(descriptor)) {
+    std::memset(value, 0, *size);  // root listens
+    return 0;
+  }
+  return int(syscall(SYS_getsockopt, descriptor, level, name, value, size));
 }
 int bind(int descriptor, const sockaddr* address, socklen_t size) noexcept {
   if (simulated(descriptor)) return network().bind(descriptor, address, size);

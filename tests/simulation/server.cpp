@@ -192,7 +192,7 @@ void Server::requested(uint64_t connection, int client, const AtMsg& frame) {
 
 void Server::left(uint64_t connection) {
   asked_.erase(connection);
-  dispatcher_->cancel(connection);
+  dispatcher_->cancel(connection, point(world_.now()));
   settle();
 }
 
@@ -204,10 +204,10 @@ void Server::write_modem(std::string_view bytes) {
     return;
   }
   const std::string_view line = bytes.substr(0, bytes.size() - 1);
-  const auto asked = std::find_if(asked_.begin(), asked_.end(), [&](const auto& row) {
-    return row.second.exchange == nullptr && row.second.line == line;
-  });
-  if (asked == asked_.end()) world_.wrong("nobody asked for this: " + std::string(line));
+  const auto asked = asked_.find(dispatcher_->id_under_way());
+  if (asked == asked_.end() || asked->second.exchange != nullptr || asked->second.line != line) {
+    world_.wrong("nobody asked for this: " + std::string(line));
+  }
   free_text_ = has_free_text(line);
   const std::shared_ptr<Call> call = asked->second.call;
   writing_ = call;
