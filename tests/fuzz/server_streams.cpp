@@ -146,7 +146,6 @@ class Service : qalt::server::Dispatcher::Host {
   void report(std::string_view) override {}
   void note(int, const std::string&) override {}
   void give_up_port() override { reopen_ = true; }
-
   bool in_order_, reopen_ = false;
   TimePoint now_{};
   milliseconds pace_{}, late_{};
