@@ -1,5 +1,7 @@
 #include "at/at_line.h"
 
+#include <algorithm>
+
 namespace qalt::at {
 namespace {
 
@@ -53,8 +55,9 @@ bool read_basic(std::string_view line, size_t& position, Command& command) {
   if (position == line.size() || !is_letter(line[position])) return false;
   command.name += upper(line[position++]);
   if (command.name == "D") {
-    command.arguments = line.substr(position);
-    position = line.size();
+    const size_t end = std::min(command_end(line, position) + 1, line.size());
+    command.arguments = line.substr(position, end - position);
+    position = end;
     return true;
   }
   size_t end = position;
@@ -83,8 +86,8 @@ bool starts_with_nocase(std::string_view text, std::string_view prefix) {
   return true;
 }
 
-std::optional<std::vector<Command>> split_line(std::string_view line) {
-  if (!starts_with_nocase(line, "AT")) return std::nullopt;
+LineCommands read_line(std::string_view line) {
+  if (!starts_with_nocase(line, "AT")) return {{}, false};
   std::vector<Command> commands;
   for (size_t position = 2; position < line.size();) {
     if (line[position] == ' ' || line[position] == ';') {
@@ -98,14 +101,20 @@ std::optional<std::vector<Command>> split_line(std::string_view line) {
       while (position < end && is_name(line[position])) command.name += upper(line[position++]);
       std::string_view rest = line.substr(position, end - position);
       while (!rest.empty() && rest.back() == ' ') rest.remove_suffix(1);
-      if (command.name.size() < 2 || !read_form(rest, command)) return std::nullopt;
+      if (command.name.size() < 2 || !read_form(rest, command)) return {commands, false};
       position = end;
     } else if (!read_basic(line, position, command)) {
-      return std::nullopt;
+      return {commands, false};
     }
     commands.push_back(std::move(command));
   }
-  return commands;
+  return {commands, true};
+}
+
+std::optional<std::vector<Command>> split_line(std::string_view line) {
+  LineCommands read = read_line(line);
+  if (!read.whole) return std::nullopt;
+  return std::move(read.commands);
 }
 
 std::optional<std::vector<Argument>> split_arguments(std::string_view arguments) {

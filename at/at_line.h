@@ -23,9 +23,17 @@ struct Command {
   std::string arguments;  // of a basic command its number, of a set what follows "="
 };
 
-// The commands of a line that begins with "AT" in either case, in order; none for other lines and
-// for a line that breaks the syntax. "AT" alone gives an empty list. A ";" inside quotes does not
-// end a command; "D" takes the rest of the line.
+struct LineCommands {
+  std::vector<Command> commands;
+  bool whole = true;  // the line has no others
+};
+
+// The commands of a line that begins with "AT" in either case, in order, up to the first that
+// breaks the syntax. "AT" alone gives an empty list. A ";" inside quotes does not end a command;
+// that of "D" belongs to what it dials (V.250, 6.3.1).
+LineCommands read_line(std::string_view line);
+
+// As read_line(), but none for a line that breaks the syntax anywhere.
 std::optional<std::vector<Command>> split_line(std::string_view line);
 
 struct Argument {

@@ -6,23 +6,29 @@
 namespace qalt::at {
 namespace {
 
-constexpr std::string_view kPrefixes = "+^$%*#!@_";
+constexpr std::string_view kPrefixes = "+^$%*#!@_&\\";
 // What may stand between a dialling command and its digits (ITU-T V.250, 6.3.1, and punctuation).
 constexpr std::string_view kDialModifiers = "TPWLGI,!@\"()-./";
-constexpr std::array<std::string_view, 6> kSecretWords = {"PIN",  "PUK", "PWD",
-                                                          "PASS", "LCK", "LOCK"};
+constexpr std::array<std::string_view, 6> kSecretWords = {"PIN", "PUK", "CHV",
+                                                          "PWD", "LCK", "LOCK"};
+constexpr std::string_view kPasswordWord = "PASS";
 // User names and passwords, of letters too, follow two other values.
 constexpr std::string_view kAccountWord = "AUTH";
 constexpr int kAccountValue = 2;
+constexpr int kShortestPin = 4;  // 3GPP TS 51.011, 9.3
 // Instructions: VERIFY, CHANGE, DISABLE, ENABLE and UNBLOCK PIN.
-constexpr std::array<std::string_view, 5> kPinInstructions = {"20", "24", "26", "28", "2C"};
+// An odd one has its data in the other form (ISO/IEC 7816-4, 5.4.2).
+constexpr std::array<std::string_view, 10> kPinInstructions = {"20", "21", "24", "25", "26",
+                                                               "27", "28", "29", "2C", "2D"};
 // Class, instruction, two parameters and the length, in digits.
 constexpr size_t kCardHeader = 10;
 constexpr size_t kLongestName = 32;
 constexpr size_t kLongestServiceCode = 8;
 constexpr std::array<std::string_view, 2> kServiceCommands = {"+CUSD", "+CSTF"};
-// A service code in UCS2 begins so, and one in octets.
-constexpr std::array<std::string_view, 4> kCodedStarts = {"002A", "0023", "2A", "23"};
+// A service code in UCS2 begins so, and one in octets or in septets.
+constexpr std::array<std::string_view, 6> kCodedStarts = {"002A", "0023", "2A", "23", "AA", "A3"};
+// What may be told of the answer to a secret.
+constexpr std::array<std::string_view, 2> kErrors = {"+CME ERROR: ", "+CMS ERROR: "};
 // Registering a password, changing a PIN, unblocking one; call barring.
 constexpr std::array<std::string_view, 12> kServiceCodes = {
     "03", "04", "042", "05", "052", "33", "330", "331", "332", "333", "35", "351"};
@@ -37,7 +43,7 @@ bool is_hexadecimal(char c) {
   return is_decimal(c) || (c >= 'A' && c <= 'F');
 }
 bool is_of_name(char c) {
-  return is_decimal(c) || (c >= 'A' && c <= 'Z') || c == '_' || c == '-';
+  return is_decimal(c) || (c >= 'A' && c <= 'Z') || c == '_' || c == '-' || c == '.' || c == '/';
 }
 
 template <typename List>
@@ -61,12 +67,19 @@ bool is_service_code(std::string_view text) {
 
 std::string SecretMask::masked(std::string_view bytes) {
   std::string result(bytes);
-  for (char& byte : result) byte = take(byte);
+  masked_ = 0;
+  for (char& byte : result) {
+    const char shown = take(byte);
+    masked_ += shown != byte;
+    byte = shown;
+  }
   return result;
 }
 
 void SecretMask::reset() {
+  const int count = masked_;
   *this = SecretMask();
+  masked_ = count;
 }
 
 char SecretMask::take(char byte) {
@@ -99,10 +112,12 @@ void SecretMask::take_name(char letter) {
       name_ += letter;
       return;
     }
-    const bool account = name_.find(kAccountWord) != name_.npos;
+    const bool password = name_.find(kPasswordWord) != name_.npos;
+    const bool account = password || name_.find(kAccountWord) != name_.npos;
     // The answer to a question for them bears them, too.
     if (letter == '=' || (letter == ':' && account)) {
-      const bool card = name_ == "+CSIM" || name_ == "+CGLA";
+      const bool card = name_.ends_with("CSIM") || name_.ends_with("CGLA");
+      open_values_ = account && !password ? kAccountValue : 0;
       value_ = account                        ? Value::kAccount
                : names_secret(name_)          ? Value::kSecret
                : card                         ? Value::kCardCommand
@@ -127,10 +142,11 @@ bool SecretMask::is_secret(char letter) {
     case Value::kSecret:
       return is_decimal(letter);
     case Value::kAccount:
-      return values_ >= kAccountValue;
+      return values_ >= open_values_;
     case Value::kServiceCode:
       if (text_.size() < kLongestServiceCode) text_ += letter;
-      if (is_service_code(text_) || has(kCodedStarts, text_)) value_ = Value::kSecret;
+      if (is_service_code(text_)) value_ = Value::kSecret;
+      if (has(kCodedStarts, text_)) value_ = Value::kAccount;
       return false;
     case Value::kCardCommand:
       if (!is_hexadecimal(letter)) return false;
@@ -139,6 +155,35 @@ bool SecretMask::is_secret(char letter) {
       return false;
   }
   return false;
+}
+
+std::string LineMask::to_modem(std::string_view bytes) {
+  std::string text = to_modem_.masked(bytes);
+  const bool secret = to_modem_.masked_count() >= kShortestPin;
+  ending_ = hiding_ && !secret;
+  if (secret) sent_ = text;
+  hiding_ |= secret;
+  return text;
+}
+
+std::string LineMask::from_modem(std::string_view bytes) {
+  std::string text = from_modem_.masked(bytes);
+  for (char& byte : text) {
+    if (byte == '\n') {
+      line_.clear();
+      hiding_ = hiding_ && !ending_;
+      continue;
+    }
+    if (line_.size() <= std::max(sent_.size(), kErrors.front().size())) line_ += byte;
+    if (hiding_ && is_decimal(byte) && !may_be_told()) byte = '*';
+  }
+  return text;
+}
+
+bool LineMask::may_be_told() const {
+  return sent_.starts_with(line_) ||
+         std::any_of(kErrors.begin(), kErrors.end(),
+                     [&](std::string_view error) { return line_.starts_with(error); });
 }
 
 std::string without_secrets(std::string_view text) {

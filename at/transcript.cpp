@@ -8,6 +8,7 @@
 #include <chrono>
 #include <ctime>
 #include <system_error>
+#include <utility>
 
 #include "at/escape.h"
 
@@ -49,16 +50,28 @@ Transcript::Transcript(std::string path) : path_(std::move(path)) {
 
 void Transcript::reopen() {
   if (path_.empty()) return;
-  const int descriptor = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-  if (descriptor < 0) throw std::system_error(errno, std::generic_category(), path_);
-  file_.reset(::fdopen(descriptor, "a"));
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  const int descriptor = ::open(path_.c_str(), kFlags, 0600);
+  if (descriptor < 0) {
+    const bool link = errno == ELOOP;
+    throw std::system_error(errno, std::generic_category(),
+                            path_ + (link ? " is a link, and none is followed" : ""));
+  }
+  std::unique_ptr<FILE, Closer> file(::fdopen(descriptor, "a"));
+  struct stat found {};
+  if (::fstat(descriptor, &found) != 0 || !S_ISREG(found.st_mode) || found.st_uid != ::geteuid() ||
+      found.st_nlink > 1 || ::fchmod(descriptor, 0600) != 0) {
+    throw std::system_error(EPERM, std::generic_category(),
+                            path_ + " is no file of this user alone, with one name");
+  }
+  file_ = std::move(file);
 }
 
 void Transcript::add(TranscriptEntry::Kind kind, std::string_view bytes) {
   if (!file_) return;
   using Kind = TranscriptEntry::Kind;
-  const std::string text = kind == Kind::kToModem     ? to_modem_.masked(bytes)
-                           : kind == Kind::kFromModem ? from_modem_.masked(bytes)
+  const std::string text = kind == Kind::kToModem     ? mask_.to_modem(bytes)
+                           : kind == Kind::kFromModem ? mask_.from_modem(bytes)
                                                       : without_secrets(bytes);
   std::fprintf(file_.get(), "%s %c %s\n", time_now().c_str(), char(kind), escaped(text).c_str());
   std::fflush(file_.get());

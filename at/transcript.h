@@ -27,7 +27,8 @@ std::optional<TranscriptEntry> parse_transcript_line(std::string_view line);
 
 class Transcript {
  public:
-  // Appends to `path`, which only its owner may read: phonebooks are private. An empty path:
+  // Appends to `path`, which only its owner may read: phonebooks are private. It is a file of this
+  // process's user with no other name, and no link; a pipe could hold the server up. An empty path:
   // nothing is recorded. Throws std::system_error.
   explicit Transcript(std::string path);
 
@@ -43,8 +44,7 @@ class Transcript {
   };
   std::string path_;
   std::unique_ptr<FILE, Closer> file_;
-  SecretMask to_modem_;
-  SecretMask from_modem_;
+  LineMask mask_;
 };
 
 }  // namespace qalt::at

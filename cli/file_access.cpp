@@ -123,15 +123,6 @@ void write_file(const std::string& path, const std::string& text) {
   }
 }
 
-void open_standard_descriptors() {
-  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    if (fcntl(number, F_GETFD) != -1) continue;
-    // The wrong direction: reading the input or writing the output is an error then. The lowest
-    // free number is this one.
-    open("/dev/null", number == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
-  }
-}
-
 std::string read_file(const std::string& path) {
   // A FIFO without a writer is waited for below, where an interrupt ends it.
   const bool standard = path == kStandardStream;

@@ -10,10 +10,6 @@ namespace qalt::cli {
 // A path that means standard input or output.
 constexpr char kStandardStream[] = "-";
 
-// To be called before anything is opened: a closed one of the descriptors 0 to 2 would get the
-// number of a file or socket of ours. Using one that was closed fails, as it did.
-void open_standard_descriptors();
-
 // All bytes of a file, or of standard input. Throws Failure: kBadInput on any error, kInterrupted
 // when the user interrupts first.
 std::string read_file(const std::string& path);

@@ -8,10 +8,11 @@
 #include "cli/failure.h"
 #include "cli/file_access.h"
 #include "cli/interrupts.h"
+#include "common/descriptors.h"
 
 int main(int argc, char** argv) {
   using namespace qalt::cli;
-  open_standard_descriptors();
+  qalt::open_standard_descriptors();
   int status = 0;
   const auto arguments = read_arguments(argc, argv, status);
   if (!arguments) return status;

@@ -2,6 +2,9 @@
 #ifndef QALT_COMMON_COMMAND_LINE_H_
 #define QALT_COMMON_COMMAND_LINE_H_
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <string>
@@ -22,6 +25,19 @@ inline CLI::Validator decimal() {
         return "";
       },
       "", "");
+}
+
+// "--ready-fd": a descriptor that the starter opened for it. What is opened later under its number
+// would get the line; the streams 0 to 2 have another use.
+inline void add_ready_option(CLI::App& app, int& descriptor, const std::string& when) {
+  app.add_option("--ready-fd", descriptor, "descriptor that gets the line \"ready\" once " + when)
+      ->type_name("FD")
+      ->check([](const std::string& text) -> std::string {
+        const int number = text.size() < 10 ? std::stoi(text) : -1;
+        if (number >= 0 && number <= STDERR_FILENO) return text + " is a standard stream";
+        return ::fcntl(number, F_GETFD) == -1 ? "no descriptor " + text + " is open" : "";
+      })
+      ->transform(decimal());
 }
 
 // The option "--name" of the program or of one of its commands; null where there is none.

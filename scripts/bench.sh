@@ -134,6 +134,8 @@ What the rows say:
   command lines and reads up to each final result. A pause is a gap of 10 ms or more between an answer
   and the next command. The memory is that of a client in C that has read all contacts, at its end,
   less an empty one's.
+- **wrong answers**: to clients of the server, in simulated time. Every tenth answer comes up to 9 s
+  behind its time-out or never; right are the command's own, and none for those.
 - **size**: libosmogsm holds protocols beside its texts. A tenth of it is not reached: the exported
   tables (12 KB of commands and end marks) and the names of all exported functions (17 KB with their
   relocations) are the interface.

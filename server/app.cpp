@@ -1,11 +1,9 @@
 #include "server/app.h"
 
-#include <unistd.h>
-
 #include <csignal>
-#include <system_error>
 #include <utility>
 
+#include "common/descriptors.h"
 #include "server/replay_port.h"
 #include "server/sim_port.h"
 
@@ -28,15 +26,6 @@ struct PortMaker {
   }
 };
 
-// For whoever started the server and waits until it can be used.
-void say_ready(int descriptor) {
-  constexpr std::string_view kReady = "ready\n";
-  if (::write(descriptor, kReady.data(), kReady.size()) != ssize_t(kReady.size())) {
-    throw std::system_error(errno, std::generic_category(), "--ready-fd");
-  }
-  ::close(descriptor);
-}
-
 }  // namespace
 
 std::unique_ptr<ModemPort> make_port(asio::io_context& context, const ModemAddress& address) {
@@ -54,9 +43,15 @@ App::App(asio::io_context& context, const Options& options)
                   command.older = socket_.took_over() && command.peer.started <= started_;
                   modem_.submit(std::move(command));
                 },
+                [this](uint64_t id) { return modem_.refuse(id); },
                 [this](uint64_t id) { modem_.cancel(id); },
                 {},
-                [this](int priority, const std::string& text) { logger_.log(priority, text); }}),
+                [this](std::string_view of, int priority, const std::string& text) {
+                  const auto now = std::chrono::steady_clock::now();
+                  if (const auto line = log_limit_.limited(of, text, now)) {
+                    logger_.log(priority, *line);
+                  }
+                }}),
       reports_(context, options.report_paths, logger_),
       modem_(context, make_port(context, options.modem), options.start_lines, options.longest_wait,
              transcript_, logger_),
@@ -74,7 +69,7 @@ App::App(asio::io_context& context, const Options& options)
   clients_.start();
   modem_.start();
   logger_.log(LOG_INFO, "listening on " + socket_.path());
-  if (options.ready_descriptor >= 0) say_ready(options.ready_descriptor);
+  if (options.ready_descriptor >= 0) tell_ready(options.ready_descriptor);
 }
 
 void App::await_signal() {

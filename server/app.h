@@ -9,6 +9,7 @@
 #include "at/transcript.h"
 #include "server/client_hub.h"
 #include "server/client_session.h"
+#include "server/log_limit.h"
 #include "server/logger.h"
 #include "server/modem_link.h"
 #include "server/options.h"
@@ -34,6 +35,7 @@ class App {
 
   asio::io_context& context_;
   Logger logger_;
+  LogLimit log_limit_;  // of what clients cause
   at::Transcript transcript_;
   SocketPath socket_;
   ClientHub clients_;

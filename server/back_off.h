@@ -28,7 +28,8 @@ class BackOff {
     failed_ = now;
     pause_ = std::exchange(next_, std::min(next_ * 2, kLongest));
   }
-  // The modem said something: the next failure is a first one again.
+  // The modem answers what it is asked: the next failure is a first one again. A byte is no answer:
+  // what sends one and closes would be opened four times a second for ever.
   void answered() { next_ = kFirst; }
   // A client has a command.
   void asked(TimePoint now) { asked_ = now; }

@@ -2,7 +2,11 @@
 
 #include <syslog.h>
 
+#include <algorithm>
+#include <new>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace qalt::server {
 namespace {
@@ -20,26 +24,70 @@ ClientHub::ClientHub(asio::io_context& context, int descriptor, ClientSession::H
 }
 
 void ClientHub::accept() {
-  if (accepting_ || !acceptor_.is_open() || sessions_.size() == kMostClients) return;
+  if (accepting_ || !acceptor_.is_open()) return;
   accepting_ = true;
   acceptor_.async_accept([this](const asio::error_code& error, ClientSession::Socket socket) {
     accepting_ = false;
     if (!acceptor_.is_open()) return;
-    if (error) {
-      handlers_.note(LOG_ERR, "no connection accepted: " + error.message());
-      accepting_ = true;
-      pause_.expires_after(kAcceptPause);
-      pause_.async_wait([this](const asio::error_code&) {
-        accepting_ = false;
-        accept();
-      });
-      return;
+    if (error) return refused(error);
+    try {
+      accepted(std::move(socket));
+    } catch (const std::bad_alloc&) {
+      handlers_.note("memory", LOG_ERR, "no memory for a client, connection closed");
     }
-    const auto session = std::make_shared<ClientSession>(std::move(socket), ++last_id_, handlers_);
-    sessions_.emplace(last_id_, session);
-    session->start();
     accept();
   });
+}
+
+void ClientHub::accepted(ClientSession::Socket socket) {
+  const auto session = std::make_shared<ClientSession>(std::move(socket), ++last_id_, handlers_);
+  sessions_.emplace(last_id_, session);
+  if (sessions_.size() > kMostClients) make_room();
+  session->start();
+}
+
+// Where descriptors run out, one connection less is one descriptor more.
+void ClientHub::refused(const asio::error_code& error) {
+  handlers_.note("accept", LOG_ERR, "no connection accepted: " + error.message());
+  if (make_room()) return accept();
+  accepting_ = true;
+  pause_.expires_after(kAcceptPause);
+  pause_.async_wait([this](const asio::error_code&) {
+    accepting_ = false;
+    accept();
+  });
+}
+
+// The user with the most connections, and of the user's processes the one with the most, loses one:
+// the oldest that has sent no whole request, or else the command that would be the last.
+bool ClientHub::make_room() {
+  std::map<unsigned, size_t> users;
+  std::map<std::pair<unsigned, int>, size_t> processes;
+  for (const auto& [id, session] : sessions_) {
+    ++users[session->user()];
+    ++processes[{session->user(), session->process()}];
+  }
+  const auto most =
+      std::max_element(processes.begin(), processes.end(), [&](const auto& a, const auto& b) {
+        return std::pair(users[a.first.first], a.second) <
+               std::pair(users[b.first.first], b.second);
+      });
+  if (most == processes.end()) return false;
+  std::vector<std::shared_ptr<ClientSession>> theirs;
+  for (const auto& [id, session] : sessions_) {
+    if (most->first == std::pair(session->user(), session->process())) theirs.push_back(session);
+  }
+  handlers_.note("crowd", LOG_WARNING,
+                 "too many connections: user " + std::to_string(most->first.first) +
+                     " loses one of " + std::to_string(users[most->first.first]) + ", of process " +
+                     std::to_string(most->first.second));
+  for (const auto& session : theirs) {
+    if (!session->reading() || session->id() == last_id_) continue;
+    session->end();
+    return true;
+  }
+  return std::any_of(theirs.rbegin(), theirs.rend(),
+                     [this](const auto& session) { return handlers_.refuse(session->id()); });
 }
 
 void ClientHub::answer(uint64_t id, std::string_view text) {

@@ -1,4 +1,5 @@
-// client_hub.h - the client connections: accepted up to a bound, found again by their number.
+// client_hub.h - the client connections, found by their number. There is a bound, and beyond it
+// whoever has the most of them loses one, so that nobody waits to be accepted.
 #ifndef QALT_SERVER_CLIENT_HUB_H_
 #define QALT_SERVER_CLIENT_HUB_H_
 
@@ -12,8 +13,7 @@ namespace qalt::server {
 
 class ClientHub {
  public:
-  // Clients beyond these wait in the listen queue until another is done.
-  static constexpr size_t kMostClients = 64;
+  static constexpr size_t kMostClients = 256;
 
   // Takes the listening descriptor over. `handlers.ended` is the hub's own and is replaced.
   ClientHub(asio::io_context& context, int descriptor, ClientSession::Handlers handlers);
@@ -27,6 +27,9 @@ class ClientHub {
 
  private:
   void accept();
+  void accepted(ClientSession::Socket socket);
+  void refused(const asio::error_code& error);
+  bool make_room();
   void ended(uint64_t id);
 
   asio::local::stream_protocol::acceptor acceptor_;

@@ -9,8 +9,11 @@
 namespace qalt::server {
 namespace {
 
-constexpr std::array<std::string_view, ClientSettings::kSettings> kNames = {"+CSCS", "+CPBS"};
+constexpr std::array<std::string_view, ClientSettings::kSettings> kNames = {"+CSCS", "+CPBS",
+                                                                            "+CMEE"};
 constexpr size_t kCharset = 0;
+constexpr size_t kStorage = 1;
+constexpr size_t kErrors = 2;
 
 // Commands that read or write in the selected storage, with texts in the selected character set.
 constexpr std::array<std::string_view, 9> kPhonebookCommands = {
@@ -33,6 +36,7 @@ bool selects(const at::Command& command, size_t setting) {
 }
 
 bool acts_on(const at::Command& command, size_t setting) {
+  if (setting == kErrors) return true;
   if (contains(kPhonebookCommands, command.name)) return true;
   if (command.name == kNames[setting]) return command.form == at::Form::kQuery;
   return setting == kCharset && contains(kTextCommands, command.name);
@@ -66,12 +70,15 @@ std::vector<at::Command> commands_of(std::string_view line) {
 
 std::optional<std::string> ClientSettings::before(const Peer& peer, std::string_view line) {
   const std::vector<at::Command> commands = commands_of(line);
+  if (doubted_) return "AT" + std::string(kNames[kErrors]) + "?";
   for (size_t i = 0; i < kSettings; ++i) {
     const std::string name(kNames[i]);
     for (const at::Command& command : commands) {
       if (selects(command, i)) {
         if (initial_[i] || current_[i] || asked_[i]) break;
         asked_[i] = true;
+        preparing_ = i;
+        prepared_value_.reset();
         return "AT" + name + "?";
       }
       if (!acts_on(command, i)) continue;
@@ -79,49 +86,93 @@ std::optional<std::string> ClientSettings::before(const Peer& peer, std::string_
       const bool chosen = found != peers_.end() && found->second.values[i];
       const auto& wanted = chosen ? found->second.values[i] : initial_[i];
       if (!wanted || current_[i] == wanted) break;
-      return "AT" + name + "=\"" + *wanted + "\"";
+      preparing_ = i;
+      prepared_value_ = wanted;
+      std::string selection = "AT" + name + "=";
+      selection += i == kErrors ? *wanted : '"' + *wanted + '"';
+      return selection;
     }
   }
   return std::nullopt;
 }
 
-void ClientSettings::prepared(std::string_view line, std::string_view answer, bool ok) {
-  Values unused;
-  apply(line, ok, unused);
-  if (!ok) return;
-  for (size_t i = 0; i < kSettings; ++i) {
-    if (line != "AT" + std::string(kNames[i]) + "?") continue;
-    const size_t name = answer.find(std::string(kNames[i]) + ":");
-    if (name == answer.npos) continue;
-    std::string_view value = answer.substr(name + kNames[i].size() + 1);
-    value = value.substr(0, value.find('\r'));
-    initial_[i] = current_[i] = selected_value(value);
+// What was selected counts as selected, however the modem names it: so nothing is sent twice for
+// one line.
+bool ClientSettings::prepared(std::string_view answer, bool ok) {
+  if (std::exchange(doubted_, false)) {
+    gone_ =
+        ok && answer.find(std::string(kNames[kErrors]) + ": " + *current_[kErrors]) == answer.npos;
+    return true;
   }
+  std::optional<std::string>& current = current_[preparing_];
+  if (prepared_value_) {
+    // A text would be taken in the wrong set; an error of another class is an error all the same.
+    if (ok || preparing_ == kErrors) current = prepared_value_;
+    return ok || preparing_ == kErrors;
+  }
+  const std::string name = std::string(kNames[preparing_]) + ":";
+  const size_t found = ok ? answer.find(name) : answer.npos;
+  if (found == answer.npos) return true;
+  const std::string_view value = answer.substr(found + name.size());
+  initial_[preparing_] = current = selected_value(value.substr(0, value.find('\r')));
+  return true;
 }
 
 void ClientSettings::carried_out(const Peer& peer, std::string_view line, bool ok) {
-  apply(line, ok, values_of(peer).values);
+  const auto found = peers_.find(peer);
+  Values values = found == peers_.end() ? Values() : found->second.values;
+  apply(line, ok, values);
+  remember(peer, values);
 }
 
 void ClientSettings::unanswered(const Peer& peer, std::string_view line) {
-  const std::vector<at::Command> commands = commands_of(line);
-  for (size_t i = 0; i < kSettings; ++i) {
-    for (const at::Command& command : commands) {
+  const auto found = peers_.find(peer);
+  Values values = found == peers_.end() ? Values() : found->second.values;
+  for (const at::Command& command : commands_of(line)) {
+    for (size_t i = 0; i < kSettings; ++i) {
       if (!selects(command, i)) continue;
-      values_of(peer).values[i] = selected_value(command.arguments);
+      values[i] = selected_value(command.arguments);
       current_[i].reset();
     }
   }
+  remember(peer, values);
 }
 
-bool ClientSettings::forgotten(const Peer& peer, std::string_view line) {
+void ClientSettings::answered(std::string_view answer) {
+  const bool has_class = answer.find("+CME ERROR:") != answer.npos;
+  const bool selected = current_[kErrors].value_or("0") != "0";
+  if (!has_class && selected && answer.ends_with("\nERROR\r\n")) doubted_ = classes_;
+  classes_ = has_class || (classes_ && !doubted_);
+}
+
+bool ClientSettings::touched_by(std::string_view line) {
   const std::vector<at::Command> commands = commands_of(line);
-  if (commands.empty() || commands.front().form != at::Form::kSet ||
+  return std::any_of(commands.begin(), commands.end(), [](const at::Command& command) {
+    return selects(command, kCharset) || selects(command, kStorage) || acts_on(command, kCharset) ||
+           acts_on(command, kStorage);
+  });
+}
+
+bool ClientSettings::forgotten(const Peer& peer, std::string_view line, bool older) {
+  const std::vector<at::Command> commands = commands_of(line);
+  const auto lost = evicted_.find(peer);
+  for (const size_t i : {kCharset, kStorage}) {
+    if (lost == evicted_.end() || !lost->second[i]) continue;
+    for (const at::Command& command : commands) {
+      if (selects(command, i)) break;
+      if (!acts_on(command, i)) continue;
+      evicted_.erase(lost);
+      return true;
+    }
+  }
+  // Of an older one it is not known whether it selected anything.
+  if (!older || commands.empty() || commands.front().form != at::Form::kSet ||
       !contains(kSetTexts, commands.front().name)) {
     return false;
   }
-  PeerValues& known = values_of(peer);
-  return !known.values[kCharset] && !std::exchange(known.told, true);
+  const auto found = peers_.find(peer);
+  if (found != peers_.end() && found->second.values[kCharset]) return false;
+  return told_.insert(peer).second;
 }
 
 void ClientSettings::initialised(std::string_view line, bool ok) {
@@ -150,24 +201,42 @@ void ClientSettings::apply(std::string_view line, bool ok, Values& chosen) {
 }
 
 void ClientSettings::lost() {
+  doubted_ = false;
   current_ = {};
 }
 
 void ClientSettings::reopened() {
-  current_ = {};
+  lost();
+  classes_ = false;
   initial_ = {};
   asked_ = {};
 }
 
-ClientSettings::PeerValues& ClientSettings::values_of(const Peer& peer) {
-  if (!peers_.contains(peer) && peers_.size() == kMostPeers) {
-    peers_.erase(std::min_element(peers_.begin(), peers_.end(), [](const auto& a, const auto& b) {
-      return a.second.used < b.second.used;
-    }));
+// Nothing is kept of one that selected nothing.
+void ClientSettings::remember(const Peer& peer, const Values& values) {
+  if (!peer.known()) return;
+  if (!peers_.contains(peer)) {
+    if (values == Values()) return;
+    if (peers_.size() == kMostPeers) make_place();
   }
-  PeerValues& entry = peers_[peer];
-  entry.used = ++uses_;
-  return entry;
+  peers_[peer] = {values, ++uses_};
+  const auto lost = evicted_.find(peer);
+  if (lost == evicted_.end()) return;
+  for (size_t i = 0; i < kSettings; ++i) lost->second[i] &= !values[i];
+}
+
+void ClientSettings::make_place() {
+  const auto ended = [this](const auto& row) { return !runs_(row.first); };
+  if (std::erase_if(peers_, ended) > 0) return;
+  const auto oldest =
+      std::min_element(peers_.begin(), peers_.end(),
+                       [](const auto& a, const auto& b) { return a.second.used < b.second.used; });
+  if (evicted_.size() == kMostEvicted && std::erase_if(evicted_, ended) == 0) {
+    evicted_.erase(evicted_.begin());
+  }
+  auto& lost = evicted_[oldest->first];
+  for (size_t i = 0; i < kSettings; ++i) lost[i] |= oldest->second.values[i].has_value();
+  peers_.erase(oldest);
 }
 
 }  // namespace qalt::server

@@ -54,6 +54,13 @@ bool is_result(std::string_view line) {
          line.starts_with("+CME ERROR:") || line.starts_with("+CMS ERROR:");
 }
 
+bool is_connect(std::string_view line) {
+  constexpr std::string_view kConnect = "CONNECT";
+  if (!line.starts_with(kConnect)) return false;
+  line.remove_prefix(kConnect.size());
+  return line.empty() || (line.size() > 1 && line[0] == ' ' && line[1] >= '0' && line[1] <= '9');
+}
+
 bool is_phonebooks(std::string_view line) {
   const size_t colon = line.find(':');
   return colon != line.npos && lists(kPhonebooks, line.substr(0, colon));

@@ -24,6 +24,10 @@ constexpr std::string_view kNotSupported = "not support";
 // Whether a line, without its line end, is the final result of any command.
 bool is_result(std::string_view line);
 
+// Whether a line says that what follows is a call's data: "CONNECT", "CONNECT 9600" (ITU-T V.250,
+// 5.7.1). "CONNECT OK" of vendors does not.
+bool is_connect(std::string_view line);
+
 // "+CREG: 1", "^RSSI:18": a line that bears a name.
 bool bears_name(std::string_view line);
 

@@ -2,10 +2,12 @@
 #include <exception>
 #include <iostream>
 
+#include "common/descriptors.h"
 #include "server/app.h"
 #include "server/options.h"
 
 int main(int argc, char** argv) {
+  qalt::open_standard_descriptors();
   int status = 0;
   const auto options = qalt::server::read_options(argc, argv, status);
   if (!options) return status;

@@ -10,6 +10,9 @@ using Clock = std::chrono::steady_clock;
 using Kind = at::TranscriptEntry::Kind;
 using std::chrono::milliseconds;
 
+// Of bytes without an end no more is taken before the time counts.
+constexpr unsigned kMostPasses = 64;
+
 }  // namespace
 
 ModemLink::ModemLink(asio::io_context& context, std::unique_ptr<ModemPort> port,
@@ -40,7 +43,7 @@ void ModemLink::submit(Command command) {
 }
 
 void ModemLink::cancel(uint64_t id) {
-  dispatcher_.cancel(id);
+  dispatcher_.cancel(id, Clock::now());
   settle();
 }
 
@@ -59,24 +62,29 @@ void ModemLink::note(int priority, const std::string& text) {
   logger_.log(priority, text);
 }
 
+void ModemLink::note_some(std::string_view of, int priority, const std::string& text) {
+  if (const auto line = log_limit_.limited(of, text, Clock::now())) note(priority, *line);
+}
+
 void ModemLink::opened() {
   why_.clear();
-  note(LOG_INFO, "modem open: " + port_->name());
+  note_some("open", LOG_INFO, "modem open: " + port_->name());
   dispatcher_.opened(Clock::now(), port_->clean_at_open());
   settle();
 }
 
 void ModemLink::received(std::string_view bytes) {
-  back_off_.answered();
+  ++pieces_;
   transcript_.add(Kind::kFromModem, bytes);
   dispatcher_.receive(bytes, Clock::now());
+  if (dispatcher_.serving()) back_off_.answered();
   settle();
 }
 
 void ModemLink::lost(const std::string& why) {
   // Once, not at every attempt.
   if (std::exchange(why_, why) != why) {
-    note(LOG_WARNING, "modem lost: " + port_->name() + ": " + why);
+    note_some("lost", LOG_WARNING, "modem lost: " + port_->name() + ": " + why);
   }
   dispatcher_.closed();
   open_later();
@@ -108,6 +116,7 @@ void ModemLink::open_again() {
 void ModemLink::settle() {
   if (stopping_ && !dispatcher_.command_under_way()) {
     timer_.cancel();
+    armed_.reset();
     reopen_timer_.cancel();
     port_->close();
     return handlers_.idle();
@@ -122,6 +131,16 @@ void ModemLink::settle() {
   timer_.expires_at(*deadline);
   timer_.async_wait([this](const asio::error_code& error) {
     if (error) return;
+    due(kMostPasses);
+  });
+}
+
+// What came before the time is up is in time, though this process stood still meanwhile: it is
+// taken first, which needs a pass of the loop for each piece.
+void ModemLink::due(unsigned passes) {
+  asio::post(timer_.get_executor(), [this, passes, before = pieces_, deadline = armed_] {
+    if (!armed_ || armed_ != deadline) return;
+    if (passes > 0 && pieces_ != before) return due(passes - 1);
     armed_.reset();
     dispatcher_.tick(Clock::now());
     settle();

@@ -10,6 +10,7 @@
 #include "at/transcript.h"
 #include "server/back_off.h"
 #include "server/dispatcher.h"
+#include "server/log_limit.h"
 #include "server/logger.h"
 #include "server/modem_port.h"
 
@@ -33,6 +34,7 @@ class ModemLink : private Dispatcher::Host {
   void stop();
   void submit(Command command);
   void cancel(uint64_t id);
+  bool refuse(uint64_t id) { return dispatcher_.refuse(id); }
 
  private:
   void write_modem(std::string_view bytes) override;
@@ -40,6 +42,9 @@ class ModemLink : private Dispatcher::Host {
   void report(std::string_view text) override { handlers_.report(text); }
   void give_up_port() override;
   void note(int priority, const std::string& text) override;
+  // As note(), of what a modem without sense makes happen for ever.
+  void note_some(std::string_view of, int priority, const std::string& text);
+  bool runs(const Peer& peer) const override { return still_runs(peer); }
 
   void opened();
   void received(std::string_view bytes);
@@ -47,6 +52,8 @@ class ModemLink : private Dispatcher::Host {
   void open_later();
   void await_opening();
   void open_again();
+  // The deadline has passed.
+  void due(unsigned passes);
   // After everything the dispatcher was told: its next deadline, and the end of a stop.
   void settle();
 
@@ -58,7 +65,9 @@ class ModemLink : private Dispatcher::Host {
   Handlers handlers_;
   Dispatcher dispatcher_;
   std::optional<TimePoint> armed_;
+  uint64_t pieces_ = 0;  // of bytes received
   BackOff back_off_;
+  LogLimit log_limit_;
   std::string why_;    // the port was lost, as was noted last
   bool lost_ = false;  // the port is to be opened again
   bool stopping_ = false;

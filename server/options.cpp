@@ -126,11 +126,7 @@ std::optional<Options> read_options(int argc, char** argv, int& status) {
       ->take_all();
   app.add_option("--log", options.transcript, "transcript of the modem line; appended to")
       ->type_name("FILE");
-  app.add_option("--ready-fd", options.ready_descriptor,
-                 "descriptor that gets the line \"ready\" once clients may connect")
-      ->type_name("FD")
-      ->check(CLI::Range(0, 1 << 20))
-      ->transform(decimal());
+  add_ready_option(app, options.ready_descriptor, "clients may connect");
   app.add_flag("--syslog", options.syslog, "messages to syslog, not to standard error");
   app.add_flag("--verbose", options.verbose, "more messages");
   sim::add_options(app, sim);

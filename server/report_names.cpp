@@ -25,6 +25,21 @@ constexpr std::array<Name, 6> kFurtherNames = {{
 }};
 // clang-format on
 
+// Each is a maker's own; the card is ready anew after a restart, or where it was changed.
+// clang-format off
+constexpr std::array<Name, 9> kStarts = {{
+    {"RDY",          true},
+    {"APP RDY",      true},
+    {"START",        true},
+    {"SYSSTART",     true},
+    {"^SYSSTART",    false},
+    {"*EBOOT",       false},
+    {"*EMRDY:",      false},
+    {"+KSUP:",       false},
+    {"+CPIN: READY", true},
+}};
+// clang-format on
+
 bool matches(std::string_view line, const Name& name) {
   return name.whole_line ? line == name.text : line.starts_with(name.text);
 }
@@ -49,6 +64,11 @@ bool is_report(std::string_view line) {
     if (row.ResType == AT_RES_REPORT && matches(line, name_of(row))) return true;
   }
   return std::any_of(kFurtherNames.begin(), kFurtherNames.end(),
+                     [&](const Name& name) { return matches(line, name); });
+}
+
+bool announces_start(std::string_view line) {
+  return std::any_of(kStarts.begin(), kStarts.end(),
                      [&](const Name& name) { return matches(line, name); });
 }
 

@@ -10,6 +10,9 @@ namespace qalt::server {
 // library's end-flag table, or one of the few that the table leaves to the server.
 bool is_report(std::string_view line);
 
+// Whether a line is what modems say when they have begun anew, so that their settings are gone.
+bool announces_start(std::string_view line);
+
 // Whether the report goes on with one line of data: the headers of a delivered message (3GPP TS
 // 27.005, +CMT, +CDS in PDU mode, +CBM).
 bool has_data_line(std::string_view line);

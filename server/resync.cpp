@@ -24,7 +24,6 @@ constexpr std::array<Question, 4> kAsked = {{
 }};
 // clang-format on
 
-constexpr std::string_view kWake = "ATE0Q0V1";
 constexpr unsigned kEnoughInTurn = 3;
 constexpr size_t kTelling = 3;  // with fewer questions, three in turn may be older ones
 constexpr milliseconds kFirstPatience{2000};

@@ -37,6 +37,8 @@ class Resync {
  public:
   static constexpr std::chrono::milliseconds kMostSilence{10'000};
   static constexpr std::chrono::milliseconds kMostTime{30'000};
+  // Takes the line back from echo, from numeric results and from none.
+  static constexpr std::string_view kWake = "ATE0Q0V1";
 
   enum class Step {
     kWait,    // for the modem, or until deadline()

@@ -69,7 +69,7 @@ void StreamReader::begin(std::string_view command) {
   expecting_ = echo_possible_ = true;
   command_ = command;
   answer_.clear();
-  too_long_ = odd_quotes_ = anothers_ = owed_ = resyncing_ = false;
+  too_long_ = odd_quotes_ = anothers_ = owed_ = echoed_ = resyncing_ = false;
   blank_ = 0;
   stale_ = input_.size();
 }
@@ -140,8 +140,11 @@ std::optional<StreamEvent> StreamReader::take_line(std::string_view line) {
   if (is_phonebooks(content)) return std::nullopt;
   if (is_report(content) && !is_own(content)) return report_head(content);
   // With its frame it must still fit.
-  return checked({StreamEvent::Kind::kLine, std::string(content)},
-                 cut || content.size() + 4 > kLongestAnswer);
+  StreamEvent event = checked({StreamEvent::Kind::kLine, std::string(content)},
+                              cut || content.size() + 4 > kLongestAnswer);
+  event.restart = announces_start(content);
+  event.connected = is_connect(content);
+  return event;
 }
 
 std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
@@ -158,7 +161,8 @@ std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
     return std::nullopt;
   }
   if (!final && !is_own(content) && is_phonebooks(content)) return std::nullopt;
-  if (!final && !is_own(content) && (is_report(content) || (named_ && bears_name(content)))) {
+  if (!final && !is_own(content) &&
+      (is_report(content) || (named_ && (bears_name(content) || announces_start(content))))) {
     withdraw_blank();
     return report_head(content);
   }
@@ -170,7 +174,9 @@ std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
   too_long_ |= cut;
   append(content == kCommandNotSupport ? std::string(kNotSupported) + "\r\n" : line);
   if (!final) return std::nullopt;
-  return finish(StreamEvent::Kind::kAnswer);
+  StreamEvent event = finish(StreamEvent::Kind::kAnswer);
+  event.connected = connects(content);
+  return event;
 }
 
 // The echo is the command and its carriage return; what stood before it is of no command, and the
@@ -178,6 +184,7 @@ std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
 bool StreamReader::take_echo(std::string_view line, std::string_view content) {
   if (!echo_possible_ || content != command_) return false;
   echo_possible_ = false;
+  echoed_ = true;
   answer_.clear();
   line.remove_prefix(size_t(content.data() - line.data()) + content.size());
   if (line.starts_with("\r\r")) line.remove_prefix(1);
@@ -188,7 +195,9 @@ bool StreamReader::take_echo(std::string_view line, std::string_view content) {
 std::optional<StreamEvent> StreamReader::report_head(std::string_view content) {
   std::string text = "\r\n" + std::string(content) + "\r\n";
   if (text.size() > kLongestAnswer || !has_data_line(content)) {
-    return checked({StreamEvent::Kind::kReport, std::move(text)}, false);
+    StreamEvent event = checked({StreamEvent::Kind::kReport, std::move(text)}, false);
+    event.restart = announces_start(content);
+    return event;
   }
   headline_ = std::move(text);
   return std::nullopt;
@@ -199,6 +208,7 @@ StreamEvent StreamReader::finish(StreamEvent::Kind kind) {
   StreamEvent event = checked({kind, std::exchange(answer_, {})}, too_long_);
   event.anothers = anothers_;
   event.open_quote = odd_quotes_ && !event.too_long;
+  event.echoed = echoed_;
   return event;
 }
 
@@ -234,10 +244,14 @@ bool StreamReader::is_own(std::string_view content) const {
 }
 
 bool StreamReader::is_final(std::string_view content) const {
-  if (is_result(content)) return true;
-  if (!dialling_) return false;
-  return content.starts_with("CONNECT") ||
+  if (is_result(content) || connects(content)) return true;
+  return dialling_ &&
          std::find(kCallResults.begin(), kCallResults.end(), content) != kCallResults.end();
+}
+
+// Vendors have commands that take data or begin a call, too; in a text it is a word.
+bool StreamReader::connects(std::string_view content) const {
+  return (named_ || prompting_) && is_connect(content);
 }
 
 }  // namespace qalt::server

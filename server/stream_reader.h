@@ -37,6 +37,9 @@ struct StreamEvent {
   bool unfit = false;       // holds a NUL, which a frame's text cannot; `text` is empty
   bool anothers = false;    // holds lines of the answer to another command
   bool open_quote = false;  // an odd number of quotes: it may have ended too early
+  bool echoed = false;      // the modem sent the command back first
+  bool connected = false;   // the line is a data call's now
+  bool restart = false;     // the modem says that it has begun anew
 };
 
 class StreamReader {
@@ -71,6 +74,7 @@ class StreamReader {
   void withdraw_blank();
   bool is_own(std::string_view content) const;
   bool is_final(std::string_view content) const;
+  bool connects(std::string_view content) const;
 
   std::string input_;
   size_t consumed_ = 0;  // bytes of input_ that are done with
@@ -83,6 +87,7 @@ class StreamReader {
   bool prompting_ = true;  // the command, unknown at first, may make the modem ask for a text
   bool named_ = true;      // what bears another name than the command's is no line of its answer
   bool echo_possible_ = false;
+  bool echoed_ = false;
   bool resyncing_ = false;
   std::string command_;
   std::vector<std::string> own_names_;

@@ -1,12 +1,10 @@
 // qalt-simmodem: the simulated modem on a pseudo-terminal, for any program that speaks AT.
-#include <unistd.h>
-
 #include <csignal>
-#include <cstdio>
 #include <iostream>
 
 #include "at/transcript.h"
 #include "common/command_line.h"
+#include "common/descriptors.h"
 #include "sim/options.h"
 #include "sim/player.h"
 #include "sim/pty_line.h"
@@ -43,11 +41,7 @@ void run(const std::string& link, const std::string& log_path, const qalt::sim::
   });
   asio::signal_set signals(context, SIGINT, SIGTERM);
   signals.async_wait([&](const asio::error_code&, int) { context.stop(); });
-  if (ready_descriptor >= 0) {
-    constexpr std::string_view kReady = "ready\n";
-    if (::write(ready_descriptor, kReady.data(), kReady.size()) < 0) ::perror("--ready-fd");
-    ::close(ready_descriptor);
-  }
+  if (ready_descriptor >= 0) qalt::tell_ready(ready_descriptor);
   context.run();
   const std::vector<unsigned>& done = player.faults().done();
   for (size_t i = 0; i < options.fault_rules.size(); ++i) {
@@ -58,6 +52,7 @@ void run(const std::string& link, const std::string& log_path, const qalt::sim::
 }  // namespace
 
 int main(int argc, char** argv) {
+  qalt::open_standard_descriptors();
   CLI::App app("qalt-simmodem - a simulated modem on a pseudo-terminal", "qalt-simmodem");
   app.footer(kExamples);
   app.set_version_flag("--version", "qalt-simmodem " QALT_VERSION);
@@ -70,10 +65,7 @@ int main(int argc, char** argv) {
       ->required();
   app.add_option("--log", log, "appends what goes over the line, each piece with its time")
       ->type_name("FILE");
-  app.add_option("--ready-fd", ready_descriptor,
-                 "descriptor that gets the line \"ready\" once the link is there")
-      ->type_name("FD")
-      ->transform(qalt::decimal());
+  qalt::add_ready_option(app, ready_descriptor, "the link is there");
   qalt::sim::add_options(app, options);
   qalt::sim::Config config;
   try {

@@ -41,6 +41,8 @@
  *     calls does so once for all. Signals interrupt no command. A modem or a server that goes away
  *     ends a call with kNoAnswer, unless it is back within Options::away_seconds: then the storage
  *     and the set are selected anew and the call goes on.
+ *     Nothing is sent to a server of another user than root, one's own, and the one whose number
+ *     stands in the environment as QALT_AT_SERVER_USER.
  *  8. Further parameters. What a modem has behind a contact's name (Contact::further) is read,
  *     written and compared with the rest: change() keeps it; add() and put() write what the contact
  *     says, so that put() without it clears what stood there, as 3GPP TS 27.007 has it. A modem

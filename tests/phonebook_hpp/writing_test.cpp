@@ -117,6 +117,20 @@ TEST_F(Book, SignalsAndLostServers) {
   EXPECT_TRUE(sent().empty());
 }
 
+// Another user's listener at the path is told nothing.
+TEST_F(Book, AStrangersServerIsNotAsked) {
+  open();
+  forget();
+  user = 12'345;
+  const auto put = book.put(contact(2, "B"));
+  EXPECT_TRUE(sent().empty());
+  EXPECT_NE(put.error().what.find("neither root nor this user"), std::string::npos);
+  EXPECT_EQ(Fate::kNotDone, put.error().fate);
+  ::setenv("QALT_AT_SERVER_USER", "12345", 1);
+  EXPECT_TRUE(book.put(contact(2, "B")));
+  ::unsetenv("QALT_AT_SERVER_USER");
+}
+
 // What is not named keeps the very digits that the modem gave, even those that no text has.
 TEST_F(Book, ChangeKeepsTheOtherFields) {
   stored = {{1, "\"5\",129,\"D83D0041\""}};

@@ -3,6 +3,7 @@
 #include <netinet/in.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <fstream>
@@ -10,6 +11,7 @@
 #include <thread>
 #include <tuple>
 
+#include "server/client_session.h"
 #include "sim/modem.h"
 #include "tests/support/program.h"
 
@@ -37,7 +39,7 @@ class Atd : public ::testing::Test {
     return atd;
   }
   static Ended run(const std::vector<std::string>& arguments) {
-    return Program(ATD_PROGRAM, arguments).end(0);
+    return Program(ATD_PROGRAM, arguments, false).end(0);
   }
   std::string ask_until_open(const std::string& command) const {
     for (;;) {
@@ -75,8 +77,9 @@ TEST_F(Atd, AnswersAndRefuses) {
 
 TEST_F(Atd, BadClientsHoldNobodyUp) {
   const auto atd = start({"--sim-fault", "*:AT+CIMI:never", "--log", log});
+  const auto begun = std::chrono::steady_clock::now();
   std::vector<int> stalled;
-  for (int i = 0; i < 130; ++i) {
+  for (int i = 0; i < 400; ++i) {
     stalled.push_back(test::connect_to(socket));
     if (i % 2) ::send(stalled.back(), "AT+CPBW=1", 9, 0);
     // Some leave before the whole frame.
@@ -87,9 +90,33 @@ TEST_F(Atd, BadClientsHoldNobodyUp) {
   ::close(lost);
   EXPECT_EQ(ask(socket, "AT+CIMI", 50), "");
   EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
+  // Before any of them has had the time that a client has.
+  EXPECT_LT(std::chrono::steady_clock::now() - begun, qalt::server::ClientSession::kFrameTime);
   for (int client : stalled) ::close(client);
   EXPECT_EQ(atd->end().status, 0);
   EXPECT_EQ(contents(log).find("CPBW"), std::string::npos);
+}
+
+// For a server in a container all processes outside have the number 0.
+TEST_F(Atd, ClientsOutsideItsNamespace) {
+  std::vector<std::string> arguments = {"--pid",   "--fork", "--kill-child", ATD_PROGRAM,
+                                        "--modem", "sim",    "--socket",     socket};
+  if (::geteuid() != 0) arguments.insert(arguments.begin(), "--user");
+  Program atd("/usr/bin/unshare", arguments);
+  if (!atd.ready()) GTEST_SKIP() << "no process namespaces here";
+  const std::string selected = ask(socket, "AT+CSCS=\"UCS2\"");
+  const pid_t other = ::fork();
+  if (other == 0) {
+    ask(socket, "AT+CSCS=\"GSM\"");
+    ::_exit(0);
+  }
+  ::waitpid(other, nullptr, 0);
+  // Where the kernel does not tell them apart, neither is one.
+  const std::string read = ask(socket, "AT+CPBR=1");
+  const std::string refusal = "\r\n+CME ERROR: 3\r\n";
+  EXPECT_NE(read.find(selected == kOk ? "\"0041006E" : refusal), std::string::npos) << read;
+  EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
+  atd.end(SIGKILL);
 }
 
 TEST_F(Atd, ReportsReachWhoeverListens) {
@@ -161,6 +188,9 @@ TEST_F(Atd, SaysWhyItDoesNotStart) {
       {{"--modem", "sim", "--sim-contacts", twice}, 2, "SM entry 2: index 1 stands twice"},
       {{"--modem", "sim", "--sim-contacts", typo}, 2, "SM entry 1: \"nmae\" is no key"},
       {{"--modem", "usb"}, 2, "'usb' is not sim"},
+      // Not opened by the starter: the server's own would come to stand there.
+      {{"--modem", "sim", "--socket", socket, "--ready-fd", "9"}, 2, "no descriptor 9 is open"},
+      {{"--modem", "sim", "--socket", socket, "--ready-fd", "02"}, 2, "2 is a standard stream"},
       {{"--modem", "sim", "--socket", std::string(108, 's')}, 1, "108 characters"},
       {{"--modem", "sim", "--socket", socket + "/no"}, 1, "/no.lock: No such file"},
       {{"--modem", "sim", "--socket", socket, "--socket-group", "no such group"}, 1, "no group"},
@@ -173,6 +203,58 @@ TEST_F(Atd, SaysWhyItDoesNotStart) {
     EXPECT_NE((ended.out + ended.err).find(said), std::string::npos) << ended.err;
   }
   EXPECT_EQ(mode_of(socket), 0u);
+}
+
+// Nothing of theirs stands where messages and output go.
+TEST_F(Atd, StandsWithoutItsStreams) {
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{ATD_PROGRAM, "--modem", "sim", "--socket", socket},
+        {SIMMODEM_PROGRAM, "--pty", folder.file("tty")}}) {
+    std::vector<std::string> started = {"-c", "exec \"$0\" \"$@\" <&- >&- 2>&-"};
+    started.insert(started.end(), arguments.begin(), arguments.end());
+    Program program("/bin/sh", started);
+    ASSERT_TRUE(program.ready());
+    const std::string descriptors = "/proc/" + std::to_string(program.process()) + "/fd/";
+    for (const char* number : {"0", "1", "2"}) {
+      char place[64] = {};
+      EXPECT_GT(::readlink((descriptors + number).c_str(), place, sizeof place - 1), 0);
+      EXPECT_EQ(std::string(place), "/dev/null");
+    }
+    EXPECT_EQ(program.end().status, 0);
+  }
+}
+
+TEST_F(Atd, UnreadMessagesHoldNobodyUp) {
+  int pipe[2];
+  ASSERT_EQ(::pipe(pipe), 0);
+  const std::string full(65'536, 'x');
+  ::fcntl(pipe[1], F_SETPIPE_SZ, int(full.size()));
+  ASSERT_EQ(::write(pipe[1], full.data(), full.size()), ssize_t(full.size()));
+  Program atd("/bin/sh", {"-c", "exec \"$0\" \"$@\" 2>&" + std::to_string(pipe[1]), ATD_PROGRAM,
+                          "--modem", "sim", "--socket", socket, "--verbose"});
+  ASSERT_TRUE(atd.ready());
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(ask(socket, "no command"), kError);
+  EXPECT_EQ(atd.end().status, 0);
+  // Nor does a pipe as transcript, or what a link or another name leads to.
+  const std::string fifo = folder.file("fifo"), link = folder.file("link");
+  ::mkfifo(fifo.c_str(), 0600);
+  std::ofstream(log) << "kept";
+  ::symlink(log.c_str(), link.c_str());
+  for (const auto& [path, said] : {std::pair(fifo, "fifo"), {link, "link"}}) {
+    const Ended ended = run({"--modem", "sim", "--socket", socket, "--log", path});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_NE(ended.err.find(said), std::string::npos) << ended.err;
+  }
+  ::link(log.c_str(), folder.file("name").c_str());
+  EXPECT_EQ(run({"--modem", "sim", "--socket", socket, "--log", log}).status, 1);
+  EXPECT_EQ(contents(log), "kept");
+  ::unlink(log.c_str());
+  // What others could read is the owner's.
+  ::chmod(folder.file("name").c_str(), 0644);
+  EXPECT_EQ(start({"--log", folder.file("name")})->end().status, 0);
+  EXPECT_EQ(mode_of(folder.file("name")), 0600u);
+  ::close(pipe[0]);
+  ::close(pipe[1]);
 }
 
 TEST_F(Atd, FinishesTheCommandUnderWay) {

@@ -34,7 +34,8 @@ TEST(Dispatcher, AnswersAndReportsAreToldApart) {
       {"AT+JUSIM=?", "/not support/", "/not support/", ""},
       {"AT+JUSIM=?", "/COMMAND NOT SUPPORT/", "/not support/", ""},
       {"AT+CMGD=9", "/+CMS ERROR: 321/", "/+CMS ERROR: 321/", ""},
-      {"ATD1", "/CONNECT 9600/", "/CONNECT 9600/", ""},
+      {"ATA", "/CONNECT 9600/", "/NO CARRIER/", ""},
+      {"AT+CMGR=1", "/+CMGR: 1/CONNECT/RDY//OK/", "/+CMGR: 1/CONNECT/RDY//OK/", ""},
       {"AT+CMGS=1", "/> ", "/> ", ""},
       // An odd quote hides nothing.
       {"AT+CPBR=1", "/+CPBR: 1,\"a\"b\"//OK/", "/+CPBR: 1,\"a\"b\"//OK/", ""},
@@ -103,8 +104,8 @@ TEST(Dispatcher, WhatBeganBeforeACommandIsNoAnswerToIt) {
 TEST(Dispatcher, ClientsThatLeave) {
   Line line({"*:AT+CSQ:delay=100"});
   for (const char* command : {"AT+CSQ", "AT+CPBW=1", "AT+CPIN?"}) line.submit(command);
-  line.dispatcher.cancel(1);
-  line.dispatcher.cancel(2);
+  line.dispatcher.cancel(1, line.now);
+  line.dispatcher.cancel(2, line.now);
   line.run(milliseconds(1000));
   EXPECT_EQ(line.answers, (Answers{{3, kPin}}));
   EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "AT+CPIN?\r"}));
@@ -132,6 +133,11 @@ TEST(Dispatcher, EachProcessFindsItsOwnSettings) {
       {bob, "AT+CSCS=\"00470053004D\";+CSQ", ""},
       {anna, "AT+COPS?;+CSCS=\"IRA\"", "AT+CSCS=\"UCS2\"\r"},
       {bob, "AT+COPS?", "AT+CSCS=\"GSM\"\r"},
+      // The name of a name: put back once.
+      {bob, "AT+CSCS=\"0030003000340031\"", ""},
+      {anna, "AT+COPS?", "AT+CSCS=\"IRA\"\r"},
+      {bob, "AT+COPS?", "AT+CSCS=\"0041\"\r"},
+      {bob, "AT+CSCS=\"GSM\"", ""},
       // After a failed line nobody knows which of its commands were carried out.
       {anna, "AT+CSCS=\"GSM\";+NONE", ""},
       {anna, "AT+COPS?", "AT+CSCS=\"IRA\"\r"},
@@ -140,27 +146,93 @@ TEST(Dispatcher, EachProcessFindsItsOwnSettings) {
       // A later process with the same number is another one.
       {anna, "AT+CSCS=\"UCS2\"", ""},
       {{1, 11}, "AT+COPS?", "AT+CSCS=\"IRA\"\r"},
+      {anna, "AT+CMEE=2", "AT+CMEE?\r"},
+      {bob, "AT+CSQ", "AT+CMEE=1\r"},
+      {anna, "AT+CSQ", "AT+CMEE=2\r"},
   };
-  Line line;
+  Line line({"*:AT+CSCS=\"003:answer=\\r\\nOK\\r\\n", "*:AT+CSCS=\"0041:answer=\\r\\nOK\\r\\n"});
   for (const auto& row : rows) {
     line.sent.clear();
     line.ask(row.line, 1000, row.peer);
     std::string sent;
     for (const std::string& one : line.sent) sent += one;
-    EXPECT_EQ(sent, row.before + std::string(row.line) + "\r");
+    EXPECT_EQ(sent.substr(0, sent.find("ATE0")), row.before + std::string(row.line) + "\r");
   }
 }
 
-TEST(Dispatcher, ManyProcessesDoNotFillTheMemory) {
+// A selection is kept while its process runs, whatever others send; where too many run that have
+// selected something, the first of them hears of it once.
+TEST(Dispatcher, WhatManyProcessesSelected) {
   Line line;
-  line.ask("AT+CSCS=\"UCS2\"");
-  for (int64_t process = 100; process < 2000; ++process) {
-    line.ask("AT+CSCS=\"GSM\"", 1000, {process, 1});
-  }
-  // The first one was forgotten; it is served as one who selected nothing.
+  const auto by_many = [&](const char* command, int64_t first, int64_t last) {
+    for (int64_t process = first; process <= last; ++process) {
+      line.ask(command, 1000, {process, 1});
+    }
+  };
+  const Peer anna{5000, 1};
+  line.ask("AT+CPBS=\"ME\"", 1000, anna);
+  line.ask("AT+CSCS=\"UCS2\"", 1000, anna);
+  by_many("AT+CPBR=1", 100, 500);
+  line.ended_below = 1100;
+  by_many("AT+CSCS=\"GSM\"", 600, 1200);
   line.sent.clear();
-  line.ask("AT+COPS?");
+  EXPECT_NE(line.ask("AT+CPBR=1", 1000, anna), "");
+  EXPECT_EQ(line.sent.front(), "AT+CSCS=\"UCS2\"\r");
+  by_many("AT+CSCS=\"GSM\"", 6000, 6300);
+  // The storage alone is not enough.
+  EXPECT_EQ(line.ask("AT+CSCS=\"UCS2\"", 1000, anna), kOk);
+  EXPECT_EQ(line.ask("AT+CPBR=1", 1000, anna), "");
+  EXPECT_NE(line.ask("AT+CPBR=1", 1000, anna), "");
+}
+
+// Where clients cannot be told apart, no selection is one client's.
+TEST(Dispatcher, AClientWithoutANameSelectsNothing) {
+  Line line;
+  const Peer nobody{};
+  for (const char* text : {"AT+CSCS=\"UCS2\"", "AT+CPBR=1", "AT+CSQ;+CPBS=\"ME\""}) {
+    EXPECT_EQ(line.ask(text, 1000, nobody), "\r\n+CME ERROR: 3\r\n");
+  }
+  EXPECT_EQ(line.ask("AT+CSQ", 1000, nobody), kCsq);
+  const Peer handle{0, 0, 77}, other{0, 0, 78};
+  EXPECT_EQ(line.ask("AT+CSCS=\"UCS2\"", 1000, handle), kOk);
+  line.sent.clear();
+  line.ask("AT+COPS?", 1000, other);
   EXPECT_EQ(line.sent.front(), "AT+CSCS=\"IRA\"\r");
+}
+
+// How long one process waits at most beside others, each command of the modem taking 100 ms.
+TEST(Dispatcher, ProcessesTakeTurns) {
+  const struct {
+    int processes, commands, timeout;
+    const char* line;
+    bool leave;
+    int most;
+  } rows[] = {
+      {1, 200, 1000, "AT+CPAS", false, 200},
+      // Late ones take one turn together: the answer, the way back and the start line.
+      {50, 2, 1, "AT+CPAS", false, 700},
+      {50, 2, 600'000, "AT+CIMI", true, 1600},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.line);
+    sim::Config config;
+    config.faults.delay = milliseconds(100);
+    Line line({"*:AT+CIMI:never"}, config);
+    line.run(milliseconds(100));
+    for (int round = 0; round < 20; ++round) {
+      for (int k = 0; k < row.processes * row.commands; ++k) {
+        const uint64_t id = line.submit(row.line, row.timeout, {100 + k % row.processes, 1});
+        if (row.leave) line.dispatcher.cancel(id, line.now);
+      }
+      // Until it is known who is late, everybody has a turn.
+      if (round == 0) line.run(std::chrono::seconds(60));
+      const uint64_t id = line.submit("AT+CSQ");
+      const TimePoint asked = line.now;
+      while (!line.answers.contains(id)) line.run(milliseconds(10));
+      EXPECT_LE(line.now - asked, milliseconds(row.most));
+      EXPECT_EQ(line.answers[id], kCsq);
+    }
+  }
 }
 
 TEST(Dispatcher, ASettingThatCannotBePutBackRefusesTheCommand) {

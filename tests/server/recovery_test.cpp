@@ -1,5 +1,6 @@
 // The way back to a modem that was late, silent, strange or away.
 #include "server/back_off.h"
+#include "server/log_limit.h"
 #include "tests/server/line.h"
 
 namespace qalt::server {
@@ -48,6 +49,7 @@ TEST(Recovery, EveryModemIsFoundAgain) {
     Texts rules;
     int delay = 0;
     const char* first = "AT+CPBW";
+    const char* state = "";
   } rows[] = {
       {{"1:AT+CPBW:delay=2500"}, 300},
       {{"1:AT+CPBW:delay=2500"}, 900},
@@ -72,10 +74,10 @@ TEST(Recovery, EveryModemIsFoundAgain) {
         "*:ATE:report-after=+CPAS: 0"},
        300,
        "AT+CMEE?"},
-      // Left in a state in which there are digits for results, or none.
-      {{}, 0, "ATV0"},
-      {{}, 300, "ATQ1"},
-      {{}, 300, "ATE1Q1V0"},
+      // In a state in which there are digits for results, or none.
+      {{}, 0, "AT+CSQ", "ATV0\r"},
+      {{}, 300, "AT+CSQ", "ATQ1\r"},
+      {{}, 300, "AT+CSQ", "ATE1Q1V0\r"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::PrintToString(row.rules) + row.first);
@@ -85,6 +87,8 @@ TEST(Recovery, EveryModemIsFoundAgain) {
     }
     config.faults.delay = milliseconds(row.delay);
     Line line({}, config);
+    line.modem.receive(row.state);
+    line.modem.take();
     line.submit(row.first);
     for (const char* next : {"AT+COPS?", "AT^NONE", "AT+CPIN?", "ATI"}) line.submit(next, 5000);
     line.run(milliseconds(60'000));
@@ -114,7 +118,11 @@ TEST(Recovery, ADeadModemIsGivenUp) {
   line.mute = false;
   line.sent.clear();
   line.dispatcher.opened(line.now, false);
+  // A byte is no answer, which would make the next pause short.
+  line.dispatcher.receive("\r", line.now);
+  EXPECT_FALSE(line.dispatcher.serving());
   EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
+  EXPECT_TRUE(line.dispatcher.serving());
   EXPECT_EQ(line.sent,
             (Texts{"ATE0Q0V1\r", "AT+CFUN?\r", "AT+CSQ\r", "AT+CPAS\r", "ATE0\r", "AT+CSQ\r"}));
   // Bytes without sense do not keep it open either.
@@ -151,6 +159,18 @@ TEST(BackOff, IsShortWhileSomebodyAsks) {
     if (row.event == kAnswers) back_off.answered();
     EXPECT_EQ(back_off.due() - start, milliseconds(int(row.due * 1000))) << row.at;
   }
+}
+
+TEST(LogLimit, CountsWhatItLeavesOut) {
+  LogLimit limit;
+  std::string written;
+  for (int second = 0; second < 130; ++second) {
+    const TimePoint now = TimePoint() + std::chrono::seconds(second);
+    written += limit.limited("a", "a", now).value_or("");
+    if (second % 60 == 0) written += limit.limited("b", "b", now).value_or("");
+  }
+  const std::string more = "a (and 55 such lines left out)";
+  EXPECT_EQ(written, "abaaaa" + more + "baaaa" + more + "baaaa");
 }
 
 }  // namespace

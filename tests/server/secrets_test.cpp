@@ -22,7 +22,15 @@ TEST(Secrets, DigitsOfPinsAreMasked) {
       "AT+CSIM=26,\"00200001049898989\"",
       "AT+CGLA=1,26,\"012c0001109898\"",
       "AT+CUSD=1,\"002A9999\"",
-      "AT+CUSD=1,\"2A9A9889A9989889\",99",
+      // Coded, letters are digits: of "*", "**", "*3" and "##" in septets.
+      "AT+CUSD=1,\"2A9x9889x9989889\",99",
+      "AT+CUSD=1,\"aa9x98x8\",9",
+      "AT+CUSD=1,\"A39x98\"",
+      "AT^CSIM=26,\"00210001049898989\"",
+      "AT+CRSIM.PIN=9898",
+      "AT&PIN=9898",
+      "AT+CHV1=9898",
+      "AT^PASSWORD=\"xx89x\"",
       "AT+CSTF=\"**04*9898#\"",
       "ATD,**04*9898*8989*8989#;",
       "ATDW**04*9898#",
@@ -44,6 +52,7 @@ TEST(Secrets, DigitsOfPinsAreMasked) {
       "ATD\"*100#\";+CSQ=12",
       "AT+CGAUTH=?",
       "AT+CUSD=1,\"*100#\",15",
+      "AT+CUSD=1,\"D1234567\"",
       "AT+CSIM=14,\"00A40004023F00\"",
       "AT+CPING=\"10.0.0.1\"",
       "\r\n+CPIN: READY\r\n+CLCK: 1,7\r\n",
@@ -57,6 +66,22 @@ TEST(Secrets, DigitsOfPinsAreMasked) {
     for (const char& byte : line) in_pieces += mask.masked({&byte, 1});
     EXPECT_EQ(in_pieces, expected);
   }
+}
+
+// What the modem says to a secret, in whatever pieces and however much of it is lost: an echo whose
+// beginning did not come, a complaint. Errors say their number.
+TEST(Secrets, DoNotComeBack) {
+  qalt::at::LineMask line;
+  EXPECT_EQ(line.to_modem("AT+CPIN=\"9898\"\r"), "AT+CPIN=\"****\"\r");
+  std::string said;
+  for (const char c : std::string("IN=\"9898\"\r\r\n9 is short\r\n\r\n+CME ERROR: 16\r\n\r\n98")) {
+    said += line.from_modem({&c, 1});
+  }
+  EXPECT_EQ(said, "IN=\"****\"\r\r\n* is short\r\n\r\n+CME ERROR: 16\r\n\r\n**");
+  EXPECT_EQ(line.to_modem("AT+CPIN2=9898\r"), "AT+CPIN2=****\r");
+  EXPECT_EQ(line.from_modem("\nAT+CPIN2=9898\r\r\n2"), "\nAT+CPIN2=****\r\r\n*");
+  EXPECT_EQ(line.to_modem("AT+CSQ\r"), "AT+CSQ\r");
+  EXPECT_EQ(line.from_modem("98\r\n+CSQ: 20,99\r\n"), "**\r\n+CSQ: 20,99\r\n");
 }
 
 }  // namespace

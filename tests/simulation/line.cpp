@@ -57,6 +57,12 @@ class ModemLine : public Line {
       hang_up(when);
       return exchange;
     }
+    const bool restart = command && chance_.one_in(faults_.restart);
+    if (restart && chance_.one_in(2)) begin_anew(chance_.one_in(2));
+    if (world_.now() <= deaf_until_) {
+      exchange->touched = true;
+      return exchange;
+    }
     machine_.receive(bytes);
     std::string& answer = exchange->answer;
     for (Said& said : machine_.take()) {
@@ -88,6 +94,7 @@ class ModemLine : public Line {
     }
     if (!never && !heard.empty()) say(heard, cut || hang || has_free_text(line), when);
     if (hang) hang_up(when + Time(50));
+    if (restart) world_.at(std::max(last_, when), [this] { begin_anew(true); });
     return exchange;
   }
 
@@ -111,6 +118,13 @@ class ModemLine : public Line {
       close();
       terminal_->hung_up();
     });
+  }
+
+  // With the port open: it hears nothing for a while, then it may say so.
+  void begin_anew(bool says) {
+    machine_.power_cycle();
+    deaf_until_ = world_.now() + Time(chance_.one_in(2) ? 0 : chance_.between(1, 8000));
+    if (says && open_) deliver("\r\nRDY\r\n", {"\r\nRDY\r\n"}, deaf_until_);
   }
 
   std::string new_report() {
@@ -180,6 +194,7 @@ class ModemLine : public Line {
   uint64_t opening_ = 0;  // what was said before it is not heard
   Time away_until_{0};
   Time dead_until_{0};
+  Time deaf_until_{0};
   Time last_{0};  // when the last piece comes
   int reports_ = 0;
 };

@@ -21,6 +21,7 @@ struct LineFaults {
   int never = 0;         // carried out, and not answered
   int cut = 0;           // the end of the answer is lost
   int hang_up = 0;       // before the command, behind it, or in the middle of its answer
+  int restart = 0;       // the modem begins anew with the port open, in place of it or behind it
   int dead = 0;          // nothing is answered for a minute or two
   int pieces = 0;        // the answer comes in several reads
   int reports = 0;       // one or more beside or inside the answer

@@ -81,6 +81,7 @@ LineFaults make_line(Chance& chance) {
   line.never = some();
   line.cut = some();
   line.hang_up = some();
+  line.restart = some();
   if (chance.one_in(4)) line.dead = chance.between(100, 400);
   constexpr std::array<std::string_view, 3> kStubborn = {"AT+CSCS=\"IRA\"", "AT+CSCS?", "AT+CPBS?"};
   if (chance.one_in(10)) line.stubborn = chance.of(kStubborn);
@@ -90,7 +91,7 @@ LineFaults make_line(Chance& chance) {
 }  // namespace
 
 bool Scenario::calm() const {
-  return line.late + line.never + line.cut + line.hang_up + line.dead == 0 &&
+  return line.late + line.never + line.cut + line.hang_up + line.restart + line.dead == 0 &&
          line.stubborn.empty() && lives == 0;
 }
 
@@ -126,6 +127,8 @@ Scenario make_scenario(uint64_t seed) {
                   (scenario.drops ? ", drops writes" : "") +
                   (scenario.hidden.empty() ? "" : ", refuses reads");
   scenario.line = make_line(chance);
+  // A write that waits for the card is repeated without another look.
+  if (scenario.starts_busy) scenario.line.restart = 0;
   constexpr std::array<std::pair<Manner, const char*>, 4> kManners = {{
       {Manner::kHeader, "header"},
       {Manner::kImporter, "importer"},

@@ -40,6 +40,7 @@ class ScriptedModem {
   std::string receive(const std::string& line, uint32_t timeout_ms);
 
   bool listening = true;    // whether connections are taken
+  unsigned user = 0;        // who listens
   unsigned interrupts = 0;  // so many of the next calls of the link are interrupted by a signal
 
  private:

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -29,6 +30,21 @@ enum class Delivery {
   kLost,     /* the request went out; the server ended the connection before it answered */
   kAnswered, /* an answer, or a part of one */
 };
+
+/* In errno where another user listens, so that nothing was sent; no call here gives it. */
+constexpr int kStrangersServer = EREMOTE;
+
+/* Whether root listens at the other end, this process's user, or the one whose number stands in
+   QALT_AT_SERVER_USER: anybody may create the path in /tmp, and would be told PINs and contacts. */
+inline bool is_trusted(int descriptor) {
+  ucred peer = {};
+  socklen_t size = sizeof peer;
+  if (getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return false;
+  if (peer.uid == 0 || peer.uid == geteuid()) return true;
+  const char* const named = std::getenv("QALT_AT_SERVER_USER");
+  if (named == nullptr || getuid() != geteuid()) return false;
+  return named == std::to_string(peer.uid);
+}
 
 /* Repeats a system call that a signal interrupted: an answer may still come. */
 template <typename Call>
@@ -49,6 +65,10 @@ inline bool connect_to_server(int descriptor) {
 
 inline Delivery deliver_over(int descriptor, AtMsg& frame) {
   if (!connect_to_server(descriptor)) return Delivery::kNotSent;
+  if (!is_trusted(descriptor)) {
+    errno = kStrangersServer;
+    return Delivery::kNotSent;
+  }
   char* const bytes = reinterpret_cast<char*>(&frame);
   for (size_t sent = 0; sent < sizeof frame;) {
     const ssize_t count = uninterrupted(

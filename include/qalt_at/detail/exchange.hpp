@@ -167,6 +167,10 @@ inline std::string no_server(int cause) {
   if (cause == ENOENT || cause == ECONNREFUSED) {
     return "no AT server listens on " QALT_AT_SERVER_PATH;
   }
+  if (cause == kStrangersServer) {
+    return "who listens on " QALT_AT_SERVER_PATH
+           " is neither root nor this user, and was not asked";
+  }
   return "the AT server on " QALT_AT_SERVER_PATH " cannot be reached: " +
          std::generic_category().message(cause);
 }
@@ -203,6 +207,9 @@ inline std::string describe(const Answer& answer) {
 }
 
 inline std::string advice_on(const Answer& answer) {
+  if (answer.reply == Reply::kNoServer && answer.cause == kStrangersServer) {
+    return "if it is the AT server's user, put its number into QALT_AT_SERVER_USER";
+  }
   if (answer.reply == Reply::kNoServer) {
     return answer.cause == EACCES || answer.cause == EPERM
                ? "its socket's group and mode say who may: qalt-atd --socket-group"
