@@ -17,6 +17,7 @@
 namespace test {
 
 inline const std::string kSilence;
+inline const std::string kRange = information({"+CPBR: (1-250),40,18"});
 inline std::string cme(int code) {
   return "\r\n+CME ERROR: " + std::to_string(code) + "\r\n";
 }
@@ -50,7 +51,7 @@ class Book : public testing::Test, public ScriptedModem {
       return std::sscanf(line.c_str(), "AT+CPBR=%d,%d", &first, &last) == 2 ? range(first, last)
                                                                             : kOk;
     });
-    on("AT+CPBR=?", information({"+CPBR: (1-250),40,18"}));
+    on("AT+CPBR=?", kRange);
     on("AT+CPBW=", [this](const std::string& line) {
       const size_t comma = line.find(',');
       const int index = std::stoi(line.substr(8));

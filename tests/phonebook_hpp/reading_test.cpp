@@ -131,6 +131,7 @@ TEST_F(Book, EndsWhenTheModemIsGoneOrTheClientAsks) {
   EXPECT_EQ(3, count("AT+CPBR="));
   EXPECT_EQ("AT+CSCS=\"IRA\"", sent().back().line);
 
+  on("AT+CPBR=?", test::kRange);
   int left = 2;
   options.stop = [&left] { return left-- <= 0; };
   open();
@@ -189,6 +190,7 @@ TEST_F(Book, AModemThatIsAway) {
   on("AT+CPBR=", [&](const std::string& line) {
     return away-- > 0 ? cme(1) : range(1, std::stoi(line.substr(10)));
   });
+  on("AT+CPBR=?", test::kRange);
   const auto all = book.read_all();
   ASSERT_FALSE(all);
   EXPECT_EQ(qalt::Cause::kNoAnswer, all.error().cause);

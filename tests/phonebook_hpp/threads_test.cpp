@@ -19,7 +19,10 @@ TEST_F(Book, ThreadsTakeTurns) {
   qalt::Contact contact;
   contact.name = "A";
   const auto add_some = [&] {
-    for (int i = 0; i != 5; ++i) EXPECT_TRUE(book.add(contact));
+    for (int i = 0; i != 5; ++i) {
+      EXPECT_TRUE(book.add(contact));
+      EXPECT_TRUE(book.check(contact)) << book.info().used;
+    }
   };
   std::vector<std::thread> threads;
   for (int i = 0; i != 4; ++i) threads.emplace_back(add_some);
