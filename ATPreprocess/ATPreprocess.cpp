@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "ATPreprocess/parse_state.h"
+#include "common/held_lock.h"
 #include "common/log.h"
 #include "common/quoted_search.h"
 #include "common/text.h"
@@ -32,14 +33,6 @@ constexpr uint16_t kClipCmdId = 89;
 // Held for the whole of a parse: g_iProcDataLen belongs to one call at a time.
 constinit pthread_mutex_t g_parser_mutex = PTHREAD_MUTEX_INITIALIZER;
 
-class ParserLock {
- public:
-  ParserLock() { pthread_mutex_lock(&g_parser_mutex); }
-  ~ParserLock() { pthread_mutex_unlock(&g_parser_mutex); }
-  ParserLock(const ParserLock&) = delete;
-  ParserLock& operator=(const ParserLock&) = delete;
-};
-
 bool any_null(const void* text, const void* record, char* const* block_head, const void* work) {
   return text == nullptr || record == nullptr || block_head == nullptr || *block_head == nullptr ||
          work == nullptr;
@@ -56,7 +49,7 @@ bool runs_to_end(const char* text) {
 }  // namespace
 
 int Bk_Parse_At_Res(char* pStr, AtRes* pAtRes) {
-  const ParserLock lock;
+  const qalt::HeldLock lock(g_parser_mutex);
   if (pStr == nullptr || pAtRes == nullptr) return AT_PARSE_NULL;
   char* pBlockHead = nullptr;
   int iFlagIndex = -1;

@@ -1,5 +1,7 @@
 #include "cli/arguments.h"
 
+#include <pwd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
@@ -121,6 +123,15 @@ void add_other_commands(CLI::App& app, Arguments& arguments) {
   decode->callback([&arguments] { arguments.decode = true; });
 }
 
+// The number of a user who is given by name or by number; a function as CLI11 wants it.
+std::string user_number(const std::string& user) {
+  if (const passwd* const entry = getpwnam(user.c_str())) return std::to_string(entry->pw_uid);
+  const bool number = !user.empty() && user.size() < 10 &&
+                      user.find_first_not_of("0123456789") == std::string::npos;
+  if (!number) throw CLI::ValidationError("--server-user: there is no user " + user);
+  return user;
+}
+
 }  // namespace
 
 std::optional<Arguments> read_arguments(int argc, char** argv, int& status) {
@@ -138,6 +149,10 @@ std::optional<Arguments> read_arguments(int argc, char** argv, int& status) {
       ->type_name("SECONDS")
       ->check(CLI::Range(0, 3600))
       ->transform(decimal());
+  app.add_option("--server-user", arguments.server_user,
+                 "whose AT server is trusted, beside root's and one's own")
+      ->type_name("NAME")
+      ->transform(user_number);
   app.add_flag("--json", arguments.json, "objects on standard output, errors too, on the other");
   app.add_flag("--no-progress", no_progress, "no progress on a terminal");
   app.add_flag("--verbose", arguments.verbose, "the library's diagnostics on standard error");

@@ -14,6 +14,7 @@ struct Arguments {
   // For every command.
   int platform = 0;
   std::optional<int> wait_seconds;
+  uint32_t server_user = 0;
   bool json = false;
   bool progress = true;
   bool verbose = false;

@@ -190,7 +190,8 @@ void run_at(Context& context) {
     }
     AtMsg frame;
     const detail::Delivery delivery =
-        detail::deliver(line, context.arguments().timeout_seconds * 1000, frame);
+        detail::deliver(line, context.arguments().timeout_seconds * 1000, frame,
+                        {{}, context.arguments().server_user});
     if (delivery != detail::Delivery::kAnswered) {
       Error error = detail::failure(detail::unanswered(delivery), "send " + line);
       if (delivery == detail::Delivery::kLost) error.fate = Fate::kUnknown;

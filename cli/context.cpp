@@ -74,6 +74,7 @@ Phonebook& Context::book() {
   options.platform = arguments_.platform;
   options.wait_seconds = arguments_.wait_seconds.value_or(options.wait_seconds);
   options.away_seconds = arguments_.wait_seconds.value_or(options.away_seconds);
+  options.server_user = arguments_.server_user;
   options.stop = interrupted;
   options.pause = pause_second;
   options.progress = [this](int done, int all) {

@@ -77,6 +77,10 @@ function(qalt_configure_library target)
   target_link_libraries(${target} PUBLIC Threads::Threads)
   if(BUILD_SHARED_LIBS)
     target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,--as-needed)
+    # Its receiver thread runs to the end of the process: the code may not be unmapped under it. And
+    # where a C library gives new threads little stack by default, 128 KB with musl, they get what the
+    # largest call needs: its loader goes by the largest wish of those that it loads at the start.
+    target_link_options(${target} PRIVATE -Wl,-z,nodelete -Wl,-z,stack-size=524288)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
     if(NOT QALT_SANITIZE)
       target_link_options(${target} PRIVATE -static-libgcc -Wl,-z,defs)

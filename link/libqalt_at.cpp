@@ -1,4 +1,5 @@
 // The Unix-domain stream sockets of the link, for both sides of a connection.
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -21,10 +22,23 @@ constexpr int kConnectAttempts = 300;
 constexpr unsigned kSecondsBetweenAttempts = 1;
 constexpr int kBacklog = 500;
 
-// Fills the address, whole; false, with a log line, when the path does not fit.
+// A socket is this process's: a program that it becomes, or starts, does not inherit it. Between
+// the two calls another thread's fork may get it; the flag that makes it one call is younger than
+// POSIX.
+int own(int descriptor) {
+  if (descriptor != -1) fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+  return descriptor;
+}
+
+// Fills the address, whole; false, with a log line, when the path does not fit. An empty one would
+// be a name that the file system does not guard.
 bool fill_address(sockaddr_un* address, const char* path) {
   *address = {};
   const size_t length = qalt::bounded_length(path, sizeof address->sun_path);
+  if (length == 0) {
+    QALT_LOG_ERROR("socket path is empty\n");
+    return false;
+  }
   if (length == sizeof address->sun_path) {
     QALT_LOG_ERROR("socket path is longer than %d characters\n", QALT_AT_PATH_SIZE - 1);
     return false;
@@ -42,7 +56,7 @@ const sockaddr* generic(const sockaddr_un* address) {
 int connected_socket(const char* path) {
   sockaddr_un address;
   if (!fill_address(&address, path)) return -1;
-  const int descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
+  const int descriptor = own(socket(AF_UNIX, SOCK_STREAM, 0));
   if (descriptor == -1) return -1;
   if (qalt_at_socket_connect_rety(descriptor, generic(&address), sizeof address) == 0) {
     return descriptor;
@@ -107,7 +121,7 @@ int qalt_at_create_server_socket(const char* pPath, int* pSocket) {
   sockaddr_un address;
   if (pSocket == nullptr || !fill_address(&address, pPath)) return -1;
   unlink(pPath);
-  const int descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
+  const int descriptor = own(socket(AF_UNIX, SOCK_STREAM, 0));
   if (descriptor == -1) {
     QALT_LOG_DEBUG("can not create socket :%s!", pPath);
     return -1;
@@ -128,7 +142,7 @@ int qalt_at_accept_client_request(int iServerSocket, int* pSocket) {
   }
   if (pSocket == nullptr) return -1;
   socklen_t no_length = 0;  // nobody asks for the peer's address
-  const int descriptor = accept(iServerSocket, nullptr, &no_length);
+  const int descriptor = own(accept(iServerSocket, nullptr, &no_length));
   if (descriptor == -1) {
     const qalt::ErrnoKeeper cause;
     QALT_LOG_DEBUG("can not accept client !");

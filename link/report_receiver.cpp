@@ -1,7 +1,9 @@
 // The report receiver: one thread for the process, which hands pushed frames to the callback.
 #include <errno.h>
 #include <pthread.h>
+#include <signal.h>
 
+#include "common/held_lock.h"
 #include "common/log.h"
 #include "common/text.h"
 #include "link/errno_keeper.h"
@@ -24,14 +26,26 @@ constinit pthread_mutex_t g_init_mutex = PTHREAD_MUTEX_INITIALIZER;
 constinit char g_receiver_path[QALT_AT_PATH_SIZE] = {};
 
 bool fits_path(const char* identifier) {
-  return identifier != nullptr &&
+  return identifier != nullptr && identifier[0] != '\0' &&
          qalt::bounded_length(identifier, QALT_AT_PATH_SIZE) < QALT_AT_PATH_SIZE;
+}
+
+// A new thread has its starter's signal mask. The receiver takes no signals: they are for threads
+// that know of them, and one would interrupt the frame that it receives.
+int create_receiver_thread() {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, &before);
+  const int error = pthread_create(&recv_thread_id, nullptr, receive_thread, g_receiver_path);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return error;
 }
 
 bool start_receiver(const char* identifier) {
   qalt::copy_text(g_receiver_path, sizeof g_receiver_path, identifier,
                   qalt::bounded_length(identifier, sizeof g_receiver_path));
-  if (pthread_create(&recv_thread_id, nullptr, receive_thread, g_receiver_path) != 0) {
+  if (create_receiver_thread() != 0) {
     recv_thread_id = {};
     QALT_LOG_DEBUG("at_com: create receive thread error!");
     return false;
@@ -48,7 +62,7 @@ int init_receiver(const char* identifier) {
   }
   if (recv_thread_id != pthread_t{}) return 0;
   if (!usable) {
-    QALT_LOG_ERROR("module identifier is null or longer than %d characters\n",
+    QALT_LOG_ERROR("module identifier is null, empty or longer than %d characters\n",
                    QALT_AT_PATH_SIZE - 1);
     return 1;
   }
@@ -87,10 +101,8 @@ void serve(int server_socket) {
 }  // namespace
 
 int ClientInit(const char* pModuleID) {
-  pthread_mutex_lock(&g_init_mutex);
-  const int iRes = init_receiver(pModuleID);
-  pthread_mutex_unlock(&g_init_mutex);
-  return iRes;
+  const qalt::HeldLock lock(g_init_mutex);
+  return init_receiver(pModuleID);
 }
 
 int SetClientProcRecvCallback(QaltReportCallback pCallBack) {

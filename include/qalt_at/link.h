@@ -9,10 +9,27 @@
  *     except the module identifier and the callback pointer, which are copied.
  *  3. Sizes and units. Every frame has exactly 10248 bytes in the processor's own byte order. Texts
  *     are NUL-terminated bytes. Time-outs are milliseconds.
- *  4. Threads. ClientSendCmd may run in any number of threads at once; each call has a connection
- *     of its own. Exactly one receiver thread per process calls the report callback.
+ *  4. Threads and processes. ClientSendCmd may run in any number of threads at once; each call has
+ *     a connection of its own. Exactly one receiver thread per process calls the report callback.
+ *     A child that was forked has no receiver, though ClientInit says 0 there, and may not parse
+ *     where another thread did at the fork: it calls exec, or the parent had one thread. So
+ *     daemon() first, then ClientInit. The library's descriptors do not survive exec; the library
+ *     itself is never unmapped (dlclose).
  *  5. Stack. An exchange needs about 11 KB besides the caller's answer frame; the receiver thread
- *     as much, plus what the callback uses. Nothing is allocated on the heap.
+ *     as much, plus what the callback uses, 220 KB where that parses. With the static library and
+ *     musl, whose threads have 128 KB, link the program with -Wl,-z,stack-size=524288.
+ *  6. Heap. The library asks for none; syslog, which it calls for every command, may (glibc's
+ * does).
+ *  7. Signals. A signal whose handler was installed without SA_RESTART ends the wait for an answer:
+ *     ClientSendCmd fails, and the command may have been carried out. It also cuts short the second
+ *     between two attempts to connect: under a timer of 10 ms all 300 are over in 3 seconds.
+ * Install handlers with SA_RESTART, or block the signals around the call.
+ *  8. Time. No server: about 300 seconds, then failure. A server that is stopped but listens: as
+ *     long as it is stopped, once its backlog is full already in the first attempt. One that took
+ *     the command: until it answers or ends; qalt-atd answers within ulTimeout and 75 seconds from
+ *     the command's turn on. A client that must not wait looks for the server first:
+ *     connect() to QALT_AT_SERVER_PATH on a socket of its own with SOCK_NONBLOCK, once, and
+ * close().
  */
 #ifndef QALT_AT_LINK_H
 #define QALT_AT_LINK_H
@@ -58,7 +75,8 @@ typedef struct AtMsg {
  * Returns 0 when an answer frame, or a part of one or nothing before the server closed, arrived;
  * 1 when pCmd or pRes is null, pCmd is too long (log line at priority 3, nothing is sent), the
  * server did not accept a connection in 300 attempts one second apart, or sending or receiving
- * failed. A server that is not there therefore blocks the caller for about 300 seconds.
+ * failed, be it by a signal. After a failed receive nobody knows whether the modem carried the
+ * command out: read before a write is sent again. See conventions 7 and 8.
  */
 QALT_API int ClientSendCmd(const char* pCmd, AtMsg* pRes, uint32_t ulTimeout);
 
@@ -69,11 +87,11 @@ QALT_API int ClientSendCmd(const char* pCmd, AtMsg* pRes, uint32_t ulTimeout);
 QALT_API int send_message(const char* pCmd, AtMsg* pRes, uint32_t ulTimeout);
 
 /*
- * Creates a stream socket and connects it to pPath (at most 107 characters), retrying as
- * qalt_at_socket_connect_rety does.
+ * Creates a stream socket and connects it to pPath (1 to 107 characters), retrying as
+ * qalt_at_socket_connect_rety does. The descriptor is closed by exec.
  *
- * Returns 1 and stores the descriptor in *pSocket; -1 when an argument is null, the path is too
- * long, the socket cannot be created or the connection fails (*pSocket stays as it was).
+ * Returns 1 and stores the descriptor in *pSocket; -1 when an argument is null, the path is empty
+ * or too long, the socket cannot be created or the connection fails (*pSocket stays as it was).
  */
 QALT_API int qalt_at_create_client_socket(const char* pPath, int* pSocket);
 
@@ -91,6 +109,10 @@ QALT_API int qalt_at_close_client_socket(int iSocket);
  * The report callback: runs on the receiver thread, once per received frame. pMsg is valid only
  * during the call and holds the frame as received, zeros where the sender sent less: a sender that
  * fills all 10240 text bytes leaves no terminating NUL. The result is ignored.
+ *
+ * Which report it is: Bk_Parse_At_Res (parser.h) gives those of the end-flag table as AT_RES_REPORT
+ * with their CmdId, whose name _Find_Cmd_By_ID knows; to any other, such as +CREG: or +CIEV:, it
+ * says AT_PARSE_NOT_FOUND (19): compare the text between its line ends with the name and a colon.
  */
 typedef int (*QaltReportCallback)(AtMsg* pMsg);
 
@@ -103,14 +125,23 @@ extern QALT_API QaltReportCallback pCallBackFun;
 
 /*
  * Starts the report receiver, once per process: a thread that listens on the Unix-domain stream
- * socket pModuleID and hands each received frame to the report callback. A stale socket file at
- * the path is removed. Concurrent first calls start one thread.
+ * socket pModuleID and hands each received frame to the report callback. Any file at the path is
+ * removed, another program's socket too. Concurrent first calls start one thread. It blocks all
+ * signals; the starter's mask stays.
  *
- * pModuleID  path of the report socket, at most 107 characters.
+ * pModuleID  path of the report socket, 1 to 107 characters. Its mode is what the process's umask
+ *            leaves: choose a directory that only the senders may enter.
  *
- * Returns 0 when the receiver was started now or earlier (a later identifier is stored in
- * g_ModuleID and otherwise without effect); 1 when the identifier is null or too long and no
- * receiver runs, or when the thread could not be created (a later call tries again).
+ * Returns 0 when the thread was started now or earlier (a later identifier is stored in g_ModuleID
+ * and otherwise without effect); 1 when the identifier is null, empty or too long and no receiver
+ * runs, or when the thread could not be created (a later call tries again).
+ *
+ * 0 does not say that the receiver listens. It ends for good, and leaves its socket behind, when
+ * the path cannot be bound, and at an accept or a receive that fails with anything but EINTR, such
+ * as EMFILE; ClientInit says 0 then, too. Whoever needs to know looks whether the thread lives
+ * (pthread_kill(recv_thread_id, 0), or a frame sent to the path by the program itself that reaches
+ * the callback). A sender that connects and sends nothing holds up those behind it.
+ * qalt_at/report_receiver.hpp has a receiver for C++ without these limits.
  */
 QALT_API int ClientInit(const char* pModuleID);
 
@@ -131,14 +162,15 @@ QALT_API void* receive_thread(void* pPath);
 QALT_API void parse_msg(AtMsg* pMsg);
 
 /*
- * Creates a listening stream socket at pPath (at most 107 characters, backlog 500), removing any
- * file there first. Returns 1 and stores the descriptor in *pSocket; -1 when an argument is null,
- * the path is too long, or socket, bind or listen fails.
+ * Creates a listening stream socket at pPath (1 to 107 characters, backlog 500), removing any file
+ * there first. Returns 1 and stores the descriptor, which exec closes, in *pSocket; -1 when an
+ * argument is null, the path is empty or too long, or socket, bind or listen fails.
  */
 QALT_API int qalt_at_create_server_socket(const char* pPath, int* pSocket);
 
 /*
- * Accepts one connection on iServerSocket. Returns 1 and stores its descriptor in *pSocket; -1 when
+ * Accepts one connection on iServerSocket. Returns 1 and stores its descriptor, which exec closes,
+ * in *pSocket; -1 when
  * iServerSocket is -1, pSocket is null or accept fails.
  */
 QALT_API int qalt_at_accept_client_request(int iServerSocket, int* pSocket);

@@ -16,8 +16,8 @@
  *     parser, is held for the whole call. Bk_Parse_At_COPS5_Res, _Find_Sub_Str and the lookups
  *     touch only their arguments and the tables. The steps of Bk_Parse_At_Res take no lock: a
  *     client that calls one itself sees to it that no other parse runs meanwhile.
- *  6. Stack. Bk_Parse_At_Res needs 106 KB in all, besides the caller's AtRes of 100 KB. Nothing is
- *     allocated on the heap.
+ *  6. Stack. Bk_Parse_At_Res needs 106 KB in all, besides the caller's AtRes of 100 KB. The library
+ *     allocates nothing; syslog, which it calls, may. No thread is cancelled inside it.
  */
 #ifndef QALT_AT_PARSER_H
 #define QALT_AT_PARSER_H
@@ -125,7 +125,8 @@ extern QALT_API int g_iProcDataLen;
  * information with the final result directly behind it is lost.
  *
  * Returns 0 when a block was handled; 19 when the text holds no end flag (the record stays
- * untouched); 20 when an argument is null. Log lines: three at priority 7 for each block.
+ * untouched), as a report that the table does not have; 20 when an argument is null. Log lines:
+ * three at priority 7 for each block.
  */
 QALT_API int Bk_Parse_At_Res(char* pStr, AtRes* pAtRes);
 

@@ -12,10 +12,25 @@
  *  3. Sizes and units. Storage type 0, the SIM phonebook, is the only one served. Indices count as
  *     the modem counts them; the index buffer knows 0 to PBB_CAPACITY - 1, 1023 by default.
  *  4. Threads. A process runs one phonebook call at a time: the calls share the discovered PbParam,
- *     the index buffer and the modem's storage and character set, without a lock. Calls block for
- *     the commands' time-outs and for the one-second pauses of the retries.
+ *     the index buffer and the modem's storage and character set, without a lock.
  *  5. Stack. QL_getPhonebookEntry needs up to 400 KB, the others up to 230 KB: give the calling
- *     thread 512 KB (the default is 8 MB with glibc, 2 MB with uClibc and only 128 KB with musl).
+ *     thread 512 KB (the default is 8 MB with glibc, 2 MB with uClibc; with musl 128 KB, or 512 KB
+ *     where the shared library was loaded at the start).
+ *  6. Time. Calls block for the commands' time-outs, for the one-second pauses of the retries and,
+ *     without a server, for 300 seconds a command. Look for the server first (link.h, convention
+ * 8):
+ *
+ *                          the modem answers   a busy card      no server at all
+ *     QL_getPhonebookInfo  up to 6 commands    20 s of pauses   6320 s (1 h 45 min)
+ *     QL_getPhonebookEntry 2 or 3 commands     3 s of pauses    900 s
+ *     QL_setPhonebookEntry up to 5 commands    10 s of pauses   3010 s
+ *     QL_deletePhonebookEntry 1 to 3 commands  no pauses        900 s
+ *
+ *     A server that takes commands and does not answer holds a call until it does, or ends.
+ *  7. Signals. As for ClientSendCmd: one without SA_RESTART fails the command under way, which the
+ *     modem may have carried out, and a write that ends so may leave the modem's character set at
+ *     UCS2 for this process. Install handlers with SA_RESTART, or block the signals around the
+ * call. After a failed write read the entry before it is written again.
  */
 #ifndef QALT_AT_PHONEBOOK_H
 #define QALT_AT_PHONEBOOK_H
@@ -61,7 +76,8 @@ QALT_API int _IsOldPhonebook(void);
  * command would have set keeps the value of an earlier discovery, 0 before the first.
  *
  * Returns 0, whatever the modem answered; 13 when storageType is not 0 or pPbParam is null (nothing
- * is sent). A busy modem is asked for up to about 20 seconds.
+ * is sent). A busy modem is asked for up to about 20 seconds; without a server it takes an hour and
+ * three quarters (convention 6).
  */
 QALT_API int QL_getPhonebookInfo(int storageType, PbParam* pPbParam);
 

@@ -33,7 +33,8 @@
  *     character above that, stored by a modem that takes UTF-16, is read, and written only with
  *     Limits::kSendable, as it was.
  *  5. Threads. One phonebook is open in a process, since the library's phonebook state is the
- *     process's; a second one is refused. Its calls may come from any thread and are serialised.
+ *     process's; a second one is refused, also in another shared object, unless its linking hides
+ *     this header's variables. Its calls may come from any thread and are serialised.
  *  6. Stack. 512 KB on the calling thread.
  *  7. The modem. The storage is selected for each call, and with the standard commands the
  *     character set UCS2; before it returns, IRA is selected again, if the AT server is there:
@@ -41,8 +42,11 @@
  *     calls does so once for all. Signals interrupt no command. A modem or a server that goes away
  *     ends a call with kNoAnswer, unless it is back within Options::away_seconds: then the storage
  *     and the set are selected anew and the call goes on.
- *     Nothing is sent to a server of another user than root, one's own, and the one whose number
- *     stands in the environment as QALT_AT_SERVER_USER.
+ *     Nothing is sent to a server of another user than root, one's own and Options::server_user.
+ *     One command takes at most its time-out (5 to 20 seconds, one a index where that is more),
+ * three minutes for what the server has to do first, and two minutes for the turn behind other
+ *     clients; then it counts as unanswered. Options::stop is heard within half a second, but for
+ *     a change on its way and the look at it.
  *  8. Further parameters. What a modem has behind a contact's name (Contact::further) is read,
  *     written and compared with the rest: change() keeps it; add() and put() write what the contact
  *     says, so that put() without it clears what stood there, as 3GPP TS 27.007 has it. A modem
@@ -61,6 +65,7 @@
 
 #include "qalt_at/commands.h"
 #include "qalt_at/detail/contact.hpp"
+#include "qalt_at/detail/discovery.hpp"
 #include "qalt_at/detail/exchange.hpp"
 #include "qalt_at/detail/range_reader.hpp"
 #include "qalt_at/detail/result.hpp"
@@ -77,9 +82,9 @@ struct Reading {
 
 namespace detail {
 
-/* The engine's state is the process's, and so are these. */
-inline std::recursive_mutex g_phonebook_mutex;
-inline const void* g_open_phonebook = nullptr;
+/* The engine's state is the process's, and so are these, whatever a client hides of itself. */
+[[gnu::visibility("default")]] inline std::recursive_mutex g_phonebook_mutex;
+[[gnu::visibility("default")]] inline const void* g_open_phonebook = nullptr;
 
 } /* namespace detail */
 
@@ -96,10 +101,15 @@ class Phonebook {
   /*
    * Finds out what the phonebook is like. To be called first; again for other options. kNoAnswer
    * without an AT server or a modem, at once; a card that is still starting is waited for. A card
-   * that answers ERROR is asked which PIN it waits for, and the error names it.
+   * that answers ERROR is asked which PIN it waits for, and the error names it. The C functions of
+   * phonebook.h find out for themselves: QL_getPhonebookInfo.
    */
   Result<Info> open(Options options);
-  const Info& info() const { return info_; }
+  /* As it is known; waits for another thread's call or job. */
+  Info info() const {
+    const Lock lock(detail::g_phonebook_mutex);
+    return info_;
+  }
 
   /*
    * Keeps the storage and the character set selected over several calls, which other threads'
@@ -135,11 +145,12 @@ class Phonebook {
    * tell. */
   Result<bool> holds(int nIndex);
 
-  /* Whether a contact could be written, as far as that can be told without the modem. */
+  /* Whether a contact could be written, as far as that can be told without the modem; waits as
+   * info() does. */
   Result<Done> check(const Contact& contact, Limits limits = Limits::kAnnounced) const;
   /* The command lines that put() and erase() send for a contact that passes check(). */
   std::string write_line(const Contact& contact, Limits limits = Limits::kAnnounced) const;
-  std::string erase_line(int nIndex) const { return detail::erase_line(info_.family, nIndex); }
+  std::string erase_line(int nIndex) const { return detail::erase_line(info().family, nIndex); }
 
   /*
    * Writes a new contact, at its index or at the lowest free one. kUsage when the index is occupied

@@ -1,7 +1,7 @@
 # bash completion for qalt-pb
 _qalt_pb() {
   local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]} word i command=
-  local global='--platform --wait --json --no-progress --verbose --help --version'
+  local global='--platform --wait --server-user --json --no-progress --verbose --help --version'
   local commands='info list get find add set delete clear export import at reports text'
   local fields='--name --number --number2 --number3 --email --extra'
 
@@ -16,7 +16,7 @@ _qalt_pb() {
   for ((i = 1; i < COMP_CWORD; ++i)); do
     word=${COMP_WORDS[i]}
     case $word in
-      --platform | --wait)
+      --platform | --wait | --server-user)
         [[ ${COMP_WORDS[i+1]} == = ]] && ((++i))
         ((++i)) ;;
       -*) ;;
@@ -27,6 +27,7 @@ _qalt_pb() {
   case $prev in
     --format) COMPREPLY=($(compgen -W 'jsonl vcf csv' -- "$cur")); return ;;
     --module) compopt -o default; return ;;
+    --server-user) COMPREPLY=($(compgen -u -- "$cur")); return ;;
     --platform | --wait | --from | --to | --index | --timeout | --count) return ;;
     --name | --number | --number2 | --number3 | --email | --extra) return ;;
   esac

@@ -1,7 +1,9 @@
 // The report receiver: started once in a process, it hands every frame to the callback. The calls
 // that fail under it are in tests/faults/.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <signal.h>
 
 #include <fstream>
 #include <thread>
@@ -35,6 +37,7 @@ Events g_events;  // "listen at" a path, "accept", the bytes of a frame that rea
 
 extern "C" int listen(int descriptor, int backlog) {
   EXPECT_EQ(backlog, 500);
+  EXPECT_EQ(fcntl(descriptor, F_GETFD), FD_CLOEXEC);
   sockaddr_un address{};
   socklen_t length = sizeof address;
   getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length);
@@ -50,7 +53,15 @@ extern "C" int accept(int descriptor, sockaddr*, socklen_t* length) {
 
 namespace {
 
+sigset_t own_signals() {
+  sigset_t signals;
+  pthread_sigmask(SIG_SETMASK, nullptr, &signals);
+  return signals;
+}
+
 int keep_frame(AtMsg* frame) {
+  const sigset_t signals = own_signals();
+  EXPECT_TRUE(sigismember(&signals, SIGTERM) && sigismember(&signals, SIGALRM)) << "all blocked";
   g_events.put(test::bytes_of(*frame));
   return 1;
 }
@@ -61,13 +72,18 @@ TEST(Receiver, StartsOnceAndHandsOnFramesAsReceived) {
   const std::string path = directory.file("reports");
   std::ofstream(path) << "a stale file";
   EXPECT_EQ(ClientInit(nullptr), 1);
+  EXPECT_EQ(ClientInit(""), 1);
   EXPECT_EQ(ClientInit(std::string(108, 'p').c_str()), 1);
   EXPECT_STREQ(g_ModuleID, "");
-  EXPECT_EQ(test::logged("at_com", 3).size(), 2u);
+  EXPECT_EQ(test::logged("at_com", 3).size(), 3u);
   SetClientProcRecvCallback(keep_frame);
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&] { EXPECT_EQ(ClientInit(path.c_str()), 0); });
+    threads.emplace_back([&] {
+      EXPECT_EQ(ClientInit(path.c_str()), 0);
+      const sigset_t signals = own_signals();
+      EXPECT_FALSE(sigismember(&signals, SIGTERM)) << "the starter's are as before";
+    });
   }
   for (std::thread& thread : threads) thread.join();
   // A later identifier changes nothing for the receiver, not even before it has begun to listen.

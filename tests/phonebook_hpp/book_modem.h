@@ -17,6 +17,7 @@
 namespace test {
 
 inline const std::string kSilence;
+inline const std::string kRange = information({"+CPBR: (1-250),40,18"});
 inline std::string cme(int code) {
   return "\r\n+CME ERROR: " + std::to_string(code) + "\r\n";
 }
@@ -66,7 +67,7 @@ class Book : public testing::Test, public ScriptedModem {
     on("AT+CPBR=", [answer](const std::string& line) {
       int first = 0, last = 0;
       const int found = std::sscanf(line.c_str(), "AT+CPBR=%d,%d", &first, &last);
-      return found == 2 ? answer(first, last) : information({"+CPBR: (1-250),40,18"});
+      return found == 2 ? answer(first, last) : kRange;
     });
   }
   std::string range(int first, int last) const {

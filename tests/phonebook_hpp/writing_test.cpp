@@ -126,9 +126,9 @@ TEST_F(Book, AStrangersServerIsNotAsked) {
   EXPECT_TRUE(sent().empty());
   EXPECT_NE(put.error().what.find("neither root nor this user"), std::string::npos);
   EXPECT_EQ(Fate::kNotDone, put.error().fate);
-  ::setenv("QALT_AT_SERVER_USER", "12345", 1);
+  options.server_user = user;
+  open();
   EXPECT_TRUE(book.put(contact(2, "B")));
-  ::unsetenv("QALT_AT_SERVER_USER");
 }
 
 // What is not named keeps the very digits that the modem gave, even those that no text has.

@@ -30,7 +30,7 @@ enum class Reply {
   kOther,   /* "not support", a prompt */
   kGarbled, /* a text, but none that ends as an answer does */
   kSilent,  /* the server gave the modem up and answered nothing */
-  kLost,    /* the server ended without an answer */
+  kLost,    /* the server gave no answer: it ended, or the time for it did */
   kNoServer /* nothing was sent */
 };
 
@@ -84,7 +84,7 @@ struct Answer {
   std::string payload; /* the information, or what stands behind the error */
   size_t lines = 0;    /* lines of the raw answer that begin with the prefix asked for */
   bool cms = false;
-  int cause = 0;             /* kNoServer: errno */
+  int cause = 0;             /* kNoServer, kLost: errno, see Delivery */
   bool of_selection = false; /* of a selection in front of the command, which was not sent */
   bool interrupted = false;  /* the client asked to stop while it was waited for another one */
 
@@ -153,26 +153,53 @@ inline Answer parse_answer(AtMsg& frame, std::string_view prefix) {
 inline Answer unanswered(Delivery delivery) {
   Answer answer;
   answer.cause = errno;
-  if (delivery == Delivery::kLost) answer.reply = Reply::kLost;
+  if (delivery == Delivery::kLost) {
+    answer.reply = Reply::kLost;
+    answer.interrupted = answer.cause == ECANCELED;
+  }
   return answer;
 }
 
-inline Answer exchange(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {}) {
+inline Answer exchange(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {},
+                       const Terms& terms = {}) {
   AtMsg frame;
-  const Delivery delivery = deliver(line, timeout_ms, frame);
+  const Delivery delivery = deliver(line, timeout_ms, frame, terms);
   return delivery == Delivery::kAnswered ? parse_answer(frame, prefix) : unanswered(delivery);
 }
 
-inline std::string no_server(int cause) {
-  if (cause == ENOENT || cause == ECONNREFUSED) {
-    return "no AT server listens on " QALT_AT_SERVER_PATH;
+/* Why nothing was sent, and what to do. */
+struct NoServer {
+  int cause; /* errno */
+  std::string_view what;
+  std::string_view advice;
+};
+
+// clang-format off
+inline constexpr std::array<NoServer, 8> kNoServerCauses = {{
+    {ENOENT,       "no AT server listens on " QALT_AT_SERVER_PATH,
+     "start one: qalt-atd --modem tty:/dev/ttyUSB2, or --modem sim for a simulated one"},
+    {ECONNREFUSED, "no AT server listens on " QALT_AT_SERVER_PATH " any more",
+     "start one: qalt-atd --modem tty:/dev/ttyUSB2, or --modem sim for a simulated one"},
+    {EACCES,       "this user may not connect to the AT server on " QALT_AT_SERVER_PATH,
+     "its socket's group and mode say who may: qalt-atd --socket-group"},
+    {EPERM,        "this user may not connect to the AT server on " QALT_AT_SERVER_PATH,
+     "its socket's group and mode say who may: qalt-atd --socket-group"},
+    {EAGAIN,       "the AT server on " QALT_AT_SERVER_PATH " takes no more connections",
+     "see whether it is stopped, or who has so many connections"},
+    {EMFILE,       "this process has too many open files to reach the AT server",
+     "close some, or raise the limit: ulimit -n"},
+    {ENFILE,       "the system has too many open files to reach the AT server",
+     "see who has so many"},
+    {kStrangersServer, "who listens on " QALT_AT_SERVER_PATH " is neither root nor this user",
+     "if that is the AT server's user, name it: --server-user, Options::server_user"},
+}};
+// clang-format on
+
+inline const NoServer* no_server(int cause) {
+  for (const NoServer& row : kNoServerCauses) {
+    if (row.cause == cause) return &row;
   }
-  if (cause == kStrangersServer) {
-    return "who listens on " QALT_AT_SERVER_PATH
-           " is neither root nor this user, and was not asked";
-  }
-  return "the AT server on " QALT_AT_SERVER_PATH " cannot be reached: " +
-         std::generic_category().message(cause);
+  return nullptr;
 }
 
 /* "the modem answered +CME ERROR: 24 (text string too long)" */
@@ -199,21 +226,21 @@ inline std::string describe(const Answer& answer) {
     case Reply::kSilent:
       return "the modem did not answer in time";
     case Reply::kLost:
-      return "the AT server ended before it answered";
+      return answer.cause == ETIMEDOUT ? "the AT server does not answer"
+             : answer.interrupted      ? "its answer was not waited for"
+                                       : "the AT server ended before it answered";
     case Reply::kNoServer:
       break;
   }
-  return no_server(answer.cause);
+  if (const NoServer* const row = no_server(answer.cause)) return std::string(row->what);
+  return "the AT server on " QALT_AT_SERVER_PATH " cannot be reached: " +
+         std::generic_category().message(answer.cause);
 }
 
 inline std::string advice_on(const Answer& answer) {
-  if (answer.reply == Reply::kNoServer && answer.cause == kStrangersServer) {
-    return "if it is the AT server's user, put its number into QALT_AT_SERVER_USER";
-  }
   if (answer.reply == Reply::kNoServer) {
-    return answer.cause == EACCES || answer.cause == EPERM
-               ? "its socket's group and mode say who may: qalt-atd --socket-group"
-               : "start one: qalt-atd --modem tty:/dev/ttyUSB2, or --modem sim for a simulated one";
+    const NoServer* const row = no_server(answer.cause);
+    return row != nullptr ? std::string(row->advice) : "";
   }
   if (answer.away()) return "see that the device is there, and what the log of the AT server says";
   if (answer.busy()) return "the card is still starting: give it time with --wait 30";

@@ -30,15 +30,6 @@ inline Error selection_failure(const Link& link, const Answer& selected) {
 /* No card has as many; a range beyond that is a misread answer, not a phonebook. */
 constexpr int kMostIndices = 65536;
 
-/* The family that the engine reads and writes with; see the platform codes of phonebook_records.h.
- */
-inline Family family_of(int platform, const PbType& type) {
-  if (platform == PB_PLATFORM_4) return Family::kScpbr;
-  const bool vendor =
-      type.IsSupportExtend == 1 && (platform == PB_PLATFORM_1 || type.IsSupportUSim == 1);
-  return vendor ? Family::kJcpbr : Family::kStandard;
-}
-
 template <size_t kSize>
 bool copy_whole(char (&member)[kSize], const std::string& text) {
   if (text.size() >= kSize) return false;
@@ -76,29 +67,16 @@ inline Result<Info> Phonebook::open(Options options) {
       link_.send(detail::kSelectStorage, detail::kSelectTimeoutMs, {}, /*starting=*/true);
   if (!selected.ok()) return detail::selection_failure(link_, selected);
 
-  PbParam param = {};
-  QL_setCurrentPlatform(options_.platform);
-  QL_getPhonebookInfo(0, &param);
-  info_ = {};
-  info_.family = detail::family_of(options_.platform, param.PbType);
-  /* Discovery may have taken the vendor test's limits for a phonebook used through +CPBR. */
-  if (info_.family == Family::kStandard && param.PbType.IsSupportExtend == 1) {
-    _InitStdPbConfig(0, &param);
-    PBB_InitPbBuffer(param.MinIndex, param.MaxIndex, param.MaxEntries);
-  }
-  info_.used = param.EntriesUsed;
-  info_.total = param.MaxEntries;
-  info_.first = param.MinIndex;
-  info_.last = param.MaxIndex;
-  info_.usim = param.PbType.IsSupportUSim == 1;
-  for (const PbFieldAbility& ability : param.FieldAbility) {
-    info_.lengths[static_cast<size_t>(ability.fieldType)] = ability.maxLength;
-  }
+  auto found = detail::Discovery(link_, options_.platform).find_out();
+  if (!found) return found.error();
+  info_ = *found;
   const bool told = info_.first >= 0 && info_.last > info_.first;
   if (!told || info_.last - info_.first >= detail::kMostIndices) {
     return Error{Cause::kRefused, "the modem does not tell the range of its phonebook's indices",
                  "see what it answers: qalt-pb at AT+CPBR=?"};
   }
+  QL_setCurrentPlatform(options_.platform);
+  PBB_InitPbBuffer(info_.first, info_.last, info_.total);
   detail::g_open_phonebook = this;
   return info_;
 }
@@ -131,8 +109,12 @@ inline Result<Done> Phonebook::begin() {
 inline void Phonebook::end() {
   known_.reset();
   link_.keep_selected({});
-  if (std::exchange(switched_, false))
-    detail::exchange(detail::kSelectIra, detail::kSelectTimeoutMs);
+  if (!std::exchange(switched_, false)) return;
+  /* A client that wants to stop does not wait for a server that is stuck. */
+  constexpr int kMostAsked = 20; /* twice a second */
+  detail::Terms terms = {{}, options_.server_user};
+  if (link_.stopped()) terms.stop = [asked = 0]() mutable { return ++asked > kMostAsked; };
+  detail::exchange(detail::kSelectIra, detail::kSelectTimeoutMs, {}, terms);
 }
 
 inline Error Phonebook::wrong_index(int index) const {
@@ -258,11 +240,7 @@ inline Result<Info> Phonebook::counts() {
   if (!job.result()) return job.result().error();
   const detail::Answer answer = link_.ask("AT+CPBS?", detail::kSelectTimeoutMs);
   if (!answer.ok()) return detail::failure(answer, "count the entries");
-  const auto values = detail::split_outside_quotes(answer.payload, ",");
-  if (values.size() >= 3) {
-    info_.used = static_cast<int>(std::strtol(values[1].c_str(), nullptr, 10));
-    info_.total = static_cast<int>(std::strtol(values[2].c_str(), nullptr, 10));
-  }
+  detail::take_counts(info_, answer.payload);
   return info_;
 }
 

@@ -95,6 +95,7 @@ inline Result<detail::WireContact> Phonebook::wire_of(const Contact& contact, Li
 }
 
 inline Result<Done> Phonebook::check(const Contact& contact, Limits limits) const {
+  const Lock lock(detail::g_phonebook_mutex);
   const auto wire = wire_of(contact, limits);
   if (!wire) return wire.error();
   if (contact.index != kNoIndex && !info_.has_index(contact.index)) {
@@ -104,6 +105,7 @@ inline Result<Done> Phonebook::check(const Contact& contact, Limits limits) cons
 }
 
 inline std::string Phonebook::write_line(const Contact& contact, Limits limits) const {
+  const Lock lock(detail::g_phonebook_mutex);
   const auto wire = wire_of(contact, limits);
   return wire ? detail::write_line(info_.family, *wire) : "";
 }

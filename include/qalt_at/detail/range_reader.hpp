@@ -32,9 +32,11 @@ struct Options {
   int platform = PB_PLATFORM_DEFAULT;
   int wait_seconds = 10;                             /* for a card that is still starting */
   int away_seconds = 0;                              /* for a modem or a server that is away */
-  std::function<bool()> stop;                        /* asked between commands: end early? */
+  std::function<bool()> stop;                        /* asked between commands and while an answer
+                                                        to a read is awaited: end early? */
   std::function<void(int nDone, int nAll)> progress; /* indices read so far */
-  std::function<void()> pause = [] { ::sleep(1); };  /* lets a second pass */
+  uid_t server_user = 0; /* whose AT server is trusted beside root's and one's own */
+  std::function<void()> pause = [] { ::sleep(1); }; /* lets a second pass */
 };
 
 /* An index whose contact could not be read, and why. */
@@ -88,10 +90,14 @@ class Link {
     for (int waited = 0;; ++waited) {
       Answer answer = attempt(line, timeout_ms, prefix);
       const bool early = answer.busy() || (starting && answer.reply == Reply::kError);
+      const bool crowded = answer.reply == Reply::kNoServer && answer.cause == EAGAIN;
       const bool absent = answer.away() || answer.reply == Reply::kNoServer ||
                           (answer.of_selection && answer.reply == Reply::kLost);
-      const int patience = early ? options_.wait_seconds : absent ? options_.away_seconds : 0;
-      answer.interrupted = waited < patience && stopped();
+      const int patience = early     ? options_.wait_seconds
+                           : crowded ? std::max(options_.wait_seconds, options_.away_seconds)
+                           : absent  ? options_.away_seconds
+                                     : 0;
+      answer.interrupted = answer.interrupted || (waited < patience && stopped());
       if (waited >= patience || answer.interrupted) return answer;
       pause();
     }
@@ -99,11 +105,12 @@ class Link {
 
   /* The same for a line that changes nothing: where no answer came, it is sent once more, if the
    * modem or the server may be back by then. */
-  Answer ask(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {}) const {
-    Answer answer = send(line, timeout_ms, prefix);
+  Answer ask(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {},
+             bool starting = false) const {
+    Answer answer = send(line, timeout_ms, prefix, starting);
     const bool again = answer.reply == Reply::kLost ||
                        (answer.reply == Reply::kSilent && options_.away_seconds > 0);
-    if (again && !stopped()) answer = send(line, timeout_ms, prefix);
+    if (again && !stopped()) answer = send(line, timeout_ms, prefix, starting);
     return answer;
   }
 
@@ -111,15 +118,17 @@ class Link {
   Answer attempt(const std::string& line, uint32_t timeout_ms, std::string_view prefix) const {
     for (const std::string& selection : selection_) {
       if (!doubtful_) break;
-      Answer answer = exchange(selection, kSelectTimeoutMs);
+      Answer answer = exchange(selection, kSelectTimeoutMs, {}, terms());
       answer.of_selection = true;
       if (!answer.ok()) return answer;
     }
-    const Answer answer = exchange(line, timeout_ms, prefix);
+    const Answer answer = exchange(line, timeout_ms, prefix, terms());
     /* A modem that has restarted says ERROR at first, and has the defaults selected. */
     doubtful_ = answer.untold() || !answer.sent() || answer.busy() || answer.reply == Reply::kError;
     return answer;
   }
+
+  Terms terms() const { return {whole_ ? Stop() : options_.stop, options_.server_user}; }
 
   const Options& options_;
   std::vector<std::string> selection_;
