@@ -108,7 +108,8 @@ bench:
 	cmake --preset bench >/dev/null
 	cmake --build --preset bench -j $$(nproc)
 	scripts/bench_phonebook.sh build/bench >build/bench/phonebook_rows
-	scripts/bench.sh build/bench build/bench/phonebook_rows >build/bench/PERFORMANCE.md
+	build/bench/bench/server_waits build/bench/server/qalt-atd >build/bench/server_rows
+	scripts/bench.sh build/bench build/bench/phonebook_rows build/bench/server_rows >build/bench/PERFORMANCE.md
 	cat build/bench/PERFORMANCE.md
 
 format:

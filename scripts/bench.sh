@@ -134,6 +134,8 @@ What the rows say:
   command lines and reads up to each final result. A pause is a gap of 10 ms or more between an answer
   and the next command. The memory is that of a client in C that has read all contacts, at its end,
   less an empty one's.
+- **longest wait**: of one client that asks 50 times a second, beside others that behave badly, on a
+  simulated modem with 5 ms for a command. Wanted: a second and one command.
 - **size**: libosmogsm holds protocols beside its texts. A tenth of it is not reached: the exported
   tables (12 KB of commands and end marks) and the names of all exported functions (17 KB with their
   relocations) are the interface.

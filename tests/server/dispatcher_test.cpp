@@ -202,7 +202,7 @@ TEST(Dispatcher, ProcessesTakeTurns) {
       {1, 200, 1000, "AT+CPAS", false, 200},
       // Late ones take one turn together: the answer and the way back.
       {50, 2, 1, "AT+CPAS", false, 600},
-      {50, 2, 600'000, "AT+CIMI", true, 1500},
+      {50, 2, 600'000, "AT+CIMI", true, 1000},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.line);
