@@ -109,8 +109,9 @@ bench:
 	cmake --build --preset bench -j $$(nproc)
 	scripts/bench_phonebook.sh build/bench >build/bench/phonebook_rows
 	build/bench/bench/late_answers >build/bench/late_rows
+	build/bench/bench/server_waits build/bench/server/qalt-atd >build/bench/server_rows
 	scripts/bench.sh build/bench build/bench/phonebook_rows build/bench/late_rows \
-	  >build/bench/PERFORMANCE.md
+	  build/bench/server_rows >build/bench/PERFORMANCE.md
 	cat build/bench/PERFORMANCE.md
 
 format:

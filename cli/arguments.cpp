@@ -128,7 +128,7 @@ std::string user_number(const std::string& user) {
   if (const passwd* const entry = getpwnam(user.c_str())) return std::to_string(entry->pw_uid);
   const bool number = !user.empty() && user.size() < 10 &&
                       user.find_first_not_of("0123456789") == std::string::npos;
-  if (!number) throw CLI::ValidationError("--server-user: there is no user " + user);
+  if (!number) throw CLI::ValidationError("there is no user " + user);
   return user;
 }
 

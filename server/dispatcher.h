@@ -34,7 +34,7 @@
 namespace qalt::server {
 
 constexpr std::chrono::milliseconds kAnyWait = std::chrono::milliseconds::max();
-constexpr std::chrono::milliseconds kLeftWait{1000};
+constexpr std::chrono::milliseconds kLeftWait{500};
 
 class Dispatcher {
  public:

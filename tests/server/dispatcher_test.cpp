@@ -211,7 +211,7 @@ TEST(Dispatcher, ProcessesTakeTurns) {
       {1, 200, 1000, "AT+CPAS", false, 200},
       // Late ones take one turn together: the answer, the way back and the start line.
       {50, 2, 1, "AT+CPAS", false, 700},
-      {50, 2, 600'000, "AT+CIMI", true, 1600},
+      {50, 2, 600'000, "AT+CIMI", true, 1200},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.line);
