@@ -125,7 +125,8 @@ void add_other_commands(CLI::App& app, Arguments& arguments) {
 
 // The number of a user who is given by name or by number; a function as CLI11 wants it.
 std::string user_number(const std::string& user) {
-  if (const passwd* const entry = getpwnam(user.c_str())) return std::to_string(entry->pw_uid);
+  const passwd* const entry = getpwnam(user.c_str());  // NOLINT: at the start there is one thread
+  if (entry != nullptr) return std::to_string(entry->pw_uid);
   const bool number = !user.empty() && user.size() < 10 &&
                       user.find_first_not_of("0123456789") == std::string::npos;
   if (!number) throw CLI::ValidationError("there is no user " + user);

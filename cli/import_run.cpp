@@ -34,7 +34,8 @@ class Writer {
           return taken(contact.index, **occupant);
         }
       }
-      const auto stored = book_.put(contact, limits_);
+      const auto stored = book_.put(contact, limits_,
+                                    planned.overwritten.empty() ? Over::kNothing : Over::kAnything);
       if (stored) {
         ++tally_.written;
         return Done{};

@@ -216,7 +216,8 @@ void ClientSettings::reopened() {
 void ClientSettings::remember(const Peer& peer, const Values& values) {
   if (!peer.known()) return;
   if (!peers_.contains(peer)) {
-    if (values == Values()) return;
+    const auto selected = [](const auto& value) { return value.has_value(); };
+    if (std::none_of(values.begin(), values.end(), selected)) return;
     if (peers_.size() == kMostPeers) make_place();
   }
   peers_[peer] = {values, ++uses_};

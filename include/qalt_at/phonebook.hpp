@@ -158,9 +158,12 @@ class Phonebook {
    * Gives the contact as it is stored now.
    */
   Result<Contact> add(const Contact& contact);
-  /* Writes a contact at its index, whatever stands there. With kSendable one that stood in a
-   * phonebook once: what is too much for this one its modem refuses. */
-  Result<Contact> put(const Contact& contact, Limits limits = Limits::kAnnounced);
+  /* Writes a contact at its index, whatever stands there; with Over::kNothing at one that holds()
+   * has just called empty: kCollision when that is no longer so once a busy card or an absent modem
+   * takes the write. With kSendable one that stood in a phonebook once: what is too much for this
+   * one its modem refuses. */
+  Result<Contact> put(const Contact& contact, Limits limits = Limits::kAnnounced,
+                      Over over = Over::kAnything);
   /* Changes some fields of a contact; the others keep the very digits that the modem gave. */
   Result<Contact> change(int nIndex, const Changes& changes);
   /* Deletes; an empty index is no error. */
@@ -182,7 +185,7 @@ class Phonebook {
   detail::Answer look_at(int index) const;
   Result<std::optional<bool>> holds_by_count(int index);
   Result<bool> holds_contact(int index);
-  Result<Contact> write(const detail::WireContact& wire, const Contact* old);
+  Result<Contact> write(const detail::WireContact& wire, const Contact* old, Over over);
   static void remember(const detail::WireContact& wire);
   static void remember(const detail::WireReading& reading);
 

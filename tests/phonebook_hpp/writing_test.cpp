@@ -94,6 +94,26 @@ TEST_F(Book, WhatBecameOfAChangeIsTold) {
   }
 }
 
+// A write that waits for a busy card looks again before it is sent once more.
+TEST_F(Book, ABusyCardLosesNoContact) {
+  open();
+  bool came = true;  // another client's contact, meanwhile
+  int busy = 0;
+  on("AT+CPBW=", [&](const std::string&) {
+    stored[1] = came ? "\"1\",129,\"0042\"" : "\"\",129,\"0041\"";
+    if (busy-- <= 0) return kOk;
+    if (!came) stored.clear();
+    return cme(14);
+  });
+  busy = 1;
+  expect(Cause::kCollision, "another client has just taken index 1", book.add(contact(-1, "A")));
+  EXPECT_EQ(1, count("AT+CPBW="));
+  came = false;
+  busy = 3;
+  stored.clear();
+  EXPECT_TRUE(book.add(contact(-1, "A")));
+}
+
 // A signal is no failure, whatever call it interrupts; a server that is gone is one.
 TEST_F(Book, SignalsAndLostServers) {
   open();

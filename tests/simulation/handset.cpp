@@ -109,7 +109,6 @@ class Handset : public Machine {
 
     scenario.plain = !further_ && !blanks_ && upper_hex_;
     scenario.hidden = refused_in_range_;
-    scenario.starts_busy = busy_after_start_ > 0;
     scenario.drops = !writes_dropped_.empty();
     scenario.refuses = empty_index_ == Ending::kError || empty_range_ == Ending::kError ||
                        largest_range_ != 0 || !refused_in_range_.empty();

@@ -127,8 +127,6 @@ Scenario make_scenario(uint64_t seed) {
                   (scenario.drops ? ", drops writes" : "") +
                   (scenario.hidden.empty() ? "" : ", refuses reads");
   scenario.line = make_line(chance);
-  // A write that waits for the card is repeated without another look.
-  if (scenario.starts_busy) scenario.line.restart = 0;
   constexpr std::array<std::pair<Manner, const char*>, 4> kManners = {{
       {Manner::kHeader, "header"},
       {Manner::kImporter, "importer"},

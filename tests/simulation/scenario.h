@@ -21,14 +21,13 @@ struct Scenario {
   std::unique_ptr<Machine> machine;
   int first = 0;  // of its indices
   int size = 0;
-  Time delay{0};             // of its answers about the phonebook
-  bool plain = true;         // contacts are as the C functions can carry them
-  std::set<int> hidden;      // indices that the modem refuses to read, though nothing is wrong
-  bool vendor = false;       // vendor's commands, where the text is coded otherwise
-  bool slow = false;         // to answer
-  bool starts_busy = false;  // the card, for some commands after power-up
-  bool refuses = false;      // says ERROR where it could say otherwise: only the count tells
-  bool drops = false;        // writes, and says OK
+  Time delay{0};         // of its answers about the phonebook
+  bool plain = true;     // contacts are as the C functions can carry them
+  std::set<int> hidden;  // indices that the modem refuses to read, though nothing is wrong
+  bool vendor = false;   // vendor's commands, where the text is coded otherwise
+  bool slow = false;     // to answer
+  bool refuses = false;  // says ERROR where it could say otherwise: only the count tells
+  bool drops = false;    // writes, and says OK
   LineFaults line;
   std::vector<Manner> clients;
   int calls = 0;        // of each client

@@ -100,6 +100,12 @@ enum class Limits {
   kSendable   /* what a command can carry and a read can bring back; the rest the modem judges */
 };
 
+/* What a write may replace. */
+enum class Over {
+  kAnything,
+  kNothing /* the index was just seen empty: seen again before the write is sent once more */
+};
+
 namespace detail {
 
 /* Longest text the read side is sure to bring back whole: an answer line counts with its first 1023

@@ -68,6 +68,11 @@ inline Error still_there(int index) {
           "the modem said OK all the same", Fate::kDone};
 }
 
+inline Error taken(int index) {
+  return {Cause::kCollision, "another client has just taken index " + std::to_string(index),
+          "try again"};
+}
+
 inline Error may_be_occupied(const Unreadable& gap) {
   return {Cause::kRefused,
           "index " + std::to_string(gap.index) +
@@ -111,7 +116,8 @@ inline std::string Phonebook::write_line(const Contact& contact, Limits limits) 
 }
 
 /* `old`: what stood there, where it is known. */
-inline Result<Contact> Phonebook::write(const detail::WireContact& wire, const Contact* old) {
+inline Result<Contact> Phonebook::write(const detail::WireContact& wire, const Contact* old,
+                                        Over over) {
   const std::string place = "write index " + std::to_string(wire.index);
   if (info_.plain) {
     return Error{Cause::kRefused, "could not " + place + ": the modem has no character set UCS2",
@@ -127,9 +133,17 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire, const C
   if (link_.stopped()) {
     return Error{Cause::kInterrupted, "interrupted before index " + std::to_string(wire.index), ""};
   }
+  Result<bool> held = false;
+  const auto is_free = [&] {
+    held = holds_contact(wire.index);
+    return held && !*held;
+  };
+  const detail::Answer answer = link_.send(
+      detail::write_line(info_.family, wire), detail::row_of(info_.family).write_timeout_ms, {},
+      /*starting=*/false, over == Over::kNothing ? std::function<bool()>(is_free) : nullptr);
   auto was_known = std::exchange(known_, std::nullopt);
-  const detail::Answer answer = link_.send(detail::write_line(info_.family, wire),
-                                           detail::row_of(info_.family).write_timeout_ms);
+  if (!held) return held.error();
+  if (*held) return detail::taken(wire.index);
   /* After silence the contact may be stored or not: what is read back decides. */
   const bool unknown = answer.untold();
   if (!answer.ok() && !unknown) {
@@ -222,21 +236,20 @@ inline Result<Contact> Phonebook::add(const Contact& contact) {
   const auto taken = holds_contact(*index);
   if (!taken) return taken.error();
   if (*taken) {
-    return Error{Cause::kCollision, "another client has just taken index " + std::to_string(*index),
-                 "try again"};
+    return detail::taken(*index);
   }
   Contact placed = contact;
   placed.index = *index;
-  return put(placed);
+  return put(placed, Limits::kAnnounced, Over::kNothing);
 }
 
-inline Result<Contact> Phonebook::put(const Contact& contact, Limits limits) {
+inline Result<Contact> Phonebook::put(const Contact& contact, Limits limits, Over over) {
   const Job job(*this);
   if (!job.result()) return job.result().error();
   if (!info_.has_index(contact.index)) return wrong_index(contact.index);
   const auto wire = wire_of(contact, limits);
   if (!wire) return wire.error();
-  return write(*wire, nullptr);
+  return write(*wire, nullptr, over);
 }
 
 inline Result<Contact> Phonebook::change(int nIndex, const Changes& changes) {
@@ -262,7 +275,7 @@ inline Result<Contact> Phonebook::change(int nIndex, const Changes& changes) {
   }
   if (wrong.empty()) wrong = detail::check_line(info_.family, *wire);
   if (!wrong.empty()) return Error{Cause::kUsage, wrong, ""};
-  return write(*wire, &*old);
+  return write(*wire, &*old, Over::kAnything);
 }
 
 inline detail::Answer Phonebook::look_at(int index) const {

@@ -84,9 +84,10 @@ class Link {
     if (options_.progress) options_.progress(done, all);
   }
 
-  /* `starting`: whether ERROR, too, is what a card says that is still starting. */
+  /* `starting`: whether ERROR, too, is what a card says that is still starting. `again`, if there
+   * is one, is asked whether the line may still be sent, each time before it is sent once more. */
   Answer send(const std::string& line, uint32_t timeout_ms, std::string_view prefix = {},
-              bool starting = false) const {
+              bool starting = false, const std::function<bool()>& again = {}) const {
     for (int waited = 0;; ++waited) {
       Answer answer = attempt(line, timeout_ms, prefix);
       const bool early = answer.busy() || (starting && answer.reply == Reply::kError);
@@ -100,6 +101,7 @@ class Link {
       answer.interrupted = answer.interrupted || (waited < patience && stopped());
       if (waited >= patience || answer.interrupted) return answer;
       pause();
+      if (again && !again()) return answer;
     }
   }
 
