@@ -155,13 +155,13 @@ bool ClientSettings::touched_by(std::string_view line) {
 
 bool ClientSettings::forgotten(const Peer& peer, std::string_view line, bool older) {
   const std::vector<at::Command> commands = commands_of(line);
-  const auto lost = evicted_.find(peer);
+  const auto owed = evicted_.find(peer);
   for (const size_t i : {kCharset, kStorage}) {
-    if (lost == evicted_.end() || !lost->second[i]) continue;
+    if (owed == evicted_.end() || !owed->second[i]) continue;
     for (const at::Command& command : commands) {
       if (selects(command, i)) break;
       if (!acts_on(command, i)) continue;
-      evicted_.erase(lost);
+      evicted_.erase(owed);
       return true;
     }
   }
@@ -221,9 +221,9 @@ void ClientSettings::remember(const Peer& peer, const Values& values) {
     if (peers_.size() == kMostPeers) make_place();
   }
   peers_[peer] = {values, ++uses_};
-  const auto lost = evicted_.find(peer);
-  if (lost == evicted_.end()) return;
-  for (size_t i = 0; i < kSettings; ++i) lost->second[i] &= !values[i];
+  const auto owed = evicted_.find(peer);
+  if (owed == evicted_.end()) return;
+  for (size_t i = 0; i < kSettings; ++i) owed->second[i] &= !values[i];
 }
 
 void ClientSettings::make_place() {
@@ -235,8 +235,8 @@ void ClientSettings::make_place() {
   if (evicted_.size() == kMostEvicted && std::erase_if(evicted_, ended) == 0) {
     evicted_.erase(evicted_.begin());
   }
-  auto& lost = evicted_[oldest->first];
-  for (size_t i = 0; i < kSettings; ++i) lost[i] |= oldest->second.values[i].has_value();
+  auto& owed = evicted_[oldest->first];
+  for (size_t i = 0; i < kSettings; ++i) owed[i] |= oldest->second.values[i].has_value();
   peers_.erase(oldest);
 }
 
