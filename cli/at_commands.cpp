@@ -1,11 +1,8 @@
 // The commands beside contacts: at, reports, text.
-#include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <cwchar>
 #include <deque>
 #include <memory>
@@ -16,6 +13,7 @@
 #include "cli/failure.h"
 #include "cli/interrupts.h"
 #include "cli/terminal.h"
+#include "qalt_at/report_receiver.hpp"
 #include "sockets/socket_place.h"
 
 namespace qalt::cli {
@@ -47,21 +45,15 @@ struct Block {
   std::string payload;
 };
 
-std::string command_name(uint32_t id) {
-  int32_t row = 0;
-  if (_Find_Cmd_By_ID(&row, id) != AT_PARSE_OK) return "";
-  return QaltWcdma_AtCmdTable[row].CmdName;
-}
-
-// What a frame holds, block by block.
-std::vector<Block> blocks_of(AtMsg& frame) {
+// What a text holds, block by block.
+std::vector<Block> blocks_of(std::string text) {
   std::vector<Block> blocks;
-  frame.aucDataBuf[sizeof frame.aucDataBuf - 1] = '\0';
   for (;;) {
     AtRes parsed = {};
-    if (Bk_Parse_At_Res(frame.aucDataBuf, &parsed) != AT_PARSE_OK) return blocks;
+    if (Bk_Parse_At_Res(text.data(), &parsed) != AT_PARSE_OK) return blocks;
     const bool report = parsed.ResType == AT_RES_REPORT;
-    blocks.push_back({parsed.ResType, report ? command_name(parsed.CmdId) : "", parsed.Paras});
+    blocks.push_back(
+        {parsed.ResType, report ? detail::command_name(parsed.CmdId) : "", parsed.Paras});
   }
 }
 
@@ -87,64 +79,37 @@ std::string shown(const Block& block) {
   return text + "\n";
 }
 
-// Frames on their way from the receiver's thread to the command.
+// Reports on their way from the receiver's thread to the command.
 class Inbox {
  public:
   Inbox() {
     if (pipe(ends_) != 0) throw Failure(Cause::kUsage, "too many open files");
   }
   int descriptor() const { return ends_[0]; }
-  void put(const AtMsg& frame) {
+  void put(const Report& report) {
     const std::lock_guard lock(mutex_);
-    frames_.push_back(frame);
+    reports_.push_back(report.text);
     [[maybe_unused]] const ssize_t unused = write(ends_[1], "", 1);
   }
-  AtMsg take() {
+  std::string take() {
     char byte;
     [[maybe_unused]] const ssize_t unused = read(ends_[0], &byte, 1);
     const std::lock_guard lock(mutex_);
-    const AtMsg frame = frames_.front();
-    frames_.pop_front();
-    return frame;
+    std::string report = std::move(reports_.front());
+    reports_.pop_front();
+    return report;
   }
 
  private:
   std::mutex mutex_;
-  std::deque<AtMsg> frames_;
+  std::deque<std::string> reports_;
   int ends_[2] = {-1, -1};
 };
-
-// The receiver's thread outlives the command.
-Inbox* g_inbox = nullptr;
-
-bool is_socket(const std::string& path) {
-  struct stat status = {};
-  return lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode);
-}
 
 std::unique_ptr<SocketPlace> take_place(const std::string& path) try {
   return std::make_unique<SocketPlace>(path, "--module");
 } catch (const std::runtime_error& error) {
   throw Failure(Cause::kUsage, error.what());
-}
-
-// Listens at the place; the receiver itself does not tell whether it could.
-void start_receiver(SocketPlace& place) {
-  const std::string& path = place.path();
-  SetClientProcRecvCallback([](AtMsg* frame) {
-    g_inbox->put(*frame);
-    return 0;
-  });
-  const bool started = ClientInit(path.c_str()) == 0;
-  constexpr int kTries = 100;
-  for (int i = 0; started && i < kTries && !is_socket(path); ++i) {
-    pollfd none = {-1, 0, 0};
-    poll(&none, 1, 10);
-  }
-  if (!started || !is_socket(path)) {
-    throw Failure(Cause::kUsage, "cannot listen on " + path, "name another --module");
-  }
-  place.occupied();
 }
 
 // A report that the parser does not list: named where the command table has its name, else as it
@@ -160,12 +125,9 @@ Block unlisted(const std::string& raw) {
   return {AT_RES_REPORT, "", text};
 }
 
-void print_reports(Context& context, AtMsg frame, unsigned& left) {
-  if (frame.aucDataBuf[0] == '\0') return;
-  frame.aucDataBuf[sizeof frame.aucDataBuf - 1] = '\0';
-  const std::string raw = frame.aucDataBuf;
-  std::vector<Block> blocks = blocks_of(frame);
-  if (blocks.empty()) blocks.push_back(unlisted(raw));
+void print_reports(Context& context, const std::string& text, unsigned& left) {
+  std::vector<Block> blocks = blocks_of(text);
+  if (blocks.empty()) blocks.push_back(unlisted(text));
   for (const Block& block : blocks) {
     context.print(context.json() ? line_of(json_of_answer(block)) + "\n" : shown(block));
     if (left > 0 && --left == 0) return;
@@ -197,7 +159,7 @@ void run_at(Context& context) {
       if (delivery == detail::Delivery::kLost) error.fate = Fate::kUnknown;
       throw Failure(error);
     }
-    const std::vector<Block> blocks = blocks_of(frame);
+    const std::vector<Block> blocks = blocks_of(frame.aucDataBuf);
     Json answers = Json::array();
     std::string text;
     bool ok = false;
@@ -219,10 +181,11 @@ void run_at(Context& context) {
 }
 
 void run_reports(Context& context) {
-  static Inbox inbox;
-  g_inbox = &inbox;
-  const auto place = take_place(context.arguments().module);
-  start_receiver(*place);
+  Inbox inbox;
+  const std::string& path = context.arguments().module;
+  const auto place = take_place(path);
+  ReportReceiver receiver;
+  cli::take(receiver.start(path, [&](const Report& report) { inbox.put(report); }));
   unsigned left = context.arguments().count;
   const bool endless = left == 0;
   while (endless || left > 0) {
@@ -230,7 +193,6 @@ void run_reports(Context& context) {
     print_reports(context, inbox.take(), left);
     if (context.output_failed()) break;
   }
-  SetClientProcRecvCallback(nullptr);
 }
 
 void run_text(Context& context) {

@@ -14,24 +14,8 @@
 
 namespace {
 
-// What happens on the receiver thread, in order; taking one waits until it is there.
-class Events {
- public:
-  Events() { EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends_), 0); }
-  void put(const std::string& event) {
-    EXPECT_EQ(write(ends_[0], event.data(), event.size()), ssize_t(event.size()));
-  }
-  std::string take() {
-    std::string event(sizeof(AtMsg), '\0');
-    event.resize(size_t(read(ends_[1], event.data(), event.size())));
-    return event;
-  }
-
- private:
-  int ends_[2];
-};
-
-Events g_events;  // "listen at" a path, "accept", the bytes of a frame that reached the callback
+test::Events
+    g_events;  // "listen at" a path, "accept", the bytes of a frame that reached the callback
 
 }  // namespace
 

@@ -1,5 +1,5 @@
 // private_server.h - what the link tests share: a directory of their own for sockets, the count of
-// open descriptors, and frames as bytes.
+// open descriptors, what other threads tell, and frames as bytes.
 #ifndef QALT_TESTS_SUPPORT_PRIVATE_SERVER_H_
 #define QALT_TESTS_SUPPORT_PRIVATE_SERVER_H_
 
@@ -46,6 +46,26 @@ inline long open_descriptors() {
   const std::filesystem::directory_iterator entries("/proc/self/fd");
   return std::distance(begin(entries), end(entries));
 }
+
+// What happens on another thread, in order; taking one waits until it is there.
+class Events {
+ public:
+  Events() {
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends_) != 0) abort();
+  }
+  ~Events() { close(ends_[0]), close(ends_[1]); }
+  void put(const std::string& event) const {
+    if (write(ends_[0], event.data(), event.size()) != ssize_t(event.size())) abort();
+  }
+  std::string take() const {
+    std::string event(2 * sizeof(AtMsg), '\0');
+    event.resize(size_t(read(ends_[1], event.data(), event.size())));
+    return event;
+  }
+
+ private:
+  int ends_[2] = {-1, -1};
+};
 
 inline AtMsg frame_of(const std::string& text, uint32_t timeout = 0) {
   AtMsg frame{};
