@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the library into a staging folder, moves it, and builds clients against it, as find_package
 # finds a tree anywhere and pkg-config one in a sysroot; and once more with the sources as a part of the
-# client's own project.
+# client's own project. The programs of the documents are built, too, and run against a server.
 # usage: check_consumer.sh BUILD_FOLDER SOURCE_FOLDER CMAKE CC CXX
 set -eu
 export LC_ALL=C
@@ -13,7 +13,7 @@ trap 'rm -rf "$folder"' EXIT
 fail() { echo "FAILED: $1"; exit 1; }
 
 umask 077
-for component in library development; do
+for component in library development tools; do
   DESTDIR="$folder/stage" "$cmake" --install "$build" --prefix /opt/qalt --component $component
 done >/dev/null
 mv "$folder/stage" "$folder/sysroot"
@@ -78,3 +78,36 @@ cp -r "$source/cmake" "$source/CMakeLists.txt" "$source/Makefile" "$folder/sourc
 ! "$cmake" -S "$folder/sources" -B "$folder/sources" >"$folder/log" 2>&1 &&
   grep -q 'no build folder' "$folder/log" && cmp -s "$source/Makefile" "$folder/sources/Makefile" ||
   fail "built among the sources"
+
+# A program of a document has its name in its first line; that of a manual is called "manual".
+programs=$folder/programs
+mkdir "$programs"
+awk -v to="$programs/" '/^```/ {file = ""; fenced = !fenced; first = fenced; next}
+  first {first = 0; if (match($0, /^\/\* [a-z_]+\.[ch]/)) file = to substr($0, 4, RLENGTH - 3)}
+  file {print >file}' "$source/README.md" "$source/docs/INTEGRATING.md"
+from_manual() {
+  awk '/^\.Sh/ {examples = /EXAMPLES/} /^\.Ed/ {code = 0}
+    examples && code {gsub(/\\e/, "\\"); print} /^\.Bd/ {code = 1}' "$source/packaging/man/$1"
+}
+from_manual qalt_at.3 >"$programs/manual.c"
+from_manual qalt_at_phonebook.3 >"$programs/manual_cpp.cpp"
+[ -e "$lib/libqalt_at.so" ] && [ -e "$root/sbin/qalt-atd" ] || exit 0
+for name in client first_read first_write reports manual; do
+  # shellcheck disable=SC2046
+  "$cc" -std=c99 -pedantic -Wall -Wextra -Werror "$programs/$name.c" -o "$programs/$name" \
+    $(pkg-config --cflags --libs qalt_at) || fail "$name of the documents"
+done
+# shellcheck disable=SC2046
+"$cxx" -std=c++17 -Wall -Wextra -Werror "$programs/manual_cpp.cpp" -o "$programs/manual_cpp" \
+  $(pkg-config --cflags --libs qalt_at) || fail "the C++ example"
+
+# Where there are no namespaces they take turns in the /tmp that there is.
+mv "$folder/sysroot" "$programs/sysroot"
+for way in "unshare --mount" "unshare --user --map-root-user --mount" "flock /tmp/qalt_tests.lock"; do
+  case $way in
+    unshare*) $way mount --bind "$programs" /tmp 2>/dev/null || continue; own=own ;;
+    *) own="" ;;
+  esac
+  $way "$(dirname "$0")/run_programs.sh" "$programs" sysroot/opt/qalt "sysroot${lib#"$folder/sysroot"}" $own
+  exit
+done
