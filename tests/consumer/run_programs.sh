@@ -35,7 +35,8 @@ while read -r profile platform; do
 
   # What the tool reads, the page's program reads, the new contact included.
   "$tools/bin/qalt-pb" --platform "$platform" --json list |
-    sed 's/.*"index": *\([0-9]*\).*"name": *"\([^"]*\)".*"number": *"\([^"]*\)".*/\1 \3 \2/' >wanted
+    sed -n '/"index"/ {s/.*"index":\([0-9]*\),"name":"\(.*\)","number":"\([^"]*\)".*/\1 \3 \2/
+      s/\\\(.\)/\1/g; p;}' >wanted
   grep -qx "$index +302105550199 Jörg Ωmega" wanted || fail "what was written"
   ./first_read "$platform" | diff - wanted || fail "first_read"
   kill "$server"
