@@ -79,35 +79,29 @@ cp -r "$source/cmake" "$source/CMakeLists.txt" "$source/Makefile" "$folder/sourc
   grep -q 'no build folder' "$folder/log" && cmp -s "$source/Makefile" "$folder/sources/Makefile" ||
   fail "built among the sources"
 
-# A program of a document has its name in its first line; that of a manual is called "manual".
+# The programs of the documents: the first line has the name; a manual's are called "manual".
 programs=$folder/programs
 mkdir "$programs"
 awk -v to="$programs/" '/^```/ {file = ""; fenced = !fenced; first = fenced; next}
   first {first = 0; if (match($0, /^\/\* [a-z_]+\.[ch]/)) file = to substr($0, 4, RLENGTH - 3)}
   file {print >file}' "$source/README.md" "$source/docs/INTEGRATING.md"
-from_manual() {
-  awk '/^\.Sh/ {examples = /EXAMPLES/} /^\.Ed/ {code = 0}
-    examples && code {gsub(/\\e/, "\\"); print} /^\.Bd/ {code = 1}' "$source/packaging/man/$1"
-}
-from_manual qalt_at.3 >"$programs/manual.c"
-from_manual qalt_at_phonebook.3 >"$programs/manual_cpp.cpp"
+awk -v to="$programs/manual" 'FNR == 1 {file = to (NR == 1 ? ".c" : "_cpp.cpp")}
+  /^\.Sh/ {examples = /EXAMPLES/} /^\.Ed/ {code = 0}
+  examples && code {gsub(/\\e/, "\\"); print >file} /^\.Bd/ {code = 1}' \
+  "$source/packaging/man/qalt_at.3" "$source/packaging/man/qalt_at_phonebook.3"
 [ -e "$lib/libqalt_at.so" ] && [ -e "$root/sbin/qalt-atd" ] || exit 0
-for name in client first_read first_write reports manual; do
-  # shellcheck disable=SC2046
-  "$cc" -std=c99 -pedantic -Wall -Wextra -Werror "$programs/$name.c" -o "$programs/$name" \
+for name in client first_read first_write reports manual manual_cpp; do
+  compiler="$cc -std=c99 -pedantic" file=$programs/$name.c
+  [ -e "$file" ] || compiler="$cxx -std=c++17" file=$programs/$name.cpp
+  # shellcheck disable=SC2046,SC2086
+  $compiler -Wall -Wextra -Werror "$file" -o "$programs/$name" \
     $(pkg-config --cflags --libs qalt_at) || fail "$name of the documents"
 done
-# shellcheck disable=SC2046
-"$cxx" -std=c++17 -Wall -Wextra -Werror "$programs/manual_cpp.cpp" -o "$programs/manual_cpp" \
-  $(pkg-config --cflags --libs qalt_at) || fail "the C++ example"
 
 # Where there are no namespaces they take turns in the /tmp that there is.
 mv "$folder/sysroot" "$programs/sysroot"
 for way in "unshare --mount" "unshare --user --map-root-user --mount" "flock /tmp/qalt_tests.lock"; do
-  case $way in
-    unshare*) $way mount --bind "$programs" /tmp 2>/dev/null || continue; own=own ;;
-    *) own="" ;;
-  esac
-  $way "$(dirname "$0")/run_programs.sh" "$programs" sysroot/opt/qalt "sysroot${lib#"$folder/sysroot"}" $own
+  case $way in unshare*) $way mount --bind "$programs" /tmp 2>/dev/null || continue ;; esac
+  $way "$(dirname "$0")/run_programs.sh" "$programs" "sysroot${lib#"$folder/sysroot"}" "$way"
   exit
 done
