@@ -79,17 +79,29 @@ static void to_utf8(const wchar_t* wide, char* out, size_t size) {
   out[n] = '\0';
 }
 
+/* The library does not select UCS2 on every modem. Vendor texts are in a coding of their own. */
+static int begin_texts(int extended) {
+  return extended || _SetPbCharactorSet(1);
+}
+
+static void end_texts(int extended) {
+  if (!extended) _SetPbCharactorSet(0);
+}
+
 /* Reads first to last; the contacts that came stand in front, the others keep index 0. */
-static int read_range(int first, int last, Contact* contacts) {
+static int read_range(int first, int last, Contact* contacts, int extended) {
   PhonebookEntry entries[STEP];
-  int i, count = 0;
+  int i, result, count = 0;
   for (i = 0; i != STEP; ++i) {
     memset(&contacts[i], 0, sizeof contacts[i]);
     memset(&entries[i], 0, sizeof entries[i]);
     entries[i].storageIndex = -1;
     entries[i].pFieldList = contacts[i].fields;
   }
-  if (QL_getPhonebookEntry(0, first, last, entries) != PB_OK) return -1;
+  if (!begin_texts(extended)) return -1;
+  result = QL_getPhonebookEntry(0, first, last, entries);
+  end_texts(extended);
+  if (result != PB_OK) return -1;
   for (i = 0; i != STEP && entries[i].storageIndex != -1; ++i, ++count) {
     contacts[i].entry = entries[i];
   }
@@ -102,7 +114,7 @@ static int list_contacts(const PbParam* info, int extended) {
   printf("\n  index  number              name\n");
   for (first = info->MinIndex; first <= info->MaxIndex; first += STEP) {
     const int last = first + STEP - 1 < info->MaxIndex ? first + STEP - 1 : info->MaxIndex;
-    const int count = read_range(first, last, contacts);
+    const int count = read_range(first, last, contacts, extended);
     int i;
     if (count < 0) return -1;
     for (i = 0; i != count; ++i) {
@@ -126,7 +138,7 @@ static int list_contacts(const PbParam* info, int extended) {
 /* Writes the contact to the first free index and returns that, or 0. */
 static int write_contact(int extended) {
   Contact contact;
-  int pure = 0;
+  int pure = 0, result;
   memset(&contact, 0, sizeof contact);
   contact.fields[0].fieldType = PB_FIELD_NUMBER;
   memcpy(contact.fields[0].pField, kNumber, sizeof kNumber);
@@ -136,22 +148,26 @@ static int write_contact(int extended) {
   }
   contact.entry.FieldCount = 2;
   contact.entry.pFieldList = contact.fields;
-  return QL_setPhonebookEntry(0, &contact.entry) == PB_OK ? contact.entry.storageIndex : 0;
+  if (!begin_texts(extended)) return 0;
+  result = QL_setPhonebookEntry(0, &contact.entry);
+  end_texts(extended);
+  return result == PB_OK ? contact.entry.storageIndex : 0;
 }
 
 static int reads_back(int index, int extended) {
   static Contact contacts[STEP];
   wchar_t wide[NAME_CHARACTERS] = {0};
-  return read_range(index, index, contacts) == 1 && contacts[0].entry.storageIndex == index &&
+  return read_range(index, index, contacts, extended) == 1 &&
+         contacts[0].entry.storageIndex == index &&
          strcmp(contacts[0].fields[PB_FIELD_NUMBER].pField, kNumber) == 0 &&
          QL_decodePBItem(contacts[0].fields[PB_FIELD_TEXT].pField, wide, NAME_CHARACTERS,
                          extended) == 0 &&
          wcscmp(wide, kName) == 0;
 }
 
-static int is_empty(int index) {
+static int is_empty(int index, int extended) {
   static Contact contacts[STEP];
-  return read_range(index, index, contacts) <= 0;
+  return read_range(index, index, contacts, extended) <= 0;
 }
 
 int main(int argc, char** argv) {
@@ -181,7 +197,7 @@ int main(int argc, char** argv) {
   step("contact written to the first free index", index != 0);
   step("contact read back as it was written", index != 0 && reads_back(index, extended));
   step("contact deleted", index != 0 && QL_deletePhonebookEntry(0, index) == PB_OK);
-  step("its index is empty again", index != 0 && is_empty(index));
+  step("its index is empty again", index != 0 && is_empty(index, extended));
 
   step("report received through the callback", wait_for_report());
   printf("       %s\n", strtok(g_report, "\r\n"));

@@ -3,7 +3,8 @@
  *
  * Call QL_setCurrentPlatform where the platform is not an ordinary one, then QL_getPhonebookInfo,
  * then any number of reads, writes and deletes. Texts travel unconverted, in the modem's character
- * set of the moment: use QL_decodePBItem after a read and QL_encodePBItem before a write (text.h).
+ * set of the moment: use QL_decodePBItem after a read and QL_encodePBItem before a write, as
+ * convention 8 has it.
  *
  * Conventions of this header:
  *  1. Results. The PB_ codes of phonebook_records.h. Refused arguments and failures are logged.
@@ -31,6 +32,12 @@
  *     modem may have carried out, and a write that ends so may leave the modem's character set at
  *     UCS2 for this process. Install handlers with SA_RESTART, or block the signals around the
  * call. After a failed write read the entry before it is written again.
+ *  8. Texts. Which commands read and write, and so the coding of the texts, text_items.h says. With
+ *     the standard commands a text is UCS2 digits only while the modem's set is UCS2. The calls
+ *     select it, and IRA behind, only where IsSupportExtend is 0; where it is 1 and the standard
+ *     commands are in use all the same, a read brings and a write stores plain text. So with the
+ *     standard commands call _SetPbCharactorSet(1) before each read and write, which says 0 where
+ *     the modem has no such set, and _SetPbCharactorSet(0) behind it; it harms nowhere.
  */
 #ifndef QALT_AT_PHONEBOOK_H
 #define QALT_AT_PHONEBOOK_H

@@ -22,6 +22,17 @@
  *             for one that GSM 7-bit writes with an escape; at most 79 bytes behind the base byte
  *   tagless   four digits a character, any number
  * A text that exceeds the limit of its form, or holds a character above U+FFFF, is refused.
+ *
+ * Which contact is a vendor contact, for bIsQaltExtendContact: one that the vendor commands read or
+ * write. IsSupportExtend alone does not tell; of the PbType that QL_getPhonebookInfo gives this
+ * does:
+ *
+ *   vendor = g_phone_book_currentPlatform == PB_PLATFORM_4 ||
+ *            (type.IsSupportExtend &&
+ *             (g_phone_book_currentPlatform == PB_PLATFORM_1 || type.IsSupportUSim));
+ *
+ * A vendor contact's text is the same in every character set of the modem. A standard contact's is
+ * tagless digits only while the set is UCS2: see phonebook.h, convention 8.
  */
 #ifndef QALT_AT_TEXT_ITEMS_H
 #define QALT_AT_TEXT_ITEMS_H

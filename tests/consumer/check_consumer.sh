@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the library into a staging folder, moves it, and builds clients against it, as find_package
 # finds a tree anywhere and pkg-config one in a sysroot; and once more with the sources as a part of the
-# client's own project.
+# client's own project. The programs of the documents are built, too, and run against a server.
 # usage: check_consumer.sh BUILD_FOLDER SOURCE_FOLDER CMAKE CC CXX
 set -eu
 export LC_ALL=C
@@ -13,7 +13,7 @@ trap 'rm -rf "$folder"' EXIT
 fail() { echo "FAILED: $1"; exit 1; }
 
 umask 077
-for component in library development; do
+for component in library development tools; do
   DESTDIR="$folder/stage" "$cmake" --install "$build" --prefix /opt/qalt --component $component
 done >/dev/null
 mv "$folder/stage" "$folder/sysroot"
@@ -78,3 +78,30 @@ cp -r "$source/cmake" "$source/CMakeLists.txt" "$source/Makefile" "$folder/sourc
 ! "$cmake" -S "$folder/sources" -B "$folder/sources" >"$folder/log" 2>&1 &&
   grep -q 'no build folder' "$folder/log" && cmp -s "$source/Makefile" "$folder/sources/Makefile" ||
   fail "built among the sources"
+
+# The programs of the documents: the first line has the name; a manual's are called "manual".
+programs=$folder/programs
+mkdir "$programs"
+awk -v to="$programs/" '/^```/ {file = ""; fenced = !fenced; first = fenced; next}
+  first {first = 0; if (match($0, /^\/\* [a-z_]+\.[ch]/)) file = to substr($0, 4, RLENGTH - 3)}
+  file {print >file}' "$source/README.md" "$source/docs/INTEGRATING.md"
+awk -v to="$programs/manual" 'FNR == 1 {file = to (NR == 1 ? ".c" : "_cpp.cpp")}
+  /^\.Sh/ {examples = /EXAMPLES/} /^\.Ed/ {code = 0}
+  examples && code {gsub(/\\e/, "\\"); print >file} /^\.Bd/ {code = 1}' \
+  "$source/packaging/man/qalt_at.3" "$source/packaging/man/qalt_at_phonebook.3"
+[ -e "$lib/libqalt_at.so" ] && [ -e "$root/sbin/qalt-atd" ] || exit 0
+for name in client first_read first_write reports manual manual_cpp; do
+  compiler="$cc -std=c99 -pedantic" file=$programs/$name.c
+  [ -e "$file" ] || compiler="$cxx -std=c++17" file=$programs/$name.cpp
+  # shellcheck disable=SC2046,SC2086
+  $compiler -Wall -Wextra -Werror "$file" -o "$programs/$name" \
+    $(pkg-config --cflags --libs qalt_at) || fail "$name of the documents"
+done
+
+# Where there are no namespaces they take turns in the /tmp that there is.
+mv "$folder/sysroot" "$programs/sysroot"
+for way in "unshare --mount" "unshare --user --map-root-user --mount" "flock /tmp/qalt_tests.lock"; do
+  case $way in unshare*) $way mount --bind "$programs" /tmp 2>/dev/null || continue ;; esac
+  $way "$(dirname "$0")/run_programs.sh" "$programs" "sysroot${lib#"$folder/sysroot"}" "$way"
+  exit
+done
