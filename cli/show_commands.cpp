@@ -67,7 +67,7 @@ void run_info(Context& context) {
   }
   const Info& info = book.info();
   if (context.json()) {
-    Json object = {{"used", info.used},
+    Json object = {{"used", info.used == kUncounted ? Json() : Json(info.used)},
                    {"total", info.total},
                    {"first", info.first},
                    {"last", info.last},
@@ -90,11 +90,11 @@ void run_info(Context& context) {
     lengths += (lengths.empty() ? "" : ", ") + std::string(field.key) + " " +
                (length > 0 ? std::to_string(length) : "not told");
   }
-  context.print("Entries   " + std::to_string(info.used) + " of " + std::to_string(info.total) +
-                " used\nIndices   " + std::to_string(info.first) + " to " +
-                std::to_string(info.last) + "\nCommands  " + family_text(info.family) +
-                "\nCard      " + (info.usim ? "USIM phonebook" : "SIM phonebook") + "\nLengths   " +
-                lengths + "\n");
+  const std::string used = info.used == kUncounted ? "? (not told)" : std::to_string(info.used);
+  context.print("Entries   " + used + " of " + std::to_string(info.total) + " used\nIndices   " +
+                std::to_string(info.first) + " to " + std::to_string(info.last) + "\nCommands  " +
+                family_text(info.family) + "\nCard      " +
+                (info.usim ? "USIM phonebook" : "SIM phonebook") + "\nLengths   " + lengths + "\n");
   warn_if_plain(context);
 }
 

@@ -26,7 +26,7 @@
  * Install handlers with SA_RESTART, or block the signals around the call.
  *  8. Time. No server: about 300 seconds, then failure. A server that is stopped but listens: as
  *     long as it is stopped, once its backlog is full already in the first attempt. One that took
- *     the command: until it answers or ends; qalt-atd answers within ulTimeout and three minutes
+ *     the command: until it answers or ends; qalt-atd answers within ulTimeout and five minutes
  *     from the command's turn on. A client that must not wait looks for the server first:
  *     connect() to QALT_AT_SERVER_PATH on a socket of its own with SOCK_NONBLOCK, once, and
  * close().

@@ -44,9 +44,10 @@
  *     and the set are selected anew and the call goes on.
  *     Nothing is sent to a server of another user than root, one's own and Options::server_user.
  *     One command takes at most its time-out (5 to 20 seconds, one a index where that is more),
- * three minutes for what the server has to do first, and two minutes for the turn behind other
- *     clients; then it counts as unanswered. Options::stop is heard within half a second, but for
- *     a change on its way and the look at it.
+ * five minutes for what the server has to do first, and two for the turn behind other clients; then
+ *     it counts as unanswered. Options::stop is heard within half a second, and the call ends
+ * within two more, which the set is put back in; a change on its way, and the look at it, are
+ * awaited.
  *  8. Further parameters. What a modem has behind a contact's name (Contact::further) is read,
  *     written and compared with the rest: change() keeps it; add() and put() write what the contact
  *     says, so that put() without it clears what stood there, as 3GPP TS 27.007 has it. A modem

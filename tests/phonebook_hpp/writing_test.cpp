@@ -94,6 +94,21 @@ TEST_F(Book, WhatBecameOfAChangeIsTold) {
   }
 }
 
+// Without counts an index that is refused may hold a contact.
+TEST_F(Book, WithoutCountsARefusalIsNoFreeIndex) {
+  for (const char* const counts : {"\"SM\"", "\"SM\",-1,20", "\"SM\",,20"}) {
+    on("AT+CPBS?", information({std::string("+CPBS: ") + counts}));
+    open();
+    on_reads([](int, int) { return kError; });
+    EXPECT_FALSE(book.add(contact(-1, "A"))) << counts;
+    EXPECT_EQ(0, count("AT+CPBW=")) << counts;
+    on_reads([this](int first, int last) { return range(first, last); });
+  }
+  stored = {{1, "\"1\",129,\"0042\""}};
+  open();
+  EXPECT_EQ(2, book.add(contact(-1, "A"))->index);
+}
+
 // A write that waits for a busy card looks again before it is sent once more.
 TEST_F(Book, ABusyCardLosesNoContact) {
   open();

@@ -79,9 +79,11 @@ struct Changes {
 /* The commands that read and write contacts. */
 enum class Family { kStandard, kJcpbr, kScpbr };
 
+constexpr int kUncounted = -1;
+
 /* What the modem told of its phonebook. */
 struct Info {
-  int used = 0;
+  int used = 0; /* kUncounted: not told */
   int total = 0;
   int first = 0; /* range of the indices, both ends included */
   int last = 0;

@@ -56,7 +56,7 @@ inline bool is_trusted(int descriptor, uid_t server_user) {
 }
 
 /* The server answers within the command's time-out and this, once it is the command's turn... */
-constexpr int64_t kServerBoundMs = 180000;
+constexpr int64_t kServerBoundMs = 300000;
 /* ...and other clients' commands are waited for as long as this. */
 constexpr int64_t kTurnBoundMs = 120000;
 
@@ -88,11 +88,11 @@ inline bool await_answer(int descriptor, int64_t end, const Stop& stop) {
   constexpr int64_t kSliceMs = 500; /* so soon a client's wish to stop is heard */
   for (;;) {
     const int64_t left = end - now_ms();
-    pollfd wait = {descriptor, POLLIN, 0};
-    const auto slice = static_cast<int>(std::min(left, stop ? kSliceMs : left));
-    if (left > 0 && poll(&wait, 1, slice) > 0) return true;
     errno = left <= 0 ? ETIMEDOUT : ECANCELED;
     if (left <= 0 || (stop && stop())) return false;
+    pollfd wait = {descriptor, POLLIN, 0};
+    const auto slice = static_cast<int>(std::min(left, stop ? kSliceMs : left));
+    if (poll(&wait, 1, slice) > 0) return true;
   }
 }
 

@@ -46,12 +46,21 @@ inline std::vector<int> numbers_in(std::string_view text) {
   return numbers;
 }
 
-/* Takes the counts of `"SM",12,250`. */
+/* A number alone, of at most nine digits; kUncounted where there is none. */
+inline int count_of(const std::string& piece) {
+  const std::string digits = without_blanks_around(piece);
+  const bool number = !digits.empty() && digits.size() < 10 &&
+                      digits.find_first_not_of("0123456789") == digits.npos;
+  return number ? std::atoi(digits.c_str()) : kUncounted;
+}
+
+/* Takes the counts of `"SM",12,250`. Where they are not told, nothing may be concluded from them.
+ */
 inline void take_counts(Info& info, const std::string& answer) {
-  const std::vector<std::string> values = split_outside_quotes(answer, ",");
-  if (values.size() < 3) return;
-  info.used = std::atoi(values[1].c_str());
-  info.total = std::atoi(values[2].c_str());
+  std::vector<std::string> values = split_outside_quotes(answer, ",");
+  values.resize(3);
+  info.used = count_of(values[1]);
+  info.total = std::max(count_of(values[2]), 0);
 }
 
 /* Takes "(1-250),40,18" and the like: the range of the indices, also as a list of ranges or without
@@ -136,12 +145,8 @@ class Discovery {
     return answer.payload;
   }
 
-  /* The number of an answer of one; -1 where there is none. */
-  int number_of(const char* line) {
-    const std::string payload = payload_of(line);
-    const bool number = !payload.empty() && payload.find_first_not_of("0123456789") == payload.npos;
-    return number ? std::atoi(payload.c_str()) : -1;
-  }
+  /* The number of an answer of one. */
+  int number_of(const char* line) { return count_of(payload_of(line)); }
 
   /* The information of an answer; empty where it is not OK. */
   std::string payload_of(const char* line) {

@@ -111,7 +111,7 @@ inline void Phonebook::end() {
   link_.keep_selected({});
   if (!std::exchange(switched_, false)) return;
   /* A client that wants to stop does not wait for a server that is stuck. */
-  constexpr int kMostAsked = 20; /* twice a second */
+  constexpr int kMostAsked = 4; /* twice a second */
   detail::Terms terms = {{}, options_.server_user};
   if (link_.stopped()) terms.stop = [asked = 0]() mutable { return ++asked > kMostAsked; };
   detail::exchange(detail::kSelectIra, detail::kSelectTimeoutMs, {}, terms);
@@ -154,8 +154,8 @@ inline Result<detail::WireReading> Phonebook::read_whole() {
     const bool settled = reading->refused.empty() && reading->missing == 0;
     const auto after = settled ? before : counts();
     if (!after) return after.error();
-    if (after->used != used) {
-      if (round < kMostRounds) continue;
+    if (after->used != used || used == kUncounted) {
+      if (after->used != used && round < kMostRounds) continue;
       for (const int index : std::exchange(reading->refused, {})) {
         reading->unreadable.push_back({index, detail::kRefusedWhy});
       }
@@ -172,7 +172,7 @@ inline Result<detail::WireReading> Phonebook::read_whole() {
 /* Some indices. Whether one that is refused is empty only the number of all contacts tells. */
 inline Result<detail::WireReading> Phonebook::read_some(int first, int last) {
   detail::RangeReader reader(link_, info_.family, detail::text_form(info_));
-  auto reading = reader.read(first, last, detail::RangeReader::kUncounted, /*again=*/false);
+  auto reading = reader.read(first, last, kUncounted, /*again=*/false);
   if (!reading) return reading;
   if (!reading->refused.empty()) {
     auto whole = read_whole();

@@ -60,16 +60,19 @@ class Link {
   explicit Link(const Options& options) : options_(options) {}
 
   /* While one exists, the client's wish to stop has to wait: a change and the look at what became
-   * of it are one. */
+   * of it are one. kAnswers: not between attempts, while a busy card is waited for. */
   class Whole {
    public:
-    explicit Whole(Link& link) : link_(link) { link_.whole_ = true; }
-    ~Whole() { link_.whole_ = false; }
+    enum What { kAnswers, kAll };
+    Whole(Link& link, What what) : flag_(what == kAll ? link.whole_ : link.whole_answers_) {
+      flag_ = true;
+    }
+    ~Whole() { flag_ = false; }
     Whole(const Whole&) = delete;
     Whole& operator=(const Whole&) = delete;
 
    private:
-    Link& link_;
+    bool& flag_;
   };
 
   /* The command lines that select what the next commands work on; none at the end of a job. */
@@ -130,11 +133,14 @@ class Link {
     return answer;
   }
 
-  Terms terms() const { return {whole_ ? Stop() : options_.stop, options_.server_user}; }
+  Terms terms() const {
+    return {whole_ || whole_answers_ ? Stop() : options_.stop, options_.server_user};
+  }
 
   const Options& options_;
   std::vector<std::string> selection_;
   bool whole_ = false;
+  bool whole_answers_ = false;
   mutable bool doubtful_ = false;
 };
 
@@ -157,8 +163,6 @@ struct WireReading {
 
 class RangeReader {
  public:
-  static constexpr int kUncounted = -1;
-
   RangeReader(const Link& link, Family family, TextForm form)
       : link_(link), family_(family), form_(form) {}
 
