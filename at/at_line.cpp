@@ -17,10 +17,22 @@ bool is_digit(char c) {
 
 // The prefixes of extended commands: "+" of the standards, the others of vendors.
 bool is_extended(char c) {
-  return std::string_view("+^$%*#").find(c) != std::string_view::npos;
+  return std::string_view("+^$%*#!@_-").find(c) != std::string_view::npos;
 }
+// V.250, 5.4.1.
 bool is_name(char c) {
-  return is_letter(c) || is_digit(c) || c == '_' || c == '-';
+  return is_letter(c) || is_digit(c) ||
+         std::string_view("!%-./:_").find(c) != std::string_view::npos;
+}
+
+std::string without_blanks(std::string_view line) {
+  std::string text;
+  bool quoted = false;
+  for (const char c : line) {
+    quoted ^= c == '"';
+    if (c != ' ' || quoted) text += c;
+  }
+  return text;
 }
 
 size_t command_end(std::string_view line, size_t position) {
@@ -49,9 +61,9 @@ bool read_form(std::string_view rest, Command& command) {
   return true;
 }
 
-// One basic command: a letter, "&" and a letter, or "S" and its number.
+// One basic command: a letter, "&" or "\" and a letter, or "S" and its number.
 bool read_basic(std::string_view line, size_t& position, Command& command) {
-  if (line[position] == '&') command.name += line[position++];
+  if (line[position] == '&' || line[position] == '\\') command.name += line[position++];
   if (position == line.size() || !is_letter(line[position])) return false;
   command.name += upper(line[position++]);
   if (command.name == "D") {
@@ -87,10 +99,16 @@ bool starts_with_nocase(std::string_view text, std::string_view prefix) {
 }
 
 LineCommands read_line(std::string_view line) {
-  if (!starts_with_nocase(line, "AT")) return {{}, false};
-  std::vector<Command> commands;
+  const std::string dense = without_blanks(line);
+  line = dense;
+  if (!starts_with_nocase(line, "AT")) return {{}, false, 0};
+  LineCommands read;
+  const auto fault = [&read] {
+    if (read.whole) read.before_fault = read.commands.size();
+    read.whole = false;
+  };
   for (size_t position = 2; position < line.size();) {
-    if (line[position] == ' ' || line[position] == ';') {
+    if (line[position] == ';') {
       ++position;
       continue;
     }
@@ -99,16 +117,24 @@ LineCommands read_line(std::string_view line) {
       const size_t end = command_end(line, position);
       command.name = line[position++];
       while (position < end && is_name(line[position])) command.name += upper(line[position++]);
-      std::string_view rest = line.substr(position, end - position);
-      while (!rest.empty() && rest.back() == ' ') rest.remove_suffix(1);
-      if (command.name.size() < 2 || !read_form(rest, command)) return {commands, false};
-      position = end;
-    } else if (!read_basic(line, position, command)) {
-      return {commands, false};
+      if (command.name.size() < 2) {
+        fault();
+        continue;
+      }
+      if (read_form(line.substr(position, end - position), command)) {
+        position = end;
+      } else {
+        fault();
+      }
+    } else if (const size_t start = position; !read_basic(line, position, command)) {
+      fault();
+      position = std::max(position, start + 1);
+      continue;
     }
-    commands.push_back(std::move(command));
+    read.commands.push_back(std::move(command));
   }
-  return {commands, true};
+  if (read.whole) read.before_fault = read.commands.size();
+  return read;
 }
 
 std::optional<std::vector<Command>> split_line(std::string_view line) {

@@ -25,11 +25,13 @@ struct Command {
 
 struct LineCommands {
   std::vector<Command> commands;
-  bool whole = true;  // the line has no others
+  bool whole = true;        // the line has nothing else
+  size_t before_fault = 0;  // how many stand before what breaks the syntax: all where it is whole
 };
 
-// The commands of a line that begins with "AT" in either case, in order, up to the first that
-// breaks the syntax. "AT" alone gives an empty list. A ";" inside quotes does not end a command;
+// The commands of a line that begins with "AT" in either case, in order. Behind what breaks the
+// syntax there is what a lenient modem might take for commands. "AT" alone gives an empty list.
+// Blanks outside quotes do not count (V.250, 5.2.1). A ";" inside quotes does not end a command;
 // that of "D" belongs to what it dials (V.250, 6.3.1).
 LineCommands read_line(std::string_view line);
 

@@ -42,7 +42,8 @@ bool acts_on(const at::Command& command, size_t setting) {
   return setting == kCharset && contains(kTextCommands, command.name);
 }
 
-// A name may have been sent as UCS2, in hexadecimal; it is kept in plain characters.
+// A name may have been sent as UCS2, in hexadecimal; it is kept in plain characters, but for one
+// that would end its quotes.
 std::string plain(const std::string& name) {
   std::string result;
   if (name.empty() || name.size() % 4 != 0) return name;
@@ -50,37 +51,44 @@ std::string plain(const std::string& name) {
     const std::string digits = name.substr(i, 4);
     if (digits.find_first_not_of("0123456789ABCDEFabcdef") != digits.npos) return name;
     const int code = std::stoi(digits, nullptr, 16);
-    if (code < 0x20 || code > 0x7E) return name;
+    if (code < 0x20 || code > 0x7E || code == '"') return name;
     result += char(code);
   }
   return result;
 }
 
-std::optional<std::string> selected_value(std::string_view arguments) {
+// The classes of errors become part of a line of the server's own without quotes: they are one
+// digit (3GPP TS 27.007, 9.1).
+std::optional<std::string> selected_value(size_t setting, std::string_view arguments) {
   const auto list = at::split_arguments(arguments);
   if (!list || list->front().value.empty()) return std::nullopt;
-  return plain(list->front().value);
+  std::string value = list->front().value;
+  if (setting != kErrors) return plain(value);
+  if (value.size() != 1 || value[0] < '0' || value[0] > '2') return std::nullopt;
+  return value;
 }
 
 std::vector<at::Command> commands_of(std::string_view line) {
-  return at::split_line(line).value_or(std::vector<at::Command>());
+  return at::read_line(line).commands;
 }
 
 }  // namespace
 
 std::optional<std::string> ClientSettings::before(const Peer& peer, std::string_view line) {
-  const std::vector<at::Command> commands = commands_of(line);
+  const auto [commands, whole, before_fault] = at::read_line(line);
   if (doubted_) return "AT" + std::string(kNames[kErrors]) + "?";
   for (size_t i = 0; i < kSettings; ++i) {
     const std::string name(kNames[i]);
+    const auto selecting = [i](const at::Command& command) { return selects(command, i); };
+    const bool may_select = !whole || std::any_of(commands.begin(), commands.end(), selecting);
+    if (may_select && !initial_[i] && !current_[i] && !asked_[i]) {
+      asked_[i] = true;
+      preparing_ = i;
+      prepared_value_.reset();
+      return "AT" + name + "?";
+    }
     for (const at::Command& command : commands) {
-      if (selects(command, i)) {
-        if (initial_[i] || current_[i] || asked_[i]) break;
-        asked_[i] = true;
-        preparing_ = i;
-        prepared_value_.reset();
-        return "AT" + name + "?";
-      }
+      if (selects(command, i)) break;
       if (!acts_on(command, i)) continue;
       const auto found = peers_.find(peer);
       const bool chosen = found != peers_.end() && found->second.values[i];
@@ -114,7 +122,7 @@ bool ClientSettings::prepared(std::string_view answer, bool ok) {
   const size_t found = ok ? answer.find(name) : answer.npos;
   if (found == answer.npos) return true;
   const std::string_view value = answer.substr(found + name.size());
-  initial_[preparing_] = current = selected_value(value.substr(0, value.find('\r')));
+  initial_[preparing_] = current = selected_value(preparing_, value.substr(0, value.find('\r')));
   return true;
 }
 
@@ -131,7 +139,7 @@ void ClientSettings::unanswered(const Peer& peer, std::string_view line) {
   for (const at::Command& command : commands_of(line)) {
     for (size_t i = 0; i < kSettings; ++i) {
       if (!selects(command, i)) continue;
-      values[i] = selected_value(command.arguments);
+      values[i] = selected_value(i, command.arguments);
       current_[i].reset();
     }
   }
@@ -146,8 +154,8 @@ void ClientSettings::answered(std::string_view answer) {
 }
 
 bool ClientSettings::touched_by(std::string_view line) {
-  const std::vector<at::Command> commands = commands_of(line);
-  return std::any_of(commands.begin(), commands.end(), [](const at::Command& command) {
+  const auto [commands, whole, before_fault] = at::read_line(line);
+  return !whole || std::any_of(commands.begin(), commands.end(), [](const at::Command& command) {
     return selects(command, kCharset) || selects(command, kStorage) || acts_on(command, kCharset) ||
            acts_on(command, kStorage);
   });
@@ -166,10 +174,13 @@ bool ClientSettings::forgotten(const Peer& peer, std::string_view line, bool old
     }
   }
   // Of an older one it is not known whether it selected anything.
-  if (!older || commands.empty() || commands.front().form != at::Form::kSet ||
-      !contains(kSetTexts, commands.front().name)) {
-    return false;
-  }
+  const auto selection = std::find_if(commands.begin(), commands.end(), [](const auto& command) {
+    return selects(command, kCharset);
+  });
+  const bool of_a_set = std::any_of(commands.begin(), selection, [](const auto& command) {
+    return command.form == at::Form::kSet && contains(kSetTexts, command.name);
+  });
+  if (!older || !of_a_set) return false;
   const auto found = peers_.find(peer);
   if (found != peers_.end() && found->second.values[kCharset]) return false;
   return told_.insert(peer).second;
@@ -180,9 +191,9 @@ void ClientSettings::initialised(std::string_view line, bool ok) {
 }
 
 // After a line of one command that failed everything is as before; of several, some may have been
-// carried out.
+// carried out; and of one that is not understood to its end nobody knows what it selected.
 void ClientSettings::apply(std::string_view line, bool ok, Values& chosen) {
-  const std::vector<at::Command> commands = commands_of(line);
+  const auto [commands, whole, before_fault] = at::read_line(line);
   for (const at::Command& command : commands) {
     if (ok && contains(kResets, command.name) && command.form != at::Form::kQuery &&
         command.form != at::Form::kTest) {
@@ -192,12 +203,13 @@ void ClientSettings::apply(std::string_view line, bool ok, Values& chosen) {
     for (size_t i = 0; i < kSettings; ++i) {
       if (!selects(command, i)) continue;
       if (ok) {
-        chosen[i] = current_[i] = selected_value(command.arguments);
+        chosen[i] = current_[i] = selected_value(i, command.arguments);
       } else if (commands.size() > 1) {
         current_[i].reset();
       }
     }
   }
+  if (!whole) lost();
 }
 
 void ClientSettings::lost() {

@@ -33,7 +33,8 @@ bool lists(const std::array<std::string_view, kCount>& names, std::string_view n
 }
 
 bool is_vendors(const at::Command& command) {
-  return kNamePrefixes.find(command.name[0]) != kNamePrefixes.npos && command.name[0] != '+';
+  const char first = command.name[0];
+  return (first < 'A' || first > 'Z') && first != '+' && first != '&' && first != '\\';
 }
 
 }  // namespace

@@ -95,7 +95,7 @@ void Dispatcher::submit(Command command, TimePoint now) {
 }
 
 void Dispatcher::cancel(uint64_t id, TimePoint now) {
-  waiting_.take(id);
+  if (const auto command = waiting_.take(id)) settings_.unanswered(command->peer, command->line);
   if (!current_ || current_->id != id) return;
   current_.reset();
   if (state_ == State::kWaiting) deadline_ = std::min(deadline_, now + kLeftWait);

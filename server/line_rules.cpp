@@ -44,17 +44,6 @@ std::string number(std::string_view digits) {
   return first == digits.npos ? "0" : std::string(digits.substr(first));
 }
 
-// A modem passes over blanks, which are not in quotes (V.250, 5.2.1).
-std::string without_blanks(std::string_view line) {
-  std::string text;
-  bool quoted = false;
-  for (const char c : line) {
-    quoted ^= c == '"';
-    if (c != ' ' || quoted) text += c;
-  }
-  return text;
-}
-
 LineRule rule_of(const at::Command& command) {
   using at::Form;
   // Without a ";" behind the number it is a data call (3GPP TS 27.007, 6.2).
@@ -75,7 +64,9 @@ LineRule rule_of(const at::Command& command) {
 }  // namespace
 
 LineRule rule_of(std::string_view line) {
-  const at::LineCommands read = at::read_line(without_blanks(line));
+  const at::LineCommands read = at::read_line(line);
+  // "A/" would repeat somebody's line, and a modem finds an "AT" that stands further on.
+  if (!read.whole && read.commands.empty()) return LineRule::kRefused;
   LineRule rule = read.whole ? LineRule::kSent : LineRule::kUndone;
   for (const at::Command& command : read.commands) rule = std::max(rule, rule_of(command));
   return rule;

@@ -37,21 +37,23 @@ std::string_view without_line_end(std::string_view line) {
 
 void StreamReader::expect_answer(std::string_view command) {
   own_names_.clear();
-  dialling_ = prompting_ = false;
-  const auto parts = at::split_line(command);
-  named_ = parts && std::all_of(parts->begin(), parts->end(), answers_by_name);
-  for (const at::Command& part : parts.value_or(std::vector<at::Command>())) {
+  const at::LineCommands read = at::read_line(command);
+  const std::vector<at::Command>& parts = read.commands;
+  dialling_ = false;
+  prompting_ = !read.whole;
+  named_ = read.whole && std::all_of(parts.begin(), parts.end(), answers_by_name);
+  for (const at::Command& part : parts) {
     own_names_.push_back(part.name + ":");
     prompting_ |= may_prompt(part);
     dialling_ |= part.name == "D" || part.name == "A" || part.name == "O";
   }
   sole_.reset();
-  if (named_ && parts->size() == 1) sole_ = parts->front();
+  if (named_ && parts.size() == 1) sole_ = parts.front();
   begin(command);
 }
 
 void StreamReader::expect_resync(std::string_view command) {
-  for (const at::Command& part : at::split_line(command).value_or(std::vector<at::Command>())) {
+  for (const at::Command& part : at::read_line(command).commands) {
     std::string name = part.name + ":";
     if (!is_own(name)) own_names_.push_back(std::move(name));
   }

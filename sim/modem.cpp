@@ -93,9 +93,9 @@ Modem::Answer Modem::answer(std::string_view line) {
   const auto ended = [&](const std::string& result) {
     return Answer{text + final_text(result), text.size()};
   };
-  const auto commands = at::split_line(line);
-  if (!commands) return ended("ERROR");
-  for (const at::Command& command : *commands) {
+  const at::LineCommands read = at::read_line(line);
+  for (size_t i = 0; i < read.before_fault; ++i) {
+    const at::Command& command = read.commands[i];
     const Reply reply = run(state_, command);
     std::string lines;
     for (const std::string& information : reply.lines) lines += "\r\n" + information;
@@ -114,7 +114,7 @@ Modem::Answer Modem::answer(std::string_view line) {
         return {text + "\r\n> ", text.size()};
     }
   }
-  return ended("OK");
+  return ended(read.whole ? "OK" : "ERROR");
 }
 
 // Digits stand for OK and ERROR where V is 0; the errors of the device have none (ITU-T

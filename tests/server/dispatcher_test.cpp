@@ -149,8 +149,20 @@ TEST(Dispatcher, EachProcessFindsItsOwnSettings) {
       {anna, "AT+CMEE=2", "AT+CMEE?\r"},
       {bob, "AT+CSQ", "AT+CMEE=1\r"},
       {anna, "AT+CSQ", "AT+CMEE=2\r"},
+      // The modem passes over blanks, and carries out what stands before a fault.
+      {anna, "AT+CSCS =\"IRA\"", ""},
+      {bob, "AT+CSCS=\"UCS2\";-", "AT+CMEE=1\r"},
+      {anna, "AT+COPS?", "AT+CSCS=\"IRA\"\rAT+CMEE=2\r"},
+      // No value becomes a command.
+      {anna, "AT+CSCS=\"0022003B0058\"", ""},
+      {bob, "AT+COPS?", "AT+CSCS=\"IRA\"\rAT+CMEE=1\r"},
+      {anna, "AT+COPS?", "AT+CSCS=\"0022003B0058\"\rAT+CMEE=2\r"},
+      {anna, "AT+CMEE=\"1;X\"", ""},
+      {bob, "AT+CSQ", "AT+CMEE=1\r"},
+      {anna, "AT+CSQ", ""},
   };
-  Line line({"*:AT+CSCS=\"003:answer=\\r\\nOK\\r\\n", "*:AT+CSCS=\"0041:answer=\\r\\nOK\\r\\n"});
+  Line line({"*:AT+CMEE=\":answer=\\r\\nOK\\r\\n", "*:AT+CSCS=\"0022:answer=\\r\\nOK\\r\\n",
+             "*:AT+CSCS=\"003:answer=\\r\\nOK\\r\\n", "*:AT+CSCS=\"0041:answer=\\r\\nOK\\r\\n"});
   for (const auto& row : rows) {
     line.sent.clear();
     line.ask(row.line, 1000, row.peer);
@@ -269,6 +281,17 @@ TEST(Dispatcher, ATextIsNeverTakenInAnotherSet) {
   away.dispatcher.opened(away.now, true);
   EXPECT_EQ(away.ask(write), kOk);
   EXPECT_EQ(away.modem.state().sim.find(1)->name, u"A");
+  // Nor where the client of the selection left before its turn.
+  Line left({"*:AT+CSQ:delay=100"});
+  left.submit("AT+CSQ");
+  left.dispatcher.cancel(left.submit("AT+CSCS=\"UCS2\""), left.now);
+  EXPECT_EQ(left.ask(write), kOk);
+  EXPECT_EQ(left.modem.state().sim.find(1)->name, u"A");
+  // Nor for a process that may have selected one at a server before, in a line of any command.
+  left.dispatcher.submit({99, "AT+CMEE=1;" + write.substr(2), milliseconds(1000), {7, 7}, true},
+                         left.now);
+  left.run(milliseconds(1000));
+  EXPECT_EQ(left.modem.state().sim.find(1)->name, u"A");
   // After a time-out nobody knows what the modem still has selected.
   Line silent({"1:AT+CSQ:never"});
   silent.ask("AT+CSCS=\"UCS2\"");

@@ -34,6 +34,14 @@ TEST(Modes, AreTheServers) {
       {"ATD1;Q1", kNotAllowed},
       {"ATD\"a;b\"", kNotAllowed},
       {"ATDT1;D2;O", kNotAllowed},
+      {"AT!X;+IPR=300", kNotAllowed},
+      {"AT\\Q0+IPR=300", kNotAllowed},
+      {"AT%C1+IPR=300", kNotAllowed},
+      {"AT!X;D*99#", kNotAllowed},
+      {"A/", kNotAllowed},
+      {"AT\\Q3", kError},
+      {"AT!GSTATUS?", kError},
+      {"AT-CMD?1", kError, kUndone},
       {"ATE0V1Q0X4S0=0", kOk},
       {"AT+CPBW=1,\"1\",129,\"E1;Q1\"", kOk},
       {"ATS3?", kError},
@@ -48,7 +56,7 @@ TEST(Modes, AreTheServers) {
     Line line;
     EXPECT_EQ(line.ask(row.line), row.answer);
     std::string sent = all(line.sent);
-    EXPECT_EQ(sent.starts_with(row.line + std::string("\r")), row.answer != kNotAllowed);
+    EXPECT_EQ(sent.find(row.line + std::string("\r")) != sent.npos, row.answer != kNotAllowed);
     EXPECT_EQ(sent.ends_with(kWake), row.then == kUndone) << sent;
     EXPECT_EQ(sent.ends_with("\rATE0\r"), row.then == kRestarts) << sent;
     EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
@@ -117,7 +125,15 @@ TEST(Modes, ADataCallIsEnded) {
   line.run(milliseconds(1000));
   EXPECT_EQ(line.answers[next], kCsq);
   EXPECT_EQ(line.sent[2], "ATH\r");
-  // One that the modem took by itself; and a modem that knows nothing else.
+  // Of a line that is not understood; one that the modem took by itself; and a modem that knows
+  // nothing else.
+  line.mute = true;
+  const uint64_t unknown = line.submit("AT-X?1");
+  for (int question = 0; question < 3; ++question) line.dispatcher.receive(kOk, line.now);
+  line.dispatcher.receive("\r\nCONNECT\r\n", line.now);
+  line.mute = false;
+  line.run(milliseconds(20'000));
+  EXPECT_EQ(line.answers[unknown], "\r\nNO CARRIER\r\n");
   line.dispatcher.receive("\r\nCONNECT\r\n", line.now);
   EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
   Line stuck({"*:AT:answer=\\r\\nCONNECT\\r\\n"});
