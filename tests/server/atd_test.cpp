@@ -3,6 +3,7 @@
 #include <netinet/in.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -95,6 +96,30 @@ TEST_F(Atd, BadClientsHoldNobodyUp) {
   for (int client : stalled) ::close(client);
   EXPECT_EQ(atd->end().status, 0);
   EXPECT_EQ(contents(log).find("CPBW"), std::string::npos);
+}
+
+// Of many processes with one connection each, those that are silent give way.
+TEST_F(Atd, SilentOnesOfManyProcesses) {
+  const auto atd = start({"--sim-fault", "*:AT+CIMI:never"});
+  const auto connect_another = [this](int client) {
+    sockaddr_un address{AF_UNIX, {}};
+    socket.copy(address.sun_path, sizeof address.sun_path - 1);
+    const pid_t other = ::fork();
+    if (other == 0)
+      ::_exit(::connect(client, reinterpret_cast<sockaddr*>(&address), sizeof address));
+    ::waitpid(other, nullptr, 0);
+  };
+  std::vector<int> others;
+  for (int i = 0; i < 260; ++i) others.push_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  connect_another(others[0]);
+  test::send_request(others[0], "AT+CIMI");
+  const int waiting = test::connect_to(socket);
+  test::send_request(waiting, "AT+CSQ");
+  for (size_t i = 1; i < others.size(); ++i) connect_another(others[i]);
+  EXPECT_EQ(test::receive_text(others[1]), "closed");
+  ::close(others[0]);
+  EXPECT_EQ(test::receive_text(waiting), kCsq);
+  for (size_t i = 2; i < others.size(); ++i) ::close(others[i]);
 }
 
 // For a server in a container all processes outside have the number 0.
