@@ -171,6 +171,11 @@ TEST(LogLimit, CountsWhatItLeavesOut) {
   }
   const std::string more = "a (and 55 such lines left out)";
   EXPECT_EQ(written, "abaaaa" + more + "baaaa" + more + "baaaa");
+  // Each reset brings a start line again, which may be refused each time.
+  Line line({"*:ATE0:answer=\\r\\nERROR\\r\\n"});
+  for (int i = 0; i < 50; ++i) line.submit("ATZ");
+  line.run(milliseconds(9000));
+  EXPECT_LT(line.noted, 25);
 }
 
 }  // namespace
