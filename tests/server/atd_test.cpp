@@ -278,6 +278,17 @@ TEST_F(Atd, UnreadMessagesHoldNobodyUp) {
   ::chmod(folder.file("name").c_str(), 0644);
   EXPECT_EQ(start({"--log", folder.file("name")})->end().status, 0);
   EXPECT_EQ(mode_of(folder.file("name")), 0600u);
+  // Nor a full pipe that is to be told of the beginning, and a transcript that may not grow.
+  Program told("/bin/sh",
+               {"-c", "ulimit -f 1; exec \"$0\" \"$@\"", ATD_PROGRAM, "--modem", "sim", "--socket",
+                socket, "--log", folder.file("short"), "--ready-fd", std::to_string(pipe[1])},
+               false);
+  int client;
+  while ((client = test::connect_to(socket)) < 0) std::this_thread::yield();
+  test::send_request(client, "AT+CPBR=1,250");
+  EXPECT_NE(test::receive_text(client), "closed");
+  EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
+  EXPECT_EQ(told.end().status, 0);
   ::close(pipe[0]);
   ::close(pipe[1]);
 }
