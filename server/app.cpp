@@ -40,7 +40,7 @@ App::App(asio::io_context& context, const Options& options)
       socket_(options.socket, options.access),
       clients_(context, socket_.descriptor(),
                {[this](Command command) {
-                  command.older = socket_.took_over() && command.peer.started <= started_;
+                  command.older = socket_.took_over() && began_before(command.peer, self_);
                   modem_.submit(std::move(command));
                 },
                 [this](uint64_t id) { return modem_.refuse(id); },

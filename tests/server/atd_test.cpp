@@ -142,6 +142,15 @@ TEST_F(Atd, ClientsOutsideItsNamespace) {
   EXPECT_NE(read.find(selected == kOk ? "\"0041006E" : refusal), std::string::npos) << read;
   EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
   atd.end(SIGKILL);
+  // Only what began before a server that follows a killed one may have lost a selection with it.
+  Program second("/usr/bin/unshare", arguments);
+  ASSERT_TRUE(second.ready());
+  const pid_t younger = ::fork();
+  if (younger == 0) ::_exit(ask(socket, "AT+CPBR=1").empty() ? 1 : 0);
+  int status = -1;
+  ::waitpid(younger, &status, 0);
+  EXPECT_EQ(status, 0);
+  second.end(SIGKILL);
 }
 
 TEST_F(Atd, ReportsReachWhoeverListens) {
