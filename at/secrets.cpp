@@ -82,6 +82,14 @@ bool is_service_code(std::string_view text) {
   return !text.empty() && text.back() == '*' && has(kServiceCodes, text.substr(0, text.size() - 1));
 }
 
+bool is_error(std::string_view line) {
+  return std::any_of(kErrors.begin(), kErrors.end(),
+                     [line](std::string_view error) { return line.starts_with(error); });
+}
+bool is_result(std::string_view line) {
+  return line == "OK\r" || line == "ERROR\r" || is_error(line);
+}
+
 }  // namespace
 
 std::string SecretMask::masked(std::string_view bytes) {
@@ -184,8 +192,13 @@ bool SecretMask::is_secret(char letter) {
 std::string LineMask::to_modem(std::string_view bytes) {
   std::string text = to_modem_.masked(bytes);
   const bool secret = to_modem_.masked_count() >= kShortestPin;
-  ending_ = hiding_ && !secret;
-  if (secret) sent_ = text;
+  if (secret) {
+    sent_ = text;
+    results_ = 0;
+  }
+  // What is late may come before the result of the next command, and has one of its own.
+  overtaken_ = hiding_ && !secret && (overtaken_ || results_ == 0);
+  ending_ = hiding_ && !secret && !overtaken_;
   hiding_ |= secret;
   return text;
 }
@@ -194,8 +207,9 @@ std::string LineMask::from_modem(std::string_view bytes) {
   std::string text = from_modem_.masked(bytes);
   for (char& byte : text) {
     if (byte == '\n') {
+      results_ += hiding_ && is_result(line_) ? 1 : 0;
       line_.clear();
-      hiding_ = hiding_ && !ending_;
+      hiding_ = hiding_ && !ending_ && !(overtaken_ && results_ == 2);
       continue;
     }
     if (line_.size() <= std::max(sent_.size(), kErrors.front().size())) line_ += byte;
@@ -205,9 +219,7 @@ std::string LineMask::from_modem(std::string_view bytes) {
 }
 
 bool LineMask::may_be_told() const {
-  return sent_.starts_with(line_) ||
-         std::any_of(kErrors.begin(), kErrors.end(),
-                     [&](std::string_view error) { return line_.starts_with(error); });
+  return sent_.starts_with(line_) || is_error(line_);
 }
 
 std::string without_secrets(std::string_view text) {

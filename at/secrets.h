@@ -50,6 +50,7 @@ class SecretMask {
 
 // Both directions of a line. What the modem says to a secret, up to the end of the line in which
 // the next command comes, has no digits but those of an error: an echo may have lost its beginning.
+// Where the next one did not wait for the result, up to the second result: the first may be late.
 class LineMask {
  public:
   std::string to_modem(std::string_view bytes);
@@ -60,10 +61,12 @@ class LineMask {
 
   SecretMask to_modem_;
   SecretMask from_modem_;
-  std::string sent_;     // the secret, masked
-  std::string line_;     // the modem's at hand, as far as it tells an echo or an error
-  bool hiding_ = false;  // the modem may say the secret again
-  bool ending_ = false;  // until its line ends
+  std::string sent_;        // the secret, masked
+  std::string line_;        // the modem's at hand, as far as it tells an echo or an error
+  bool hiding_ = false;     // the modem may say the secret again
+  bool ending_ = false;     // until its line ends
+  bool overtaken_ = false;  // until the second result
+  int results_ = 0;         // since the secret
 };
 
 // As SecretMask, of a text that stands by itself.

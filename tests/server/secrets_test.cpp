@@ -89,8 +89,14 @@ TEST(Secrets, DoNotComeBack) {
   EXPECT_EQ(said, "IN=\"****\"\r\r\n* is short\r\n\r\n+CME ERROR: 16\r\n\r\n**");
   EXPECT_EQ(line.to_modem("AT+CPIN2=9898\r"), "AT+CPIN2=****\r");
   EXPECT_EQ(line.from_modem("\nAT+CPIN2=9898\r\r\n2"), "\nAT+CPIN2=****\r\r\n*");
+  EXPECT_EQ(line.from_modem("98\r\nOK\r\n2"), "**\r\nOK\r\n*");
   EXPECT_EQ(line.to_modem("AT+CSQ\r"), "AT+CSQ\r");
   EXPECT_EQ(line.from_modem("98\r\n+CSQ: 20,99\r\n"), "**\r\n+CSQ: 20,99\r\n");
+  // Late, behind a command that did not wait for it.
+  EXPECT_EQ(line.to_modem("AT+CPIN=9898\r"), "AT+CPIN=****\r");
+  for (const char* next : {"ATE0Q0V1\r", "AT+CSQ\r"}) line.to_modem(next);
+  EXPECT_EQ(line.from_modem("\r\n\r\nPIN=9898\r\nERROR\r\n98\r\nOK\r\n+CSQ: 20,99\r\n"),
+            "\r\n\r\nPIN=****\r\nERROR\r\n**\r\nOK\r\n+CSQ: 20,99\r\n");
 }
 
 }  // namespace
