@@ -338,7 +338,10 @@ void Dispatcher::go_on(Resync::Step step, TimePoint now) {
       return;
     case Resync::Step::kSend:
       reader_.expect_resync(resync_.line());
-      return host_.write_modem(std::string(resync_.line()) + "\r");
+      // A prompt that was not taken for one is left; elsewhere what stands before "AT" is noise
+      // (ITU-T V.250, 5.2.1).
+      return host_.write_modem(std::string(resync_.wakes() ? kEscape : "").append(resync_.line()) +
+                               "\r");
     case Resync::Step::kDone:
       reader_.expect_nothing();
       state_ = State::kStarting;
