@@ -294,8 +294,8 @@ TEST_F(Atd, UnreadMessagesHoldNobodyUp) {
                false);
   int client;
   while ((client = test::connect_to(socket)) < 0) std::this_thread::yield();
-  test::send_request(client, "AT+CPBR=1,250");
-  EXPECT_NE(test::receive_text(client), "closed");
+  ::close(client);
+  EXPECT_NE(ask_until_open("AT+CPBR=1,250"), "closed");
   EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
   EXPECT_EQ(told.end().status, 0);
   ::close(pipe[0]);
