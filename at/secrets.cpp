@@ -24,7 +24,26 @@ constexpr std::array<std::string_view, 10> kPinInstructions = {"20", "21", "24",
 constexpr size_t kCardHeader = 10;
 constexpr size_t kLongestName = 32;
 constexpr size_t kLongestServiceCode = 8;
-constexpr std::array<std::string_view, 2> kServiceCommands = {"+CUSD", "+CSTF"};
+// Names without their prefix.
+constexpr std::array<std::string_view, 3> kServiceCommands = {"CUSD", "USSD", "CSTF"};
+// The lock code of the device, and keys pressed (3GPP TS 27.007, 8.36 and 8.7).
+constexpr std::array<std::string_view, 2> kSecretCommands = {"CMAR", "CKPD"};
+struct AccountCommand {
+  std::string_view name;
+  int open_values;
+  bool answers;  // bear them, too
+};
+// Commands with a user name or a password, and how many values stand in front of it. That of a
+// storage is PIN2 (3GPP TS 27.007, 8.11).
+// clang-format off
+constexpr std::array<AccountCommand, 5> kAccountCommands = {{
+    {"CPBS",   1, false},
+    {"CSTT",   1, true},
+    {"QICSGP", 2, true},
+    {"QCPDPP", 2, true},
+    {"UPSD",   2, true},
+}};
+// clang-format on
 // A service code in UCS2 begins so, and one in octets or in septets.
 constexpr std::array<std::string_view, 6> kCodedStarts = {"002A", "0023", "2A", "23", "AA", "A3"};
 // What may be told of the answer to a secret.
@@ -61,6 +80,14 @@ bool names_secret(const std::string& name) {
 bool is_service_code(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of("*#"), text.size()));
   return !text.empty() && text.back() == '*' && has(kServiceCodes, text.substr(0, text.size() - 1));
+}
+
+bool is_error(std::string_view line) {
+  return std::any_of(kErrors.begin(), kErrors.end(),
+                     [line](std::string_view error) { return line.starts_with(error); });
+}
+bool is_result(std::string_view line) {
+  return line == "OK\r" || line == "ERROR\r" || is_error(line);
 }
 
 }  // namespace
@@ -112,17 +139,22 @@ void SecretMask::take_name(char letter) {
       name_ += letter;
       return;
     }
+    const std::string_view name = std::string_view(name_).substr(1);
     const bool password = name_.find(kPasswordWord) != name_.npos;
-    const bool account = password || name_.find(kAccountWord) != name_.npos;
+    const auto* const known =
+        std::find_if(kAccountCommands.begin(), kAccountCommands.end(),
+                     [name](const AccountCommand& command) { return command.name == name; });
+    const bool listed = known != kAccountCommands.end();
+    const bool account = password || listed || name_.find(kAccountWord) != name_.npos;
     // The answer to a question for them bears them, too.
-    if (letter == '=' || (letter == ':' && account)) {
+    if (letter == '=' || (letter == ':' && account && (!listed || known->answers))) {
       const bool card = name_.ends_with("CSIM") || name_.ends_with("CGLA");
-      open_values_ = account && !password ? kAccountValue : 0;
-      value_ = account                        ? Value::kAccount
-               : names_secret(name_)          ? Value::kSecret
-               : card                         ? Value::kCardCommand
-               : has(kServiceCommands, name_) ? Value::kServiceCode
-                                              : Value::kNone;
+      open_values_ = listed ? known->open_values : account && !password ? kAccountValue : 0;
+      value_ = account                                             ? Value::kAccount
+               : names_secret(name_) || has(kSecretCommands, name) ? Value::kSecret
+               : card                                              ? Value::kCardCommand
+               : has(kServiceCommands, name)                       ? Value::kServiceCode
+                                                                   : Value::kNone;
       quoted_ = false;
       name_.clear();
       return;
@@ -160,8 +192,13 @@ bool SecretMask::is_secret(char letter) {
 std::string LineMask::to_modem(std::string_view bytes) {
   std::string text = to_modem_.masked(bytes);
   const bool secret = to_modem_.masked_count() >= kShortestPin;
-  ending_ = hiding_ && !secret;
-  if (secret) sent_ = text;
+  if (secret) {
+    sent_ = text;
+    results_ = 0;
+  }
+  // What is late may come before the result of the next command, and has one of its own.
+  overtaken_ = hiding_ && !secret && (overtaken_ || results_ == 0);
+  ending_ = hiding_ && !secret && !overtaken_;
   hiding_ |= secret;
   return text;
 }
@@ -170,8 +207,9 @@ std::string LineMask::from_modem(std::string_view bytes) {
   std::string text = from_modem_.masked(bytes);
   for (char& byte : text) {
     if (byte == '\n') {
+      results_ += hiding_ && is_result(line_) ? 1 : 0;
       line_.clear();
-      hiding_ = hiding_ && !ending_;
+      hiding_ = hiding_ && !ending_ && !(overtaken_ && results_ == 2);
       continue;
     }
     if (line_.size() <= std::max(sent_.size(), kErrors.front().size())) line_ += byte;
@@ -181,9 +219,7 @@ std::string LineMask::from_modem(std::string_view bytes) {
 }
 
 bool LineMask::may_be_told() const {
-  return sent_.starts_with(line_) ||
-         std::any_of(kErrors.begin(), kErrors.end(),
-                     [&](std::string_view error) { return line_.starts_with(error); });
+  return sent_.starts_with(line_) || is_error(line_);
 }
 
 std::string without_secrets(std::string_view text) {

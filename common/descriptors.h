@@ -3,6 +3,7 @@
 #define QALT_COMMON_DESCRIPTORS_H_
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -24,11 +25,13 @@ inline void open_standard_descriptors() {
   }
 }
 
-// Whoever started the program waits at this descriptor until it can be used. Throws
-// std::system_error.
+// Whoever started the program waits at this descriptor until it can be used. One that would have
+// to be waited for itself, a full pipe, is only closed. Throws std::system_error.
 inline void tell_ready(int descriptor) {
   constexpr std::string_view kReady = "ready\n";
-  if (::write(descriptor, kReady.data(), kReady.size()) != ssize_t(kReady.size())) {
+  pollfd writable = {descriptor, POLLOUT, 0};
+  if (::poll(&writable, 1, 0) != 0 &&
+      ::write(descriptor, kReady.data(), kReady.size()) != ssize_t(kReady.size())) {
     throw std::system_error(errno, std::generic_category(), "--ready-fd");
   }
   ::close(descriptor);

@@ -40,7 +40,7 @@ App::App(asio::io_context& context, const Options& options)
       socket_(options.socket, options.access),
       clients_(context, socket_.descriptor(),
                {[this](Command command) {
-                  command.older = socket_.took_over() && command.peer.started <= started_;
+                  command.older = socket_.took_over() && began_before(command.peer, self_);
                   modem_.submit(std::move(command));
                 },
                 [this](uint64_t id) { return modem_.refuse(id); },
@@ -58,6 +58,8 @@ App::App(asio::io_context& context, const Options& options)
       signals_(context, SIGINT, SIGTERM, SIGHUP) {
   // A client that closes early is an error of its connection, not the end of the server.
   std::signal(SIGPIPE, SIG_IGN);
+  // Nor is a transcript that may not grow any further.
+  std::signal(SIGXFSZ, SIG_IGN);
   modem_.set_handlers({[this](uint64_t id, std::string_view text) { clients_.answer(id, text); },
                        [this](std::string_view text) { reports_.send(text); },
                        [this] {

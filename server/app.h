@@ -2,8 +2,6 @@
 #ifndef QALT_SERVER_APP_H_
 #define QALT_SERVER_APP_H_
 
-#include <unistd.h>
-
 #include <asio.hpp>
 
 #include "at/transcript.h"
@@ -13,6 +11,7 @@
 #include "server/logger.h"
 #include "server/modem_link.h"
 #include "server/options.h"
+#include "server/peer.h"
 #include "server/report_sender.h"
 #include "server/socket_path.h"
 
@@ -42,7 +41,7 @@ class App {
   ReportSender reports_;
   ModemLink modem_;
   asio::signal_set signals_;
-  const uint64_t started_ = start_time(::getpid());
+  const Peer self_ = this_process();
   bool stopping_ = false;
   bool modem_idle_ = false;
 };

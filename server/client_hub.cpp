@@ -42,14 +42,14 @@ void ClientHub::accept() {
 void ClientHub::accepted(ClientSession::Socket socket) {
   const auto session = std::make_shared<ClientSession>(std::move(socket), ++last_id_, handlers_);
   sessions_.emplace(last_id_, session);
-  if (sessions_.size() > kMostClients) make_room();
+  if (sessions_.size() > kMostClients && !make_room(last_id_)) return session->end();
   session->start();
 }
 
 // Where descriptors run out, one connection less is one descriptor more.
 void ClientHub::refused(const asio::error_code& error) {
   handlers_.note("accept", LOG_ERR, "no connection accepted: " + error.message());
-  if (make_room()) return accept();
+  if (make_room(0)) return accept();
   accepting_ = true;
   pause_.expires_after(kAcceptPause);
   pause_.async_wait([this](const asio::error_code&) {
@@ -58,35 +58,38 @@ void ClientHub::refused(const asio::error_code& error) {
   });
 }
 
-// The user with the most connections, and of the user's processes the one with the most, loses one:
-// the oldest that has sent no whole request, or else the command that would be the last.
-bool ClientHub::make_room() {
+// The user with the most connections loses one: a connection that has sent no whole request, or
+// else the command that would be the last. Of the user's processes, the one with the most is first.
+bool ClientHub::make_room(uint64_t newcomer) {
   std::map<unsigned, size_t> users;
-  std::map<std::pair<unsigned, int>, size_t> processes;
-  for (const auto& [id, session] : sessions_) {
-    ++users[session->user()];
-    ++processes[{session->user(), session->process()}];
-  }
-  const auto most =
-      std::max_element(processes.begin(), processes.end(), [&](const auto& a, const auto& b) {
-        return std::pair(users[a.first.first], a.second) <
-               std::pair(users[b.first.first], b.second);
-      });
-  if (most == processes.end()) return false;
+  std::map<int, size_t> processes;
+  for (const auto& [id, session] : sessions_) ++users[session->user()];
+  const auto most = std::max_element(
+      users.begin(), users.end(), [](const auto& a, const auto& b) { return a.second < b.second; });
+  if (most == users.end()) return false;
   std::vector<std::shared_ptr<ClientSession>> theirs;
   for (const auto& [id, session] : sessions_) {
-    if (most->first == std::pair(session->user(), session->process())) theirs.push_back(session);
+    if (session->user() != most->first) continue;
+    ++processes[session->process()];
+    if (id != newcomer) theirs.push_back(session);
   }
   handlers_.note("crowd", LOG_WARNING,
-                 "too many connections: user " + std::to_string(most->first.first) +
-                     " loses one of " + std::to_string(users[most->first.first]) + ", of process " +
-                     std::to_string(most->first.second));
+                 "too many connections: user " + std::to_string(most->first) + " loses one of " +
+                     std::to_string(most->second));
+  // Among those of processes with as many, the oldest is first.
+  std::stable_sort(theirs.begin(), theirs.end(), [&](const auto& a, const auto& b) {
+    return processes[a->process()] > processes[b->process()];
+  });
   for (const auto& session : theirs) {
-    if (!session->reading() || session->id() == last_id_) continue;
+    if (!session->reading()) continue;
     session->end();
     return true;
   }
-  return std::any_of(theirs.rbegin(), theirs.rend(),
+  std::stable_sort(theirs.begin(), theirs.end(), [&](const auto& a, const auto& b) {
+    return std::pair(processes[a->process()], a->id()) >
+           std::pair(processes[b->process()], b->id());
+  });
+  return std::any_of(theirs.begin(), theirs.end(),
                      [this](const auto& session) { return handlers_.refuse(session->id()); });
 }
 

@@ -29,7 +29,8 @@ class ClientHub {
   void accept();
   void accepted(ClientSession::Socket socket);
   void refused(const asio::error_code& error);
-  bool make_room();
+  // Whether a connection other than the newcomer's, or its command, gave way.
+  bool make_room(uint64_t newcomer);
   void ended(uint64_t id);
 
   asio::local::stream_protocol::acceptor acceptor_;

@@ -120,7 +120,7 @@ void Dispatcher::tick(TimePoint now) {
       return give_up(now, "no answer in time to ");
     case State::kPreparing:
     case State::kStarting:
-      host_.note(LOG_WARNING, "no answer in time to the server's own " + sent_);
+      note_some("own", LOG_WARNING, "no answer in time to the server's own " + sent_, now);
       settings_.lost();
       // Of a start line's own silence nothing is learned by another round.
       if (state_ == State::kPreparing) started_ = 0;
@@ -128,7 +128,7 @@ void Dispatcher::tick(TimePoint now) {
       // asked once for all, is none that the command needs.
       if (state_ == State::kPreparing && !sent_.ends_with('?') && !waiting_.empty() &&
           waiting_.front().id == prepared_for_) {
-        host_.note(LOG_ERR, "so not sent: " + waiting_.front().line);
+        note_some("unsent", LOG_ERR, "so not sent: " + waiting_.front().line, now);
         drop(waiting_.front(), "");
         waiting_.pop_front();
       }
@@ -198,7 +198,7 @@ void Dispatcher::handle(StreamEvent event, TimePoint now) {
       if (event.connected) return leave_data_call(now);
       // Between commands only reports come; a result or a line of an answer is a late one.
       if (event.too_long || event.unfit || is_result(event.text)) {
-        return host_.note(LOG_INFO, "line of no command passed over");
+        return note_some("stray", LOG_INFO, "line of no command passed over", now);
       }
       event.text = "\r\n" + event.text + "\r\n";
       return push_report(event);
@@ -232,12 +232,13 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
   }
   if (state_ == State::kStarting) {
     settings_.initialised(sent_, ok);
-    if (!ok) host_.note(LOG_WARNING, "the modem refused the start line " + sent_);
+    if (!ok) note_some("start", LOG_WARNING, "the modem refused the start line " + sent_, now);
   } else if (state_ == State::kPreparing) {
     // Without its own settings the command would read or write wrong texts or another storage.
     if (!settings_.prepared(event.text, ok) && !waiting_.empty() &&
         waiting_.front().id == prepared_for_) {
-      host_.note(LOG_ERR, "the modem refused " + sent_ + ", so not sent: " + waiting_.front().line);
+      note_some("prepare", LOG_ERR,
+                "the modem refused " + sent_ + ", so not sent: " + waiting_.front().line, now);
       host_.answer(waiting_.front().id, event.text);
       waiting_.pop_front();
     }
@@ -248,7 +249,7 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
     settings_.answered(event.text);
     waiting_.answered(sender_, true);
     if (event.too_long || event.unfit) {
-      host_.note(LOG_ERR, "the answer does not fit a frame: " + sent_);
+      note_some("frame", LOG_ERR, "the answer does not fit a frame: " + sent_, now);
     }
     // A text went in another set than the client's, or came in one.
     const bool doubtful = restarted_ && ClientSettings::touched_by(sent_);
@@ -337,7 +338,10 @@ void Dispatcher::go_on(Resync::Step step, TimePoint now) {
       return;
     case Resync::Step::kSend:
       reader_.expect_resync(resync_.line());
-      return host_.write_modem(std::string(resync_.line()) + "\r");
+      // A prompt that was not taken for one is left; elsewhere what stands before "AT" is noise
+      // (ITU-T V.250, 5.2.1).
+      return host_.write_modem(std::string(resync_.wakes() ? kEscape : "").append(resync_.line()) +
+                               "\r");
     case Resync::Step::kDone:
       reader_.expect_nothing();
       state_ = State::kStarting;

@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
@@ -32,28 +33,45 @@ uint64_t start_time(pid_t process) {
 namespace {
 
 // A process of another namespace has no number here. The kernel's handle of it is a file of its own
-// (pidfs, Linux 6.9), whose number no other process ever has.
-uint64_t identity_of(int descriptor) {
+// (pidfs, Linux 6.9), whose number no other process ever has. Closes the handle.
+uint64_t identity_of(int handle) {
   constexpr long kProcessFiles = 0x50494446;
+  if (handle < 0) return 0;
+  struct stat file {};
+  struct statfs system {};
+  const bool known = ::fstatfs(handle, &system) == 0 && long(system.f_type) == kProcessFiles &&
+                     ::fstat(handle, &file) == 0;
+  ::close(handle);
+  return known ? file.st_ino : 0;
+}
+
+int handle_of_peer(int descriptor) {
 #ifndef SO_PEERPIDFD
   constexpr int SO_PEERPIDFD = 77;
 #endif
   int process = -1;
   socklen_t size = sizeof process;
-  if (::getsockopt(descriptor, SOL_SOCKET, SO_PEERPIDFD, &process, &size) != 0) return 0;
-  struct stat file {};
-  struct statfs system {};
-  const bool known = ::fstatfs(process, &system) == 0 && long(system.f_type) == kProcessFiles &&
-                     ::fstat(process, &file) == 0;
-  ::close(process);
-  return known ? file.st_ino : 0;
+  return ::getsockopt(descriptor, SOL_SOCKET, SO_PEERPIDFD, &process, &size) == 0 ? process : -1;
 }
 
 }  // namespace
 
 Peer peer_of(int descriptor, const ucred& credentials) {
-  if (credentials.pid <= 0) return {0, 0, identity_of(descriptor)};
+  if (credentials.pid <= 0) return {0, 0, identity_of(handle_of_peer(descriptor))};
   return {credentials.pid, start_time(credentials.pid)};
+}
+
+Peer this_process() {
+  int handle = -1;
+#ifdef SYS_pidfd_open
+  handle = int(::syscall(SYS_pidfd_open, ::getpid(), 0));
+#endif
+  return {::getpid(), start_time(::getpid()), identity_of(handle)};
+}
+
+// Identities are given out in the order of the beginnings, and 0 stands for one that is not known.
+bool began_before(const Peer& peer, const Peer& self) {
+  return peer.process == 0 ? peer.identity <= self.identity : peer.started <= self.started;
 }
 
 bool still_runs(const Peer& peer) {

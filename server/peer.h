@@ -25,6 +25,10 @@ struct Peer {
 uint64_t start_time(pid_t process);
 // The process at the other end of a Unix-domain connection, with these credentials.
 Peer peer_of(int descriptor, const ucred& credentials);
+// The server itself, with both kinds of a beginning.
+Peer this_process();
+// Whether the server is no older than the client, as far as can be told.
+bool began_before(const Peer& peer, const Peer& self);
 // Whether it has not ended, as far as can be told.
 bool still_runs(const Peer& peer);
 

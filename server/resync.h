@@ -56,6 +56,8 @@ class Resync {
   Step timed_out(TimePoint now);
 
   std::string_view line() const { return line_; }
+  // Whether it is the wake line.
+  bool wakes() const { return !asked_; }
   TimePoint deadline() const { return deadline_; }
 
  private:

@@ -174,6 +174,11 @@ std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
   owed_ = false;
   echo_possible_ = false;
   too_long_ |= cut;
+  // A report came behind it before it could be seen at the end.
+  if (prompting_ && content == "> ") {
+    append("> ");
+    return finish(StreamEvent::Kind::kPrompt);
+  }
   append(content == kCommandNotSupport ? std::string(kNotSupported) + "\r\n" : line);
   if (!final) return std::nullopt;
   StreamEvent event = finish(StreamEvent::Kind::kAnswer);
@@ -184,6 +189,8 @@ std::optional<StreamEvent> StreamReader::take_answer_line(std::string_view line,
 // The echo is the command and its carriage return; what stood before it is of no command, and the
 // rest of its line already belongs to the answer.
 bool StreamReader::take_echo(std::string_view line, std::string_view content) {
+  // A wake line's has an escape before it.
+  if (resyncing_ && content.starts_with('\x1B')) content.remove_prefix(1);
   if (!echo_possible_ || content != command_) return false;
   echo_possible_ = false;
   echoed_ = true;

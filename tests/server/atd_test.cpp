@@ -3,6 +3,7 @@
 #include <netinet/in.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -97,6 +98,30 @@ TEST_F(Atd, BadClientsHoldNobodyUp) {
   EXPECT_EQ(contents(log).find("CPBW"), std::string::npos);
 }
 
+// Of many processes with one connection each, those that are silent give way.
+TEST_F(Atd, SilentOnesOfManyProcesses) {
+  const auto atd = start({"--sim-fault", "*:AT+CIMI:never"});
+  const auto connect_another = [this](int client) {
+    sockaddr_un address{AF_UNIX, {}};
+    socket.copy(address.sun_path, sizeof address.sun_path - 1);
+    const pid_t other = ::fork();
+    if (other == 0)
+      ::_exit(::connect(client, reinterpret_cast<sockaddr*>(&address), sizeof address));
+    ::waitpid(other, nullptr, 0);
+  };
+  std::vector<int> others;
+  for (int i = 0; i < 260; ++i) others.push_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  connect_another(others[0]);
+  test::send_request(others[0], "AT+CIMI");
+  const int waiting = test::connect_to(socket);
+  test::send_request(waiting, "AT+CSQ");
+  for (size_t i = 1; i < others.size(); ++i) connect_another(others[i]);
+  EXPECT_EQ(test::receive_text(others[1]), "closed");
+  ::close(others[0]);
+  EXPECT_EQ(test::receive_text(waiting), kCsq);
+  for (size_t i = 2; i < others.size(); ++i) ::close(others[i]);
+}
+
 // For a server in a container all processes outside have the number 0.
 TEST_F(Atd, ClientsOutsideItsNamespace) {
   std::vector<std::string> arguments = {"--pid",   "--fork", "--kill-child", ATD_PROGRAM,
@@ -117,6 +142,15 @@ TEST_F(Atd, ClientsOutsideItsNamespace) {
   EXPECT_NE(read.find(selected == kOk ? "\"0041006E" : refusal), std::string::npos) << read;
   EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
   atd.end(SIGKILL);
+  // Only what began before a server that follows a killed one may have lost a selection with it.
+  Program second("/usr/bin/unshare", arguments);
+  ASSERT_TRUE(second.ready());
+  const pid_t younger = ::fork();
+  if (younger == 0) ::_exit(ask(socket, "AT+CPBR=1").empty() ? 1 : 0);
+  int status = -1;
+  ::waitpid(younger, &status, 0);
+  EXPECT_EQ(status, 0);
+  second.end(SIGKILL);
 }
 
 TEST_F(Atd, ReportsReachWhoeverListens) {
@@ -253,6 +287,17 @@ TEST_F(Atd, UnreadMessagesHoldNobodyUp) {
   ::chmod(folder.file("name").c_str(), 0644);
   EXPECT_EQ(start({"--log", folder.file("name")})->end().status, 0);
   EXPECT_EQ(mode_of(folder.file("name")), 0600u);
+  // Nor a full pipe that is to be told of the beginning, and a transcript that may not grow.
+  Program told("/bin/sh",
+               {"-c", "ulimit -f 1; exec \"$0\" \"$@\"", ATD_PROGRAM, "--modem", "sim", "--socket",
+                socket, "--log", folder.file("short"), "--ready-fd", std::to_string(pipe[1])},
+               false);
+  int client;
+  while ((client = test::connect_to(socket)) < 0) std::this_thread::yield();
+  ::close(client);
+  EXPECT_NE(ask_until_open("AT+CPBR=1,250"), "closed");
+  EXPECT_EQ(ask(socket, "AT+CSQ"), kCsq);
+  EXPECT_EQ(told.end().status, 0);
   ::close(pipe[0]);
   ::close(pipe[1]);
 }

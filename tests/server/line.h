@@ -70,6 +70,7 @@ class Line : private Dispatcher::Host {
   Texts sent;
   bool mute = false;
   int given_up = 0;
+  int noted = 0;
   int64_t ended_below = 0;  // processes with smaller numbers have ended
   uint64_t last_id = 0;
   Dispatcher dispatcher;
@@ -94,7 +95,7 @@ class Line : private Dispatcher::Host {
   }
   void report(std::string_view text) override { reports.emplace_back(text); }
   void give_up_port() override { ++given_up; }
-  void note(int, const std::string&) override {}
+  void note(int, const std::string&) override { ++noted; }
   bool runs(const Peer& peer) const override { return peer.process >= ended_below; }
 };
 

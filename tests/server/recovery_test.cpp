@@ -102,6 +102,18 @@ TEST(Recovery, EveryModemIsFoundAgain) {
   }
 }
 
+const std::string kEscapedWake =
+    "\x1B"
+    "ATE0Q0V1\r";
+
+// What asks for a text unforeseen is left, and nothing is sent into it.
+TEST(Recovery, APromptThatIsNotTakenForOne) {
+  Line line({"*:AT+CMGS:never"});
+  EXPECT_EQ(line.ask("AT+CMGS=\"1\""), "");
+  EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
+  EXPECT_EQ(line.given_up, 0);
+}
+
 TEST(Recovery, ADeadModemIsGivenUp) {
   Line line;
   line.mute = true;
@@ -110,7 +122,7 @@ TEST(Recovery, ADeadModemIsGivenUp) {
   line.run(milliseconds(11'000));
   EXPECT_EQ(line.answers, (Answers{{waits - 1, ""}, {waits, kAway}}));
   EXPECT_EQ(line.given_up, 1);
-  EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", "ATE0Q0V1\r", "AT+CPAS\r", "ATE0Q0V1\r", "AT+CSQ\r"}));
+  EXPECT_EQ(line.sent, (Texts{"AT+CSQ\r", kEscapedWake, "AT+CPAS\r", kEscapedWake, "AT+CSQ\r"}));
   // Closed: no waiting, and nothing is due.
   EXPECT_EQ(line.ask("AT"), kAway);
   EXPECT_EQ(line.dispatcher.deadline(), std::nullopt);
@@ -124,7 +136,7 @@ TEST(Recovery, ADeadModemIsGivenUp) {
   EXPECT_EQ(line.ask("AT+CSQ"), kCsq);
   EXPECT_TRUE(line.dispatcher.serving());
   EXPECT_EQ(line.sent,
-            (Texts{"ATE0Q0V1\r", "AT+CFUN?\r", "AT+CSQ\r", "AT+CPAS\r", "ATE0\r", "AT+CSQ\r"}));
+            (Texts{kEscapedWake, "AT+CFUN?\r", "AT+CSQ\r", "AT+CPAS\r", "ATE0\r", "AT+CSQ\r"}));
   // Bytes without sense do not keep it open either.
   line.mute = true;
   line.submit("AT+CSQ");
@@ -171,6 +183,11 @@ TEST(LogLimit, CountsWhatItLeavesOut) {
   }
   const std::string more = "a (and 55 such lines left out)";
   EXPECT_EQ(written, "abaaaa" + more + "baaaa" + more + "baaaa");
+  // Each reset brings a start line again, which may be refused each time.
+  Line line({"*:ATE0:answer=\\r\\nERROR\\r\\n"});
+  for (int i = 0; i < 50; ++i) line.submit("ATZ");
+  line.run(milliseconds(9000));
+  EXPECT_LT(line.noted, 25);
 }
 
 }  // namespace

@@ -42,6 +42,14 @@ TEST(Secrets, DigitsOfPinsAreMasked) {
       "and!CPIN=9898",
       "AT@PIN=\"9898\"",
       "AT_PIN=9898",
+      "AT+CPBS=\"FD\",\"9898\";+CPBR=12",
+      "AT+CMAR=9898",
+      "AT+CKPD=\"**99*9898*8989*8989#\"",
+      "AT^CUSD=1,\"**04*9898*8989*8989#\"",
+      "AT*USSD=1,\"2A9x9889x9989889\"",
+      "AT+CSTT=\"net\",\"xx\",\"x89\"",
+      "\r\n+QICSGP: 1,\"net\",\"xx\",\"x89\",9",
+      "AT$QCPDPP=1,1,x98,xx;+UPSD=0,3,\"x9\"",
       "AT+CGAUTH=1,1,\"x\",\"89xxx\";+CSQ=12",
       "AT^AUTHDATA=1,1,,xx88,x9",
       "\r\n+CGAUTH: 1,1,\"x\",\"98x\"\r\n+CSQ: 12,7",
@@ -51,6 +59,7 @@ TEST(Secrets, DigitsOfPinsAreMasked) {
       "ATD0301234;",
       "ATD\"*100#\";+CSQ=12",
       "AT+CGAUTH=?",
+      "\r\n+CPBS: \"SM\",17,250\r\n",
       "AT+CUSD=1,\"*100#\",15",
       "AT+CUSD=1,\"D1234567\"",
       "AT+CSIM=14,\"00A40004023F00\"",
@@ -80,8 +89,14 @@ TEST(Secrets, DoNotComeBack) {
   EXPECT_EQ(said, "IN=\"****\"\r\r\n* is short\r\n\r\n+CME ERROR: 16\r\n\r\n**");
   EXPECT_EQ(line.to_modem("AT+CPIN2=9898\r"), "AT+CPIN2=****\r");
   EXPECT_EQ(line.from_modem("\nAT+CPIN2=9898\r\r\n2"), "\nAT+CPIN2=****\r\r\n*");
+  EXPECT_EQ(line.from_modem("98\r\nOK\r\n2"), "**\r\nOK\r\n*");
   EXPECT_EQ(line.to_modem("AT+CSQ\r"), "AT+CSQ\r");
   EXPECT_EQ(line.from_modem("98\r\n+CSQ: 20,99\r\n"), "**\r\n+CSQ: 20,99\r\n");
+  // Late, behind a command that did not wait for it.
+  EXPECT_EQ(line.to_modem("AT+CPIN=9898\r"), "AT+CPIN=****\r");
+  for (const char* next : {"ATE0Q0V1\r", "AT+CSQ\r"}) line.to_modem(next);
+  EXPECT_EQ(line.from_modem("\r\n\r\nPIN=9898\r\nERROR\r\n98\r\nOK\r\n+CSQ: 20,99\r\n"),
+            "\r\n\r\nPIN=****\r\nERROR\r\n**\r\nOK\r\n+CSQ: 20,99\r\n");
 }
 
 }  // namespace
