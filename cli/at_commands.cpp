@@ -46,7 +46,8 @@ struct Block {
 };
 
 // What a text holds, block by block.
-std::vector<Block> blocks_of(std::string text) {
+std::vector<Block> blocks_of(const std::string& answer) {
+  std::string text = answer;  // the parser cuts each block out
   std::vector<Block> blocks;
   for (;;) {
     AtRes parsed = {};

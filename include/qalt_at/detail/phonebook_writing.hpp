@@ -138,7 +138,7 @@ inline Result<Contact> Phonebook::write(const detail::WireContact& wire, const C
     held = holds_contact(wire.index);
     return held && !*held;
   };
-  const detail::Link::Whole change(link_, detail::Link::Whole::kAnswers);
+  const detail::Link::Whole awaited(link_, detail::Link::Whole::kAnswers);
   const detail::Answer answer = link_.send(
       detail::write_line(info_.family, wire), detail::row_of(info_.family).write_timeout_ms, {},
       /*starting=*/false, over == Over::kNothing ? std::function<bool()>(is_free) : nullptr);
@@ -343,7 +343,7 @@ inline Result<Done> Phonebook::erase(int nIndex) {
   }
   auto was_known = std::exchange(known_, std::nullopt);
   const std::string deletion = "delete index " + std::to_string(nIndex);
-  const detail::Link::Whole change(link_, detail::Link::Whole::kAnswers);
+  const detail::Link::Whole awaited(link_, detail::Link::Whole::kAnswers);
   const detail::Answer answer =
       link_.send(erase_line(nIndex), detail::row_of(info_.family).write_timeout_ms);
   if (!answer.ok() && !answer.untold()) return detail::not_done(answer, deletion);
