@@ -180,14 +180,19 @@ bool ClientSettings::forgotten(const Peer& peer, std::string_view line, bool old
   const bool of_a_set = std::any_of(commands.begin(), selection, [](const auto& command) {
     return command.form == at::Form::kSet && contains(kSetTexts, command.name);
   });
-  if (!older || !of_a_set) return false;
+  if ((!older && !is_dropped(peer)) || !of_a_set) return false;
   const auto found = peers_.find(peer);
   if (found != peers_.end() && found->second.values[kCharset]) return false;
   return told_.insert(peer).second;
 }
 
 void ClientSettings::initialised(std::string_view line, bool ok) {
+  // What a reset brings is what it brought when it was asked for.
+  const Values before = initial_;
   apply(line, ok, initial_);
+  for (size_t i = 0; i < kSettings; ++i) {
+    if (!initial_[i]) initial_[i] = before[i];
+  }
 }
 
 // After a line of one command that failed everything is as before; of several, some may have been
@@ -238,6 +243,12 @@ void ClientSettings::remember(const Peer& peer, const Values& values) {
   for (size_t i = 0; i < kSettings; ++i) owed->second[i] &= !values[i];
 }
 
+// Whether what it selected may have been forgotten altogether: it began no later than one of those.
+bool ClientSettings::is_dropped(const Peer& peer) const {
+  return peer.identity != 0 ? peer.identity <= dropped_.identity
+                            : peer.started != 0 && peer.started <= dropped_.started;
+}
+
 void ClientSettings::make_place() {
   const auto ended = [this](const auto& row) { return !runs_(row.first); };
   if (std::erase_if(peers_, ended) > 0) return;
@@ -245,6 +256,9 @@ void ClientSettings::make_place() {
       std::min_element(peers_.begin(), peers_.end(),
                        [](const auto& a, const auto& b) { return a.second.used < b.second.used; });
   if (evicted_.size() == kMostEvicted && std::erase_if(evicted_, ended) == 0) {
+    const Peer dropped = evicted_.begin()->first;
+    dropped_.identity = std::max(dropped_.identity, dropped.identity);
+    dropped_.started = std::max(dropped_.started, dropped.started);
     evicted_.erase(evicted_.begin());
   }
   auto& owed = evicted_[oldest->first];

@@ -68,6 +68,7 @@ class ClientSettings {
     uint64_t used = 0;
   };
   void remember(const Peer& peer, const Values& values);
+  bool is_dropped(const Peer& peer) const;
   void make_place();
   void apply(std::string_view line, bool ok, Values& chosen);
 
@@ -82,7 +83,8 @@ class ClientSettings {
   std::function<bool(const Peer&)> runs_;
   std::map<Peer, PeerValues> peers_;
   std::map<Peer, std::array<bool, kSettings>> evicted_;  // which of its selections are not known
-  std::set<Peer> told_;                                  // older ones, by forgotten()
+  Peer dropped_;         // the latest of those that are in neither any more
+  std::set<Peer> told_;  // older ones, by forgotten()
   uint64_t uses_ = 0;
 };
 

@@ -61,8 +61,9 @@ void Dispatcher::opened(TimePoint now, bool clean) {
 }
 
 void Dispatcher::closed() {
+  // Also of a client that has gone meanwhile.
+  if (state_ == State::kWaiting) settings_.unanswered(sender_, sent_);
   state_ = State::kClosed;
-  if (current_) settings_.unanswered(sender_, sent_);
   finish_current("");
   drop_all(kAway);
 }
@@ -193,7 +194,7 @@ void Dispatcher::handle(StreamEvent event, TimePoint now) {
   if (event.restart) restarted(now);
   switch (event.kind) {
     case StreamEvent::Kind::kReport:
-      return push_report(event);
+      return push_report(event, now);
     case StreamEvent::Kind::kLine:
       if (event.connected) return leave_data_call(now);
       // Between commands only reports come; a result or a line of an answer is a late one.
@@ -201,7 +202,7 @@ void Dispatcher::handle(StreamEvent event, TimePoint now) {
         return note_some("stray", LOG_INFO, "line of no command passed over", now);
       }
       event.text = "\r\n" + event.text + "\r\n";
-      return push_report(event);
+      return push_report(event, now);
     case StreamEvent::Kind::kPrompt:
     case StreamEvent::Kind::kAnswer:
       return answered(event, now);
@@ -238,7 +239,7 @@ void Dispatcher::answered(const StreamEvent& event, TimePoint now) {
     if (!settings_.prepared(event.text, ok) && !waiting_.empty() &&
         waiting_.front().id == prepared_for_) {
       note_some("prepare", LOG_ERR,
-                "the modem refused " + sent_ + ", so not sent: " + waiting_.front().line, now);
+                "the modem refused " + sent_ + "; so not sent: " + waiting_.front().line, now);
       host_.answer(waiting_.front().id, event.text);
       waiting_.pop_front();
     }
@@ -358,9 +359,9 @@ void Dispatcher::note_some(std::string_view of, int priority, const std::string&
   if (const auto line = log_limit_.limited(of, text, now)) host_.note(priority, *line);
 }
 
-void Dispatcher::push_report(const StreamEvent& event) {
+void Dispatcher::push_report(const StreamEvent& event, TimePoint now) {
   if (event.too_long || event.unfit)
-    return host_.note(LOG_ERR, "a report does not fit a frame and is dropped");
+    return note_some("report", LOG_ERR, "a report does not fit a frame and is dropped", now);
   host_.report(event.text);
 }
 

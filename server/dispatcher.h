@@ -97,7 +97,7 @@ class Dispatcher {
   void leave_data_call(TimePoint now);
   void resync(TimePoint now);
   void go_on(Resync::Step step, TimePoint now);
-  void push_report(const StreamEvent& event);
+  void push_report(const StreamEvent& event, TimePoint now);
   // As note(), of what a client may cause as often as it likes.
   void note_some(std::string_view of, int priority, const std::string& text, TimePoint now);
 

@@ -11,8 +11,9 @@ void Turns::push_back(Command command) {
   const auto own = std::find_if(round.begin(), round.end(),
                                 [&](const Queue& queue) { return queue.peer == command.peer; });
   if (own != round.end()) return own->commands.push_back(std::move(command));
-  // Whoever has just had a turn lets a new one go first.
-  const bool first = !round.empty() && round.back().peer == served_;
+  // Whoever has just had a turn lets a new one go first, unless front() has promised the next one.
+  const bool promised = chosen_ == &round && round.size() == 1;
+  const bool first = !round.empty() && round.back().peer == served_ && !promised;
   const auto place = first ? std::prev(round.end()) : round.end();
   round.insert(place, Queue{command.peer, {}})->commands.push_back(std::move(command));
 }

@@ -138,10 +138,10 @@ extern QALT_API QaltReportCallback pCallBackFun;
  *
  * 0 does not say that the receiver listens. It ends for good, and leaves its socket behind, when
  * the path cannot be bound, and at an accept or a receive that fails with anything but EINTR, such
- * as EMFILE; ClientInit says 0 then, too. Whoever needs to know looks whether the thread lives
- * (pthread_kill(recv_thread_id, 0), or a frame sent to the path by the program itself that reaches
- * the callback). A sender that connects and sends nothing holds up those behind it.
- * qalt_at/report_receiver.hpp has a receiver for C++ without these limits.
+ * as EMFILE; ClientInit says 0 then, too. Senders that connect to it then go on to succeed. Whoever
+ * needs to know sends a frame of its own to the path, and sees it reach the callback. A sender that
+ * connects and sends nothing holds up those behind it. qalt_at/report_receiver.hpp has a receiver
+ * for C++ without these limits.
  */
 QALT_API int ClientInit(const char* pModuleID);
 

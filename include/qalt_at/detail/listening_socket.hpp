@@ -59,6 +59,7 @@ class ListeningSocket {
   sockaddr_un address_ = {};
   struct stat file_ = {};
   bool bound_ = false;
+  pid_t process_ = 0; /* only here the file is removed: a child that was forked has it, too */
   int descriptor_ = -1;
 };
 
@@ -105,6 +106,7 @@ inline Result<Done> ListeningSocket::clear_way(const std::string& path) const {
 inline bool ListeningSocket::bind_at(const std::string& path, mode_t mode) {
   fchmod(descriptor_, mode);
   if (bind(descriptor_, name(), sizeof address_) != 0) return false;
+  process_ = getpid();
   bound_ = lstat(path.c_str(), &file_) == 0 && S_ISSOCK(file_.st_mode);
   if (!bound_) return false;
   if ((file_.st_mode & 07777) != mode && chmod(path.c_str(), mode) != 0) return false;
@@ -113,7 +115,7 @@ inline bool ListeningSocket::bind_at(const std::string& path, mode_t mode) {
 }
 
 inline void ListeningSocket::close(bool remove) {
-  if (remove && bound_) remove_if(address_.sun_path, file_);
+  if (remove && bound_ && process_ == getpid()) remove_if(address_.sun_path, file_);
   bound_ = false;
   if (descriptor_ != -1) ::close(std::exchange(descriptor_, -1));
 }

@@ -64,15 +64,16 @@ class Link {
   class Whole {
    public:
     enum What { kAnswers, kAll };
-    Whole(Link& link, What what) : flag_(what == kAll ? link.whole_ : link.whole_answers_) {
-      flag_ = true;
-    }
-    ~Whole() { flag_ = false; }
+    Whole(Link& link, What what)
+        : flag_(what == kAll ? link.whole_ : link.whole_answers_),
+          before_(std::exchange(flag_, true)) {}
+    ~Whole() { flag_ = before_; }
     Whole(const Whole&) = delete;
     Whole& operator=(const Whole&) = delete;
 
    private:
     bool& flag_;
+    bool before_;
   };
 
   /* The command lines that select what the next commands work on; none at the end of a job. */
