@@ -188,10 +188,10 @@ bool ClientSettings::forgotten(const Peer& peer, std::string_view line, bool old
 
 void ClientSettings::initialised(std::string_view line, bool ok) {
   // What a reset brings is what it brought when it was asked for.
-  const Values before = initial_;
+  const Values known = initial_;
   apply(line, ok, initial_);
   for (size_t i = 0; i < kSettings; ++i) {
-    if (!initial_[i]) initial_[i] = before[i];
+    if (!initial_[i]) initial_[i] = known[i];
   }
 }
 
